@@ -1,0 +1,6 @@
+find_package(PkgConfig REQUIRED)
+find_package(Threads REQUIRED)
+pkg_check_modules(PLIST REQUIRED IMPORTED_TARGET libplist-2.0)
+pkg_check_modules(PLISTXX REQUIRED IMPORTED_TARGET libplist++-2.0)
+pkg_check_modules(CAIRO REQUIRED IMPORTED_TARGET cairo)
+pkg_check_modules(PNG REQUIRED IMPORTED_TARGET libpng)

@@ -1,0 +1,96 @@
+#pragma once
+
+#include <any>
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <string>
+
+#include "platform/system/darwin_notify_center.h"
+#include "platform/system/device_facts.h"
+#include "platform/system/device_root.h"
+#include "platform/system/journal.h"
+#include "platform/system/log.h"
+#include "platform/system/main_queue.h"
+#include "platform/system/message_center.h"
+#include "platform/system/notification_center.h"
+#include "platform/system/shell.h"
+
+namespace plat {
+
+// Process-wide slots (static variables of the bundle's code): message centers, cached product
+// information, picker slots. Kept here so that a test can start a fresh "process".
+class ProcessSlots {
+public:
+    template <class T>
+    std::shared_ptr<T>& get(const std::string& name) {
+        auto& slot = slots_[name];
+        if (!slot.has_value()) slot = std::shared_ptr<T>();
+        return std::any_cast<std::shared_ptr<T>&>(slot);
+    }
+    void clear() { slots_.clear(); }
+
+private:
+    std::map<std::string, std::any> slots_;
+};
+
+// One running Settings application: its device, journal, notification centers, main queue,
+// message centers, shell, log and process-wide slots. Code reaches the current one through
+// Process::current(), as Objective-C code reaches its process's singletons.
+class Process {
+public:
+    struct Options {
+        std::string name = "Preferences";
+        bool echoLog = true;  // NSLog lines to standard error
+    };
+
+    explicit Process(std::filesystem::path deviceRoot);
+    Process(std::filesystem::path deviceRoot, Options options);
+    ~Process();
+    Process(const Process&) = delete;
+    Process& operator=(const Process&) = delete;
+
+    // The process the code runs in. Throws std::logic_error when none is current.
+    static Process& current();
+    static Process* tryCurrent();
+
+    const std::string& name() const { return options_.name; }
+    DeviceRoot& root() { return root_; }
+    Journal& journal() { return journal_; }
+    Logger& logger() { return logger_; }
+    DarwinNotifyCenter& darwin() { return darwin_; }
+    NotificationCenter& notificationCenter() { return notificationCenter_; }
+    MainQueue& mainQueue() { return mainQueue_; }
+    MessageCenters& messageCenters() { return messageCenters_; }
+    Shell& shell() { return shell_; }
+    ProcessSlots& slots() { return slots_; }
+    // Read afresh from the device root on every call.
+    DeviceFacts deviceFacts() const { return DeviceFacts::read(root_); }
+
+private:
+    Options options_;
+    DeviceRoot root_;
+    Journal journal_;
+    Logger logger_;
+    NotificationCenter notificationCenter_;
+    MainQueue mainQueue_;
+    MessageCenters messageCenters_;
+    Shell shell_;
+    ProcessSlots slots_;
+    DarwinNotifyCenter darwin_;  // last: its delivery thread stops first
+};
+
+// Makes a process current for a scope (a test, the simulator's run) and restores the
+// previous one afterwards.
+class ProcessScope {
+public:
+    explicit ProcessScope(Process& process);
+    ~ProcessScope();
+    ProcessScope(const ProcessScope&) = delete;
+    ProcessScope& operator=(const ProcessScope&) = delete;
+
+private:
+    Process* previous_;
+};
+
+}  // namespace plat

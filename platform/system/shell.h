@@ -1,0 +1,52 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace plat {
+
+class Journal;
+class DeviceRoot;
+
+// What an interceptor answers for a command it takes: the exit status and the standard output.
+struct ShellResult {
+    int status = 0;
+    std::string output;
+};
+
+// An open popen stream.
+class Pipe {
+public:
+    virtual ~Pipe() = default;
+    // fgets: at most size-1 bytes, stopping after a newline; false at end of input or error.
+    virtual bool fgets(char* buffer, int size) = 0;
+    // pclose: the wait status (0 when the command exited with 0).
+    virtual int pclose() = 0;
+};
+
+// popen/pclose and system, run for real through /bin/sh with the device root as working
+// directory and the device's package database as dpkg's admin directory. The exact command
+// line is journaled. An interceptor may take chosen commands instead (the simulator turns
+// "killall backboardd" into a user-interface restart); those never reach the host.
+class Shell {
+public:
+    using Interceptor = std::function<std::optional<ShellResult>(const std::string& command)>;
+
+    Shell(Journal& journal, const DeviceRoot& root) : journal_(journal), root_(root) {}
+
+    void setInterceptor(Interceptor interceptor) { interceptor_ = std::move(interceptor); }
+
+    // popen(command, mode); only mode "r" is supported. nullptr when the command cannot start.
+    std::unique_ptr<Pipe> popen(const std::string& command, const std::string& mode);
+    // system(command): the wait status.
+    int system(const std::string& command);
+
+private:
+    Journal& journal_;
+    const DeviceRoot& root_;
+    Interceptor interceptor_;
+};
+
+}  // namespace plat
