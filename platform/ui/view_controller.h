@@ -1,0 +1,82 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "platform/foundation/geometry.h"
+#include "platform/foundation/object.h"
+#include "platform/ui/view.h"
+
+namespace plat {
+
+// UIModalPresentationStyle values the bundle uses.
+enum ModalPresentationStyle : int {
+    UIModalPresentationFullScreen = 0,
+    UIModalPresentationPopover = 7,
+};
+
+// UIPopoverPresentationController: where a popover points.
+class PopoverPresentationController {
+public:
+    std::shared_ptr<View> sourceView() const { return sourceView_.lock(); }
+    void setSourceView(const std::shared_ptr<View>& view) { sourceView_ = view; }
+    std::optional<Rect> sourceRect() const { return sourceRect_; }
+    void setSourceRect(Rect rect) { sourceRect_ = rect; }
+    bool hasAnchor() const { return !sourceView_.expired() || sourceRect_.has_value(); }
+
+private:
+    std::weak_ptr<View> sourceView_;
+    std::optional<Rect> sourceRect_;
+};
+
+// UIViewController: title and navigation item, modal presentation (journaled), the view
+// life cycle hook. Presenting keeps the presented controller alive until it is dismissed.
+class ViewController : public Object {
+public:
+    std::string className() const override { return "UIViewController"; }
+    std::vector<std::string> classChain() const override {
+        return {"UIViewController", "UIResponder", "NSObject"};
+    }
+
+    NavigationItem& navigationItem() { return navigationItem_; }
+    const NavigationItem& navigationItem() const { return navigationItem_; }
+
+    // presentViewController:animated:completion:. The completion runs once presented.
+    void presentViewController(const std::shared_ptr<ViewController>& controller, bool animated,
+                               const std::function<void()>& completion);
+    // dismissViewControllerAnimated:completion: — sent to a presented controller it dismisses
+    // that controller; sent to a presenter it dismisses what it presents.
+    void dismissViewControllerAnimated(bool animated, const std::function<void()>& completion);
+    // The older dismissModalViewControllerAnimated:, with the same effect (journaled apart).
+    void dismissModalViewControllerAnimated(bool animated);
+
+    std::shared_ptr<ViewController> presentedViewController() const { return presented_; }
+    std::shared_ptr<ViewController> presentingViewController() const { return presenting_.lock(); }
+
+    int modalPresentationStyle() const { return modalPresentationStyle_; }
+    void setModalPresentationStyle(int style) { modalPresentationStyle_ = style; }
+    // Made on first use, as UIKit does for popover-style and action-sheet controllers.
+    PopoverPresentationController& popoverPresentationController() { return popover_; }
+    const PopoverPresentationController& popoverPresentationController() const { return popover_; }
+    // Whether this controller is shown as a popover when presented (style popover, or an
+    // anchored action sheet on a regular-width device).
+    virtual bool presentsAsPopover() const {
+        return modalPresentationStyle_ == UIModalPresentationPopover;
+    }
+
+    virtual void viewDidLoad() {}
+
+private:
+    void dismissPresented(bool animated, const std::function<void()>& completion,
+                          const char* how);
+
+    NavigationItem navigationItem_;
+    std::shared_ptr<ViewController> presented_;
+    std::weak_ptr<ViewController> presenting_;
+    int modalPresentationStyle_ = UIModalPresentationFullScreen;
+    PopoverPresentationController popover_;
+};
+
+}  // namespace plat
