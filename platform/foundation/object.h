@@ -10,7 +10,7 @@ namespace plat {
 // specifiers, controllers). Identity matters as it does in Objective-C: two Values holding the
 // same ObjectPtr are the same object.
 class Object : public std::enable_shared_from_this<Object> {
-public:
+  public:
     virtual ~Object() = default;
 
     // The runtime class name (what NSStringFromClass would answer).

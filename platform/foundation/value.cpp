@@ -55,26 +55,39 @@ std::string quoted(const std::string& s) {
 void describe(const Value& v, int indent, std::string& out, std::set<const void*>& active);
 
 void describeNested(const Value& v, int indent, std::string& out, std::set<const void*>& active) {
-    if (v.isString()) {
-        out += quoted(*v.asString());
+    if (v.isArray() || v.isDictionary() || v.isData()) {
+        describe(v, indent, out, active);
         return;
     }
-    describe(v, indent, out, active);
+    // Inside a container an element's description is quoted when it needs it, not only a
+    // string's: NSNull shows as "<null>", a date and a negative number in quotes too. Data keeps
+    // its bare <hex> form.
+    out += quoted(v.isString() ? *v.asString() : v.description());
 }
 
 void describe(const Value& v, int indent, std::string& out, std::set<const void*>& active) {
     const std::string pad(indent * 4, ' ');
     const std::string inner((indent + 1) * 4, ' ');
     switch (v.type()) {
-        case Value::Type::Nil: out += "(null)"; return;
-        case Value::Type::Null: out += "<null>"; return;
-        case Value::Type::Boolean: out += v.boolValue() ? "1" : "0"; return;
+        case Value::Type::Nil:
+            out += "(null)";
+            return;
+        case Value::Type::Null:
+            out += "<null>";
+            return;
+        case Value::Type::Boolean:
+            out += v.boolValue() ? "1" : "0";
+            return;
         case Value::Type::Integer:
             out += v.isUnsignedBig() ? std::to_string(v.unsignedValue())
                                      : std::to_string(v.integerValue());
             return;
-        case Value::Type::Real: out += formatReal(v.doubleValue()); return;
-        case Value::Type::String: out += *v.asString(); return;
+        case Value::Type::Real:
+            out += formatReal(v.doubleValue());
+            return;
+        case Value::Type::String:
+            out += *v.asString();
+            return;
         case Value::Type::Data: {
             out += "<";
             const Bytes& bytes = *v.asData();
@@ -100,7 +113,9 @@ void describe(const Value& v, int indent, std::string& out, std::set<const void*
         case Value::Type::Uid:
             out += "<CFKeyedArchiverUID>{value = " + std::to_string(*v.asUid()) + "}";
             return;
-        case Value::Type::Object: out += v.asObject()->description(); return;
+        case Value::Type::Object:
+            out += v.asObject()->description();
+            return;
         case Value::Type::Array: {
             if (!active.insert(v.asArray()).second) {
                 out += "(...)";
@@ -136,7 +151,8 @@ void describe(const Value& v, int indent, std::string& out, std::set<const void*
 }
 
 bool numbersEqual(const Value& a, const Value& b) {
-    if (a.isBoolean() || b.isBoolean()) return a.isBoolean() && b.isBoolean() && a.boolValue() == b.boolValue();
+    if (a.isBoolean() || b.isBoolean())
+        return a.isBoolean() && b.isBoolean() && a.boolValue() == b.boolValue();
     if (a.isReal() || b.isReal()) return a.doubleValue() == b.doubleValue();
     if (a.isUnsignedBig() || b.isUnsignedBig())
         return a.isUnsignedBig() && b.isUnsignedBig() && a.unsignedValue() == b.unsignedValue();
@@ -156,16 +172,26 @@ Value::Value(ObjectPtr object) {
     }
 }
 
-Value Value::null() { return Value(Type::Null, std::monostate{}); }
-Value Value::boolean(bool b) { return Value(Type::Boolean, b); }
-Value Value::integer(std::int64_t i) { return Value(Type::Integer, i); }
+Value Value::null() {
+    return Value(Type::Null, std::monostate{});
+}
+Value Value::boolean(bool b) {
+    return Value(Type::Boolean, b);
+}
+Value Value::integer(std::int64_t i) {
+    return Value(Type::Integer, i);
+}
 Value Value::unsignedInteger(std::uint64_t u) {
     if (u <= static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max()))
         return integer(static_cast<std::int64_t>(u));
     return Value(Type::Integer, u);
 }
-Value Value::real(double d) { return Value(Type::Real, d); }
-Value Value::string(std::string s) { return Value(Type::String, std::move(s)); }
+Value Value::real(double d) {
+    return Value(Type::Real, d);
+}
+Value Value::string(std::string s) {
+    return Value(Type::String, std::move(s));
+}
 Value Value::mutableString(std::string s) {
     Value v = string(std::move(s));
     v.mutableFlavour_ = true;
@@ -179,11 +205,15 @@ Value Value::mutableData(Bytes bytes) {
     v.mutableFlavour_ = true;
     return v;
 }
-Value Value::date(double sinceReferenceDate) { return Value(Type::Date, Date{sinceReferenceDate}); }
+Value Value::date(double sinceReferenceDate) {
+    return Value(Type::Date, Date{sinceReferenceDate});
+}
 Value Value::array(Array items) {
     return Value(Type::Array, std::make_shared<Array>(std::move(items)));
 }
-Value Value::array(std::initializer_list<Value> items) { return array(Array(items)); }
+Value Value::array(std::initializer_list<Value> items) {
+    return array(Array(items));
+}
 Value Value::dictionary(Dictionary entries) {
     return Value(Type::Dictionary, std::make_shared<Dictionary>(std::move(entries)));
 }
@@ -194,26 +224,37 @@ Value Value::dictionary(std::initializer_list<std::pair<const std::string, Value
     }
     return dictionary(std::move(d));
 }
-Value Value::uid(std::uint64_t u) { return Value(Type::Uid, Uid{u}); }
-Value Value::object(ObjectPtr object) { return Value(std::move(object)); }
+Value Value::uid(std::uint64_t u) {
+    return Value(Type::Uid, Uid{u});
+}
+Value Value::object(ObjectPtr object) {
+    return Value(std::move(object));
+}
 
-bool Value::isUnsignedBig() const { return std::holds_alternative<std::uint64_t>(storage_); }
+bool Value::isUnsignedBig() const {
+    return std::holds_alternative<std::uint64_t>(storage_);
+}
 
 bool Value::boolValue() const {
     switch (type_) {
-        case Type::Boolean: return std::get<bool>(storage_);
+        case Type::Boolean:
+            return std::get<bool>(storage_);
         case Type::Integer:
             return isUnsignedBig() ? std::get<std::uint64_t>(storage_) != 0
                                    : std::get<std::int64_t>(storage_) != 0;
-        case Type::Real: return std::get<double>(storage_) != 0.0;
-        case Type::String: return nsStringBoolValue(std::get<std::string>(storage_));
-        default: return false;
+        case Type::Real:
+            return std::get<double>(storage_) != 0.0;
+        case Type::String:
+            return nsStringBoolValue(std::get<std::string>(storage_));
+        default:
+            return false;
     }
 }
 
 std::int64_t Value::integerValue() const {
     switch (type_) {
-        case Type::Boolean: return std::get<bool>(storage_) ? 1 : 0;
+        case Type::Boolean:
+            return std::get<bool>(storage_) ? 1 : 0;
         case Type::Integer:
             return isUnsignedBig() ? static_cast<std::int64_t>(std::get<std::uint64_t>(storage_))
                                    : std::get<std::int64_t>(storage_);
@@ -224,8 +265,10 @@ std::int64_t Value::integerValue() const {
             if (d <= -9.2233720368547758e18) return std::numeric_limits<std::int64_t>::min();
             return static_cast<std::int64_t>(d);
         }
-        case Type::String: return std::strtoll(std::get<std::string>(storage_).c_str(), nullptr, 10);
-        default: return 0;
+        case Type::String:
+            return std::strtoll(std::get<std::string>(storage_).c_str(), nullptr, 10);
+        default:
+            return 0;
     }
 }
 
@@ -236,17 +279,23 @@ std::uint64_t Value::unsignedValue() const {
 
 double Value::doubleValue() const {
     switch (type_) {
-        case Type::Boolean: return std::get<bool>(storage_) ? 1.0 : 0.0;
+        case Type::Boolean:
+            return std::get<bool>(storage_) ? 1.0 : 0.0;
         case Type::Integer:
             return isUnsignedBig() ? static_cast<double>(std::get<std::uint64_t>(storage_))
                                    : static_cast<double>(std::get<std::int64_t>(storage_));
-        case Type::Real: return std::get<double>(storage_);
-        case Type::String: return std::strtod(std::get<std::string>(storage_).c_str(), nullptr);
-        default: return 0.0;
+        case Type::Real:
+            return std::get<double>(storage_);
+        case Type::String:
+            return std::strtod(std::get<std::string>(storage_).c_str(), nullptr);
+        default:
+            return 0.0;
     }
 }
 
-const std::string* Value::asString() const { return std::get_if<std::string>(&storage_); }
+const std::string* Value::asString() const& {
+    return std::get_if<std::string>(&storage_);
+}
 std::string Value::str() const {
     const std::string* s = asString();
     return s ? *s : std::string();
@@ -343,12 +392,14 @@ Value Value::deepCopy() const {
     if (auto* a = asArray()) {
         Array copy;
         copy.reserve(a->size());
-        for (const Value& item : *a) copy.push_back(item.deepCopy());
+        for (const Value& item : *a)
+            copy.push_back(item.deepCopy());
         return array(std::move(copy));
     }
     if (auto* d = asDictionary()) {
         Dictionary copy;
-        for (const auto& [key, item] : *d) copy.emplace(key, item.deepCopy());
+        for (const auto& [key, item] : *d)
+            copy.emplace(key, item.deepCopy());
         return dictionary(std::move(copy));
     }
     return *this;
@@ -359,7 +410,8 @@ bool isPlist(const Value& v, std::set<const void*>& active) {
     switch (v.type()) {
         case Value::Type::Nil:
         case Value::Type::Null:
-        case Value::Type::Object: return false;
+        case Value::Type::Object:
+            return false;
         case Value::Type::Array: {
             if (!active.insert(v.asArray()).second) return false;
             for (const Value& item : *v.asArray())
@@ -374,7 +426,8 @@ bool isPlist(const Value& v, std::set<const void*>& active) {
             active.erase(v.asDictionary());
             return true;
         }
-        default: return true;
+        default:
+            return true;
     }
 }
 }  // namespace
@@ -389,17 +442,24 @@ bool operator==(const Value& a, const Value& b) {
     if (a.type() != b.type()) return false;
     switch (a.type()) {
         case Value::Type::Nil:
-        case Value::Type::Null: return true;
-        case Value::Type::String: return *a.asString() == *b.asString();
-        case Value::Type::Data: return *a.asData() == *b.asData();
-        case Value::Type::Date: return *a.asDate() == *b.asDate();
-        case Value::Type::Uid: return *a.asUid() == *b.asUid();
-        case Value::Type::Object: return a.asObject() == b.asObject();
+        case Value::Type::Null:
+            return true;
+        case Value::Type::String:
+            return *a.asString() == *b.asString();
+        case Value::Type::Data:
+            return *a.asData() == *b.asData();
+        case Value::Type::Date:
+            return *a.asDate() == *b.asDate();
+        case Value::Type::Uid:
+            return *a.asUid() == *b.asUid();
+        case Value::Type::Object:
+            return a.asObject() == b.asObject();
         case Value::Type::Array:
             return a.asArray() == b.asArray() || *a.asArray() == *b.asArray();
         case Value::Type::Dictionary:
             return a.asDictionary() == b.asDictionary() || *a.asDictionary() == *b.asDictionary();
-        default: return false;
+        default:
+            return false;
     }
 }
 
@@ -420,18 +480,30 @@ std::string Value::description() const {
 
 const char* typeName(Value::Type type) {
     switch (type) {
-        case Value::Type::Nil: return "nil";
-        case Value::Type::Null: return "null";
-        case Value::Type::Boolean: return "boolean";
-        case Value::Type::Integer: return "integer";
-        case Value::Type::Real: return "real";
-        case Value::Type::String: return "string";
-        case Value::Type::Data: return "data";
-        case Value::Type::Date: return "date";
-        case Value::Type::Array: return "array";
-        case Value::Type::Dictionary: return "dictionary";
-        case Value::Type::Uid: return "uid";
-        case Value::Type::Object: return "object";
+        case Value::Type::Nil:
+            return "nil";
+        case Value::Type::Null:
+            return "null";
+        case Value::Type::Boolean:
+            return "boolean";
+        case Value::Type::Integer:
+            return "integer";
+        case Value::Type::Real:
+            return "real";
+        case Value::Type::String:
+            return "string";
+        case Value::Type::Data:
+            return "data";
+        case Value::Type::Date:
+            return "date";
+        case Value::Type::Array:
+            return "array";
+        case Value::Type::Dictionary:
+            return "dictionary";
+        case Value::Type::Uid:
+            return "uid";
+        case Value::Type::Object:
+            return "object";
     }
     return "unknown";
 }

@@ -42,7 +42,7 @@ struct Uid {
 // Messages to nil, or to a Value of the wrong kind, answer 0/false/nil and change nothing, so
 // code written for Objective-C's nil messaging reads the same here.
 class Value {
-public:
+  public:
     enum class Type {
         Nil,         // no object
         Null,        // NSNull
@@ -60,8 +60,8 @@ public:
 
     Value() = default;  // nil
     Value(std::nullptr_t) {}
-    Value(const char* s);  // NSString
-    Value(std::string s);  // NSString
+    Value(const char* s);     // NSString
+    Value(std::string s);     // NSString
     Value(ObjectPtr object);  // the object, or nil for a null pointer
     template <class T, class = std::enable_if_t<std::is_base_of_v<Object, T>>>
     Value(std::shared_ptr<T> object) : Value(std::static_pointer_cast<Object>(std::move(object))) {}
@@ -112,8 +112,10 @@ public:
     std::uint64_t unsignedValue() const;
     double doubleValue() const;
 
-    // The string, or nullptr when this is not a string.
-    const std::string* asString() const;
+    // The string, or nullptr when this is not a string. The string lives inside this Value,
+    // so asking a temporary is refused at compile time.
+    const std::string* asString() const&;
+    const std::string* asString() const&& = delete;
     // The string, or "" when this is not a string.
     std::string str() const;
     const Bytes* asData() const;
@@ -158,11 +160,11 @@ public:
     // of NSDictionary/NSArray description.
     std::string description() const;
 
-private:
-    using Storage = std::variant<std::monostate, bool, std::int64_t, std::uint64_t, double,
-                                 std::string, std::shared_ptr<const Bytes>, Date,
-                                 std::shared_ptr<Array>, std::shared_ptr<Dictionary>, Uid,
-                                 ObjectPtr>;
+  private:
+    using Storage =
+        std::variant<std::monostate, bool, std::int64_t, std::uint64_t, double, std::string,
+                     std::shared_ptr<const Bytes>, Date, std::shared_ptr<Array>,
+                     std::shared_ptr<Dictionary>, Uid, ObjectPtr>;
     Value(Type type, Storage storage) : type_(type), storage_(std::move(storage)) {}
 
     Type type_ = Type::Nil;
