@@ -2,8 +2,10 @@
 
 #include <any>
 #include <filesystem>
+#include <functional>
 #include <map>
 #include <memory>
+#include <mutex>
 #include <string>
 
 #include "platform/system/darwin_notify_center.h"
@@ -21,16 +23,36 @@ namespace plat {
 // Process-wide slots (static variables of the bundle's code): message centers, cached product
 // information, picker slots. Kept here so that a test can start a fresh "process".
 class ProcessSlots {
-public:
+  public:
+    // The slot's current object (nullptr while empty).
     template <class T>
-    std::shared_ptr<T>& get(const std::string& name) {
-        auto& slot = slots_[name];
-        if (!slot.has_value()) slot = std::shared_ptr<T>();
-        return std::any_cast<std::shared_ptr<T>&>(slot);
+    std::shared_ptr<T> get(const std::string& name) const {
+        std::lock_guard lock(mutex_);
+        auto it = slots_.find(name);
+        return it == slots_.end() ? nullptr : std::any_cast<std::shared_ptr<T>>(it->second);
     }
-    void clear() { slots_.clear(); }
+    template <class T>
+    void set(const std::string& name, std::shared_ptr<T> object) {
+        std::lock_guard lock(mutex_);
+        slots_[name] = std::move(object);
+    }
+    // The slot's object, made by `make` when the slot is empty. Safe from any thread: the
+    // shared-settings object is first reached from notification delivery threads too.
+    template <class T>
+    std::shared_ptr<T> getOrMake(const std::string& name,
+                                 const std::function<std::shared_ptr<T>()>& make) {
+        std::lock_guard lock(mutex_);
+        auto& slot = slots_[name];
+        if (!slot.has_value() || !std::any_cast<std::shared_ptr<T>>(slot)) slot = make();
+        return std::any_cast<std::shared_ptr<T>>(slot);
+    }
+    void clear() {
+        std::lock_guard lock(mutex_);
+        slots_.clear();
+    }
 
-private:
+  private:
+    mutable std::mutex mutex_;
     std::map<std::string, std::any> slots_;
 };
 
@@ -38,7 +60,7 @@ private:
 // message centers, shell, log and process-wide slots. Code reaches the current one through
 // Process::current(), as Objective-C code reaches its process's singletons.
 class Process {
-public:
+  public:
     struct Options {
         std::string name = "Preferences";
         bool echoLog = true;  // NSLog lines to standard error
@@ -67,7 +89,7 @@ public:
     // Read afresh from the device root on every call.
     DeviceFacts deviceFacts() const { return DeviceFacts::read(root_); }
 
-private:
+  private:
     Options options_;
     DeviceRoot root_;
     Journal journal_;
@@ -83,13 +105,13 @@ private:
 // Makes a process current for a scope (a test, the simulator's run) and restores the
 // previous one afterwards.
 class ProcessScope {
-public:
+  public:
     explicit ProcessScope(Process& process);
     ~ProcessScope();
     ProcessScope(const ProcessScope&) = delete;
     ProcessScope& operator=(const ProcessScope&) = delete;
 
-private:
+  private:
     Process* previous_;
 };
 

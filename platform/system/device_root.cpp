@@ -1,0 +1,240 @@
+#include "platform/system/device_root.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <deque>
+#include <system_error>
+
+namespace plat {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// Where a host path really lies, symbolic links followed, the way realpath(3) would answer
+// but tolerating a missing tail. A dangling link is followed too (weakly_canonical would stop
+// in front of it), because writing through it would create its target.
+std::optional<fs::path> realLocation(const fs::path& path) {
+    std::deque<fs::path> todo(path.begin(), path.end());
+    fs::path result = "/";
+    if (!todo.empty() && todo.front() == "/") todo.pop_front();
+    int links = 0;
+    while (!todo.empty()) {
+        fs::path component = std::move(todo.front());
+        todo.pop_front();
+        if (component.empty() || component == ".") continue;
+        if (component == "..") {
+            result = result.parent_path();
+            continue;
+        }
+        fs::path next = result / component;
+        std::error_code ec;
+        auto status = fs::symlink_status(next, ec);
+        if (!ec && fs::is_symlink(status)) {
+            if (++links > 40) return std::nullopt;  // ELOOP, as the kernel would say
+            fs::path target = fs::read_symlink(next, ec);
+            if (ec) return std::nullopt;
+            if (target.is_absolute()) result = "/";
+            std::deque<fs::path> expanded(target.begin(), target.end());
+            if (!expanded.empty() && expanded.front() == "/") expanded.pop_front();
+            todo.insert(todo.begin(), expanded.begin(), expanded.end());
+            continue;
+        }
+        result = std::move(next);
+    }
+    return result;
+}
+
+bool isWithin(const fs::path& path, const fs::path& folder) {
+    auto p = path.begin();
+    for (auto f = folder.begin(); f != folder.end(); ++f, ++p) {
+        if (f->empty()) continue;  // a trailing separator on the folder
+        if (p == path.end() || *p != *f) return false;
+    }
+    return true;
+}
+
+std::string errnoText(int error) {
+    return std::strerror(error);
+}
+
+bool writeAll(int fd, const Bytes& bytes) {
+    std::size_t done = 0;
+    while (done < bytes.size()) {
+        ssize_t n = ::write(fd, bytes.data() + done, bytes.size() - done);
+        if (n < 0) {
+            if (errno == EINTR) continue;
+            return false;
+        }
+        done += static_cast<std::size_t>(n);
+    }
+    return true;
+}
+
+void setError(std::string* error, std::string text) {
+    if (error) *error = std::move(text);
+}
+
+}  // namespace
+
+DeviceRoot::DeviceRoot(fs::path hostRoot)
+    : hostRoot_(fs::absolute(std::move(hostRoot)).lexically_normal()) {
+    // "/tmp/root/" and "/tmp/root" must resolve alike.
+    if (!hostRoot_.has_filename() && hostRoot_.has_parent_path() &&
+        hostRoot_ != hostRoot_.root_path())
+        hostRoot_ = hostRoot_.parent_path();
+}
+
+std::optional<fs::path> DeviceRoot::resolve(std::string_view devicePath) const {
+    // Lexically first: the device's "/" is the top, so ".." there stays put, and a relative
+    // path starts from the working directory, which is "/".
+    std::vector<std::string_view> parts;
+    std::size_t start = 0;
+    while (start <= devicePath.size()) {
+        std::size_t end = devicePath.find('/', start);
+        if (end == std::string_view::npos) end = devicePath.size();
+        std::string_view part = devicePath.substr(start, end - start);
+        if (part == "..") {
+            if (!parts.empty()) parts.pop_back();
+        } else if (!part.empty() && part != ".") {
+            parts.push_back(part);
+        }
+        start = end + 1;
+    }
+    fs::path host = hostRoot_;
+    for (auto part : parts)
+        host /= fs::path(std::string(part));
+
+    // Then for real: a symbolic link inside the root may point anywhere on the host.
+    auto realRoot = realLocation(hostRoot_);
+    auto real = realLocation(host);
+    if (!realRoot || !real || !isWithin(*real, *realRoot)) return std::nullopt;
+    return host;
+}
+
+bool DeviceRoot::fileExists(std::string_view devicePath, bool* isDirectory) const {
+    auto host = resolve(devicePath);
+    if (!host) return false;
+    std::error_code ec;
+    auto status = fs::status(*host, ec);
+    if (ec || !fs::exists(status)) return false;
+    if (isDirectory) *isDirectory = fs::is_directory(status);
+    return true;
+}
+
+std::optional<Bytes> DeviceRoot::readFile(std::string_view devicePath) const {
+    auto host = resolve(devicePath);
+    if (!host) return std::nullopt;
+    int fd = ::open(host->c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0) return std::nullopt;
+    struct stat info {};
+    if (::fstat(fd, &info) != 0 || !S_ISREG(info.st_mode)) {
+        ::close(fd);
+        return std::nullopt;
+    }
+    Bytes bytes;
+    bytes.reserve(static_cast<std::size_t>(info.st_size));
+    std::uint8_t chunk[16384];
+    for (;;) {
+        ssize_t n = ::read(fd, chunk, sizeof chunk);
+        if (n < 0) {
+            if (errno == EINTR) continue;
+            ::close(fd);
+            return std::nullopt;
+        }
+        if (n == 0) break;
+        bytes.insert(bytes.end(), chunk, chunk + n);
+    }
+    ::close(fd);
+    return bytes;
+}
+
+bool DeviceRoot::writeFile(std::string_view devicePath, const Bytes& bytes, bool atomically) const {
+    auto host = resolve(devicePath);
+    if (!host || !host->has_filename()) return false;
+
+    if (!atomically) {
+        // Same inode: whoever holds the file open, or links to it, sees the new contents.
+        int fd = ::open(host->c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
+        if (fd < 0) return false;
+        bool ok = writeAll(fd, bytes);
+        return ::close(fd) == 0 && ok;
+    }
+
+    // Readers see the old file or the new one, never half of it.
+    std::string temp = (host->parent_path() / ("." + host->filename().string() + ".XXXXXX"));
+    int fd = ::mkstemp(temp.data());
+    if (fd < 0) return false;
+    bool ok = ::fchmod(fd, 0644) == 0 && writeAll(fd, bytes);
+    ok = ::close(fd) == 0 && ok;
+    if (ok) ok = ::rename(temp.c_str(), host->c_str()) == 0;
+    if (!ok) ::unlink(temp.c_str());
+    return ok;
+}
+
+bool DeviceRoot::createDirectory(std::string_view devicePath, bool withIntermediates,
+                                 std::string* error) const {
+    auto host = resolve(devicePath);
+    std::string shown(devicePath);
+    if (!host) {
+        setError(error, "Cannot create " + shown + ": outside the device");
+        return false;
+    }
+    std::error_code ec;
+    if (withIntermediates) {
+        // An existing folder is success here, as it is for the Foundation call.
+        fs::create_directories(*host, ec);
+        if (!ec && fs::is_directory(*host, ec)) return true;
+        if (!ec) ec = std::make_error_code(std::errc::file_exists);
+    } else {
+        bool made = fs::create_directory(*host, ec);
+        if (made) return true;
+        if (!ec) ec = std::make_error_code(std::errc::file_exists);
+    }
+    setError(error, "Cannot create " + shown + ": " + ec.message());
+    return false;
+}
+
+bool DeviceRoot::removeItem(std::string_view devicePath, std::string* error) const {
+    auto host = resolve(devicePath);
+    std::string shown(devicePath);
+    if (!host) {
+        setError(error, "Cannot remove " + shown + ": outside the device");
+        return false;
+    }
+    if (*host == hostRoot_) {
+        setError(error, "Cannot remove " + shown + ": " + errnoText(EPERM));
+        return false;
+    }
+    std::error_code ec;
+    // symlink_status: a link is removed itself, never what it points to.
+    if (!fs::exists(fs::symlink_status(*host, ec))) {
+        setError(error, "Cannot remove " + shown + ": " + errnoText(ENOENT));
+        return false;
+    }
+    fs::remove_all(*host, ec);
+    if (ec) {
+        setError(error, "Cannot remove " + shown + ": " + ec.message());
+        return false;
+    }
+    return true;
+}
+
+std::vector<std::string> DeviceRoot::contentsOfDirectory(std::string_view devicePath) const {
+    std::vector<std::string> names;
+    auto host = resolve(devicePath);
+    if (!host) return names;
+    std::error_code ec;
+    for (fs::directory_iterator it(*host, ec), end; !ec && it != end; it.increment(ec))
+        names.push_back(it->path().filename().string());
+    if (ec) return {};
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+}  // namespace plat

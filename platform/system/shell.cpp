@@ -1,0 +1,208 @@
+#include "platform/system/shell.h"
+
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <string_view>
+#include <vector>
+
+#include "platform/system/device_root.h"
+#include "platform/system/journal.h"
+
+extern char** environ;
+
+namespace plat {
+
+namespace {
+
+// An interceptor speaks in exit statuses; pclose and system answer wait statuses.
+int waitStatusForExit(int exitStatus) {
+    return (exitStatus & 0xff) << 8;
+}
+
+// Everything the child needs, built before fork: after fork in a threaded process the child
+// may only make async-signal-safe calls, so no allocation and no setenv there.
+struct Launch {
+    std::string command;
+    std::string workingDirectory;
+    std::vector<std::string> environment;
+    std::vector<char*> argv;
+    std::vector<char*> envp;
+
+    Launch(const std::string& cmd, const DeviceRoot& root) : command(cmd) {
+        workingDirectory = root.hostRoot().string();
+        // dpkg-query and friends read the device's package database, not the host's.
+        const std::string admin = "DPKG_ADMINDIR=";
+        for (char** e = environ; e && *e; ++e)
+            if (std::string_view(*e).substr(0, admin.size()) != admin) environment.emplace_back(*e);
+        environment.push_back(admin + (root.hostRoot() / "var/lib/dpkg").string());
+        for (auto& e : environment)
+            envp.push_back(e.data());
+        envp.push_back(nullptr);
+        static char sh[] = "sh";
+        static char dashC[] = "-c";
+        argv = {sh, dashC, command.data(), nullptr};
+    }
+
+    // The child's half; returns only in the parent. stdoutFd < 0 keeps the parent's output.
+    pid_t spawn(int stdoutFd, bool discardStderr) {
+        pid_t pid = ::fork();
+        if (pid != 0) return pid;
+        int devNull = ::open("/dev/null", O_RDWR);
+        if (devNull < 0) ::_exit(127);
+        ::dup2(devNull, STDIN_FILENO);
+        if (stdoutFd >= 0) ::dup2(stdoutFd, STDOUT_FILENO);
+        if (discardStderr) ::dup2(devNull, STDERR_FILENO);
+        if (devNull > STDERR_FILENO) ::close(devNull);
+        // The device's working directory is its "/".
+        if (::chdir(workingDirectory.c_str()) != 0) ::_exit(127);
+        ::execve("/bin/sh", argv.data(), envp.data());
+        ::_exit(127);
+    }
+};
+
+int waitFor(pid_t pid) {
+    int status = 0;
+    while (::waitpid(pid, &status, 0) < 0) {
+        if (errno != EINTR) return -1;
+    }
+    return status;
+}
+
+// Reading side shared by both kinds of pipe: C fgets over a byte source.
+class LinePipe : public Pipe {
+  public:
+    bool fgets(char* buffer, int size) override {
+        if (!buffer || size <= 0) return false;
+        std::size_t room = static_cast<std::size_t>(size) - 1;
+        std::size_t n = 0;
+        while (n < room) {
+            if (pos_ == buffered_.size() && !refill()) break;
+            char c = buffered_[pos_++];
+            buffer[n++] = c;
+            if (c == '\n') break;
+        }
+        // Nothing read at end of input: fgets answers NULL and leaves the buffer alone.
+        if (n == 0 && room > 0) return false;
+        buffer[n] = '\0';
+        return true;
+    }
+
+  protected:
+    // Puts the next bytes into `into`; false at end of input.
+    virtual bool more(std::string& into) = 0;
+
+  private:
+    bool refill() {
+        buffered_.clear();
+        pos_ = 0;
+        return more(buffered_) && !buffered_.empty();
+    }
+
+    std::string buffered_;
+    std::size_t pos_ = 0;
+};
+
+// What an interceptor answered, served from memory.
+class MemoryPipe final : public LinePipe {
+  public:
+    MemoryPipe(std::string output, int status) : output_(std::move(output)), status_(status) {}
+    int pclose() override { return status_; }
+
+  protected:
+    bool more(std::string& into) override {
+        if (taken_) return false;
+        taken_ = true;
+        into = std::move(output_);
+        return true;
+    }
+
+  private:
+    std::string output_;
+    int status_;
+    bool taken_ = false;
+};
+
+// A real child's standard output.
+class ProcessPipe final : public LinePipe {
+  public:
+    ProcessPipe(int fd, pid_t pid) : fd_(fd), pid_(pid) {}
+    ~ProcessPipe() override {
+        // Never leave a zombie behind, even when the caller forgot pclose.
+        if (pid_ > 0) pclose();
+    }
+
+    int pclose() override {
+        if (pid_ <= 0) return -1;
+        if (fd_ >= 0) ::close(fd_);
+        fd_ = -1;
+        int status = waitFor(pid_);
+        pid_ = -1;
+        return status;
+    }
+
+  protected:
+    bool more(std::string& into) override {
+        if (fd_ < 0) return false;
+        char chunk[4096];
+        for (;;) {
+            ssize_t n = ::read(fd_, chunk, sizeof chunk);
+            if (n < 0 && errno == EINTR) continue;
+            if (n <= 0) return false;
+            into.assign(chunk, static_cast<std::size_t>(n));
+            return true;
+        }
+    }
+
+  private:
+    int fd_;
+    pid_t pid_;
+};
+
+}  // namespace
+
+std::unique_ptr<Pipe> Shell::popen(const std::string& command, const std::string& mode) {
+    JournalEntry entry;
+    entry.kind = JournalEntry::Kind::Shell;
+    entry.text = command;
+    journal_.append(std::move(entry));
+
+    if (mode != "r") return nullptr;
+    if (interceptor_) {
+        if (auto result = interceptor_(command))
+            return std::make_unique<MemoryPipe>(std::move(result->output),
+                                                waitStatusForExit(result->status));
+    }
+
+    Launch launch(command, root_);
+    int fds[2];
+    if (::pipe2(fds, O_CLOEXEC) != 0) return nullptr;
+    pid_t pid = launch.spawn(fds[1], true);
+    ::close(fds[1]);
+    if (pid < 0) {
+        ::close(fds[0]);
+        return nullptr;
+    }
+    return std::make_unique<ProcessPipe>(fds[0], pid);
+}
+
+int Shell::system(const std::string& command) {
+    JournalEntry entry;
+    entry.kind = JournalEntry::Kind::Shell;
+    entry.text = command;
+    journal_.append(std::move(entry));
+
+    if (interceptor_) {
+        if (auto result = interceptor_(command)) return waitStatusForExit(result->status);
+    }
+
+    Launch launch(command, root_);
+    pid_t pid = launch.spawn(-1, false);
+    if (pid < 0) return -1;
+    return waitFor(pid);
+}
+
+}  // namespace plat
