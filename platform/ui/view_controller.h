@@ -11,6 +11,8 @@
 
 namespace plat {
 
+class NavigationController;
+
 // UIModalPresentationStyle values the bundle uses.
 enum ModalPresentationStyle : int {
     UIModalPresentationFullScreen = 0,
@@ -19,14 +21,14 @@ enum ModalPresentationStyle : int {
 
 // UIPopoverPresentationController: where a popover points.
 class PopoverPresentationController {
-public:
+  public:
     std::shared_ptr<View> sourceView() const { return sourceView_.lock(); }
     void setSourceView(const std::shared_ptr<View>& view) { sourceView_ = view; }
     std::optional<Rect> sourceRect() const { return sourceRect_; }
     void setSourceRect(Rect rect) { sourceRect_ = rect; }
     bool hasAnchor() const { return !sourceView_.expired() || sourceRect_.has_value(); }
 
-private:
+  private:
     std::weak_ptr<View> sourceView_;
     std::optional<Rect> sourceRect_;
 };
@@ -34,11 +36,15 @@ private:
 // UIViewController: title and navigation item, modal presentation (journaled), the view
 // life cycle hook. Presenting keeps the presented controller alive until it is dismissed.
 class ViewController : public Object {
-public:
+  public:
     std::string className() const override { return "UIViewController"; }
     std::vector<std::string> classChain() const override {
         return {"UIViewController", "UIResponder", "NSObject"};
     }
+
+    // The title a presentation is journaled with: the navigation item's, unless a subclass
+    // has its own (an alert's title).
+    virtual std::optional<std::string> title() const { return navigationItem_.title(); }
 
     NavigationItem& navigationItem() { return navigationItem_; }
     const NavigationItem& navigationItem() const { return navigationItem_; }
@@ -66,17 +72,30 @@ public:
         return modalPresentationStyle_ == UIModalPresentationPopover;
     }
 
+    // The navigation controller whose stack holds this page (null when none does).
+    std::shared_ptr<NavigationController> navigationController() const {
+        return navigationController_.lock();
+    }
+    void setNavigationController(const std::shared_ptr<NavigationController>& controller) {
+        navigationController_ = controller;
+    }
+
     virtual void viewDidLoad() {}
 
-private:
-    void dismissPresented(bool animated, const std::function<void()>& completion,
-                          const char* how);
+  protected:
+    // Dismissal that UIKit performs itself (a tapped alert action, a tap outside a popover),
+    // journaled with `how`. False when this controller is not presented.
+    bool dismissFromPresenter(const char* how);
+
+  private:
+    void dismissPresented(bool animated, const std::function<void()>& completion, const char* how);
 
     NavigationItem navigationItem_;
     std::shared_ptr<ViewController> presented_;
     std::weak_ptr<ViewController> presenting_;
     int modalPresentationStyle_ = UIModalPresentationFullScreen;
     PopoverPresentationController popover_;
+    std::weak_ptr<NavigationController> navigationController_;
 };
 
 }  // namespace plat

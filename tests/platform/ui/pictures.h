@@ -1,0 +1,49 @@
+#pragma once
+
+#include <cairo.h>
+
+#include <cstdint>
+#include <initializer_list>
+
+#include "platform/ui/image.h"
+
+namespace uitest {
+
+// A rectangle of a picture in pixels and the colour it is filled with (straight alpha).
+struct Fill {
+    int x, y, width, height;
+    double red, green, blue, alpha = 1;
+};
+
+// A picture painted with cairo, independently of the code under test.
+inline plat::ImagePtr picture(int width, int height, double scale,
+                              std::initializer_list<Fill> fills) {
+    cairo_surface_t* surface = cairo_image_surface_create(CAIRO_FORMAT_ARGB32, width, height);
+    cairo_t* cr = cairo_create(surface);
+    cairo_set_operator(cr, CAIRO_OPERATOR_SOURCE);
+    for (const Fill& f : fills) {
+        cairo_set_source_rgba(cr, f.red, f.green, f.blue, f.alpha);
+        cairo_rectangle(cr, f.x, f.y, f.width, f.height);
+        cairo_fill(cr);
+    }
+    cairo_destroy(cr);
+    return plat::Image::adopt(surface, scale);
+}
+
+inline unsigned alpha(std::uint32_t argb) {
+    return argb >> 24;
+}
+inline unsigned red(std::uint32_t argb) {
+    return (argb >> 16) & 0xff;
+}
+inline unsigned green(std::uint32_t argb) {
+    return (argb >> 8) & 0xff;
+}
+inline unsigned blue(std::uint32_t argb) {
+    return argb & 0xff;
+}
+
+constexpr std::uint32_t kRed = 0xffff0000;
+constexpr std::uint32_t kBlue = 0xff0000ff;
+
+}  // namespace uitest

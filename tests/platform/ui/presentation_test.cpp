@@ -1,0 +1,228 @@
+#include <gtest/gtest.h>
+
+#include "platform/ui/alert_controller.h"
+#include "platform/ui/bar_button_item.h"
+#include "platform/ui/image_picker_controller.h"
+#include "tests/platform/ui/pictures.h"
+#include "tests/support/test_device.h"
+
+namespace {
+
+using Kind = plat::JournalEntry::Kind;
+using plat::AlertAction;
+using plat::AlertController;
+using plat::ViewController;
+
+// "present UIAlertController title" / "dismiss UIAlertController action" lines, to compare
+// whole journals at a glance.
+std::vector<std::string> presentations(testsupport::TestDevice& device) {
+    std::vector<std::string> out;
+    for (const auto& e : device.process().journal().entries()) {
+        if (e.kind == Kind::Present || e.kind == Kind::Dismiss)
+            out.push_back(std::string(plat::kindName(e.kind)) + " " + e.name + " " + e.text);
+    }
+    return out;
+}
+
+class Presentation : public ::testing::Test {
+  protected:
+    testsupport::TestDevice device;
+    std::shared_ptr<ViewController> page = std::make_shared<ViewController>();
+};
+
+TEST_F(Presentation, PresentAndBothWaysOfDismissingAreJournaled) {
+    auto first = std::make_shared<ViewController>();
+    first->navigationItem().setTitle("Details");
+    bool presented = false;
+    page->presentViewController(first, true, [&] { presented = true; });
+    EXPECT_TRUE(presented);
+    EXPECT_EQ(page->presentedViewController(), first);
+    EXPECT_EQ(first->presentingViewController(), page);
+
+    // Already presenting: refused, nothing journaled, the completion never runs.
+    bool refused = true;
+    page->presentViewController(std::make_shared<ViewController>(), true, [&] { refused = false; });
+    EXPECT_TRUE(refused);
+    EXPECT_EQ(page->presentedViewController(), first);
+
+    // The completion runs after the dismissal is done.
+    std::size_t entriesAtCompletion = 0;
+    first->dismissViewControllerAnimated(true, [&] {
+        entriesAtCompletion = device.journal().size();
+        EXPECT_FALSE(page->presentedViewController());
+    });
+    EXPECT_EQ(entriesAtCompletion, device.journal().size());
+    EXPECT_FALSE(first->presentingViewController());
+
+    auto second = std::make_shared<ViewController>();
+    page->presentViewController(second, false, nullptr);
+    page->dismissModalViewControllerAnimated(true);
+    page->dismissViewControllerAnimated(true, [] { FAIL() << "nothing left to dismiss"; });
+
+    EXPECT_EQ(
+        presentations(device),
+        (std::vector<std::string>{"present UIViewController Details",
+                                  "dismiss UIViewController dismissViewControllerAnimated",
+                                  "present UIViewController ",
+                                  "dismiss UIViewController dismissModalViewControllerAnimated"}));
+    EXPECT_TRUE(device.entries(Kind::Present)[0].animated);
+}
+
+TEST(PresentationWithoutProcess, WorksAndLeavesNoTrace) {
+    auto page = std::make_shared<ViewController>();
+    auto alert = AlertController::alertControllerWithTitle("T", std::nullopt,
+                                                           plat::UIAlertControllerStyleAlert);
+    int ran = 0;
+    alert->addAction(AlertAction::actionWithTitle("OK", plat::UIAlertActionStyleDefault,
+                                                  [&](AlertAction&) { ++ran; }));
+    page->presentViewController(alert, true, nullptr);
+    EXPECT_TRUE(alert->tapAction("OK"));
+    EXPECT_EQ(ran, 1);
+    EXPECT_FALSE(page->presentedViewController());
+}
+
+TEST_F(Presentation, TappingAnActionDismissesTheSheetThenRunsItsHandler) {
+    auto sheet = AlertController::alertControllerWithTitle(std::nullopt, std::nullopt,
+                                                           plat::UIAlertControllerStyleActionSheet);
+    std::vector<std::string> ran;
+    std::weak_ptr<AlertController> weakSheet = sheet;
+    sheet->addAction(
+        AlertAction::actionWithTitle("Default Picture", plat::UIAlertActionStyleDestructive,
+                                     [&](AlertAction& a) { ran.push_back(a.title()); }));
+    sheet->addAction(
+        AlertAction::actionWithTitle("Cancel", plat::UIAlertActionStyleCancel, [&](AlertAction& a) {
+            // By now UIKit has taken the sheet down; dismissing again does nothing.
+            EXPECT_FALSE(page->presentedViewController());
+            weakSheet.lock()->dismissViewControllerAnimated(true, nullptr);
+            ran.push_back(a.title());
+        }));
+    sheet->addAction(AlertAction::actionWithTitle("Quiet", plat::UIAlertActionStyleDefault, {}));
+    ASSERT_EQ(sheet->actions().size(), 3u);
+    EXPECT_EQ(sheet->actions()[0]->style(), plat::UIAlertActionStyleDestructive);
+
+    page->presentViewController(sheet, true, nullptr);
+    sheet.reset();  // only the page holds it now
+    EXPECT_FALSE(weakSheet.lock()->tapAction("Missing"));
+    EXPECT_TRUE(weakSheet.lock()->tapAction("Cancel"));
+    EXPECT_EQ(ran, (std::vector<std::string>{"Cancel"}));
+    EXPECT_TRUE(weakSheet.expired());
+
+    auto titled = AlertController::alertControllerWithTitle("Sure?", "Really",
+                                                            plat::UIAlertControllerStyleAlert);
+    titled->addAction(AlertAction::actionWithTitle("Quiet", plat::UIAlertActionStyleDefault, {}));
+    page->presentViewController(titled, true, nullptr);
+    EXPECT_TRUE(titled->tapAction("Quiet"));
+
+    EXPECT_EQ(presentations(device),
+              (std::vector<std::string>{
+                  "present UIAlertController ", "dismiss UIAlertController action",
+                  "present UIAlertController Sure?", "dismiss UIAlertController action"}));
+}
+
+TEST_F(Presentation, AnchoredSheetOnAnIPadIsAPopoverThatATapOutsideCloses) {
+    auto cell = std::make_shared<plat::View>();
+    auto makeSheet = [&](int style, bool anchored) {
+        auto sheet = AlertController::alertControllerWithTitle(std::nullopt, std::nullopt, style);
+        sheet->addAction(AlertAction::actionWithTitle(
+            "Default Picture", plat::UIAlertActionStyleDestructive,
+            [](AlertAction&) { FAIL() << "a tap outside runs no handler"; }));
+        if (anchored) {
+            sheet->popoverPresentationController().setSourceView(cell);
+            sheet->popoverPresentationController().setSourceRect(cell->bounds());
+        }
+        return sheet;
+    };
+
+    device.setProfile("iPhone", 3);
+    auto phoneSheet = makeSheet(plat::UIAlertControllerStyleActionSheet, true);
+    page->presentViewController(phoneSheet, true, nullptr);
+    EXPECT_FALSE(phoneSheet->presentsAsPopover());
+    EXPECT_FALSE(phoneSheet->dismissByTappingOutside());
+    page->dismissViewControllerAnimated(true, nullptr);
+
+    device.setProfile("iPad", 2);
+    EXPECT_FALSE(makeSheet(plat::UIAlertControllerStyleActionSheet, false)->presentsAsPopover());
+    EXPECT_FALSE(makeSheet(plat::UIAlertControllerStyleAlert, true)->presentsAsPopover());
+    auto padSheet = makeSheet(plat::UIAlertControllerStyleActionSheet, true);
+    EXPECT_TRUE(padSheet->presentsAsPopover());
+    EXPECT_FALSE(padSheet->dismissByTappingOutside());  // not on screen yet
+    page->presentViewController(padSheet, true, nullptr);
+    EXPECT_TRUE(padSheet->dismissByTappingOutside());
+    EXPECT_FALSE(page->presentedViewController());
+
+    EXPECT_EQ(
+        presentations(device),
+        (std::vector<std::string>{
+            "present UIAlertController ", "dismiss UIAlertController dismissViewControllerAnimated",
+            "present UIAlertController ", "dismiss UIAlertController tap-outside"}));
+}
+
+// A page that is the picker's delegate, dismissing it the two ways pages do.
+class PickingPage : public ViewController, public plat::ImagePickerDelegate {
+  public:
+    void imagePickerControllerDidFinishPickingMediaWithInfo(plat::ImagePickerController& picker,
+                                                            plat::Value info) override {
+        infos.push_back(info);
+        picker.dismissViewControllerAnimated(true, nullptr);
+    }
+    void imagePickerControllerDidCancel(plat::ImagePickerController& picker) override {
+        ++cancels;
+        picker.dismissModalViewControllerAnimated(true);
+    }
+    std::vector<plat::Value> infos;
+    int cancels = 0;
+};
+
+TEST_F(Presentation, PickerHandsThePicturesToItsDelegate) {
+    auto delegate = std::make_shared<PickingPage>();
+    auto edited = uitest::picture(2, 2, 1, {});
+    auto original = uitest::picture(4, 4, 1, {});
+
+    auto picker = std::make_shared<plat::ImagePickerController>();
+    picker->setAllowsEditing(true);
+    picker->setDelegate(delegate);
+    picker->setModalPresentationStyle(plat::UIModalPresentationPopover);
+    EXPECT_TRUE(picker->presentsAsPopover());
+    delegate->presentViewController(picker, true, nullptr);
+    EXPECT_TRUE(picker->pick(edited, original));
+    delegate->presentViewController(picker, true, nullptr);
+    EXPECT_TRUE(picker->pick(nullptr, original));
+    delegate->presentViewController(picker, true, nullptr);
+    EXPECT_TRUE(picker->cancel());
+
+    ASSERT_EQ(delegate->infos.size(), 2u);
+    EXPECT_EQ(delegate->infos[0].objectForKey(plat::UIImagePickerControllerEditedImage).asObject(),
+              edited);
+    EXPECT_EQ(
+        delegate->infos[0].objectForKey(plat::UIImagePickerControllerOriginalImage).asObject(),
+        original);
+    EXPECT_TRUE(delegate->infos[1].objectForKey(plat::UIImagePickerControllerEditedImage).isNil());
+    EXPECT_EQ(delegate->cancels, 1);
+    EXPECT_EQ(presentations(device),
+              (std::vector<std::string>{
+                  "present UIImagePickerController ",
+                  "dismiss UIImagePickerController dismissViewControllerAnimated",
+                  "present UIImagePickerController ",
+                  "dismiss UIImagePickerController dismissViewControllerAnimated",
+                  "present UIImagePickerController ",
+                  "dismiss UIImagePickerController dismissModalViewControllerAnimated"}));
+
+    // The delegate is weak: once the page is gone the user's pick reaches no one.
+    delegate.reset();
+    EXPECT_FALSE(picker->pick(edited, original));
+    EXPECT_FALSE(picker->cancel());
+}
+
+TEST(BarButtonItem, HoldsItsTargetWeakly) {
+    auto target = std::make_shared<ViewController>();
+    auto image = uitest::picture(2, 2, 2, {});
+    auto item =
+        plat::BarButtonItem::initWithImage(image, plat::UIBarButtonItemStylePlain, target, "back:");
+    EXPECT_EQ(item->target(), target);
+    EXPECT_EQ(item->image(), image);
+    EXPECT_EQ(item->action(), "back:");
+    target.reset();
+    EXPECT_FALSE(item->target());
+}
+
+}  // namespace

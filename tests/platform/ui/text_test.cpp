@@ -1,0 +1,103 @@
+#include <gtest/gtest.h>
+
+#include "platform/foundation/errors.h"
+#include "platform/ui/attributed_string.h"
+#include "platform/ui/color.h"
+#include "platform/ui/font.h"
+#include "platform/ui/paragraph_style.h"
+
+namespace {
+
+using plat::AttributedString;
+using plat::Dictionary;
+using plat::Value;
+using Range = AttributedString::Range;
+
+TEST(AttributedString, TwoStyledRangesCoverAHeaderExactly) {
+    const std::string text = "Title 1\nA smaller second line";
+    auto style = plat::ParagraphStyle::make();
+    style->setLineSpacing(4);
+    style->setAlignment(plat::NSTextAlignmentCenter);
+    auto big = plat::Font::systemFontOfSize(26);
+    auto small = plat::Font::fontWithName("HelveticaNeue-Light", 14);
+
+    AttributedString s(text, {{plat::NSKernAttributeName, Value::null()}});
+    ASSERT_EQ(s.length(), text.size());
+    s.addAttributes(
+        {{plat::NSFontAttributeName, big}, {plat::NSParagraphStyleAttributeName, style}}, {0, 7});
+    s.addAttributes(
+        {{plat::NSFontAttributeName, small}, {plat::NSParagraphStyleAttributeName, style}},
+        {7, s.length() - 7});
+
+    ASSERT_EQ(s.runs().size(), 2u);
+    EXPECT_EQ(s.runs()[0].range, (Range{0, 7}));
+    EXPECT_EQ(s.runs()[1].range, (Range{7, text.size() - 7}));
+    for (const auto& run : s.runs()) {
+        ASSERT_EQ(run.attributes.size(), 3u);
+        EXPECT_TRUE(run.attributes.at(plat::NSKernAttributeName).isNull());
+        EXPECT_EQ(run.attributes.at(plat::NSParagraphStyleAttributeName).as<plat::ParagraphStyle>(),
+                  style);
+    }
+    EXPECT_EQ(s.runs()[0].attributes.at(plat::NSFontAttributeName).as<plat::Font>(), big);
+    EXPECT_EQ(big->fontName(), ".SFUI-Regular");
+
+    // The newline at 7 carries the small font.
+    Range effective;
+    auto at7 = s.attributesAtIndex(7, &effective);
+    EXPECT_EQ(at7.at(plat::NSFontAttributeName).as<plat::Font>()->pointSize(), 14);
+    EXPECT_EQ(effective, (Range{7, text.size() - 7}));
+}
+
+TEST(AttributedString, RangesSplitAndEqualNeighboursMerge) {
+    AttributedString s("abcdefghij");
+    s.addAttribute(plat::NSKernAttributeName, Value::real(2), {3, 4});
+    ASSERT_EQ(s.runs().size(), 3u);
+    EXPECT_EQ(s.runs()[0].range, (Range{0, 3}));
+    EXPECT_TRUE(s.runs()[0].attributes.empty());
+    EXPECT_EQ(s.runs()[1].range, (Range{3, 4}));
+    EXPECT_EQ(s.runs()[2].range, (Range{7, 3}));
+
+    // Equal fonts are equal attributes even as separate objects, so the runs join up.
+    s.addAttribute(plat::NSFontAttributeName, plat::Font::systemFontOfSize(12), {0, 10});
+    s.addAttribute(plat::NSKernAttributeName, Value::real(2), {0, 3});
+    s.addAttribute(plat::NSKernAttributeName, Value::real(2), {7, 3});
+    s.addAttribute(plat::NSFontAttributeName, plat::Font::systemFontOfSize(12), {2, 5});
+    ASSERT_EQ(s.runs().size(), 1u);
+    EXPECT_EQ(s.runs()[0].range, (Range{0, 10}));
+}
+
+TEST(AttributedString, CountsUtf16UnitsAndRaisesPastTheEnd) {
+    AttributedString s("\xC3\xA9\xF0\x9F\x98\x80z");  // é, an emoji (two units), z
+    EXPECT_EQ(s.length(), 4u);
+    s.addAttribute(plat::NSKernAttributeName, Value::integer(1), {1, 2});
+    Range effective;
+    s.attributesAtIndex(2, &effective);
+    EXPECT_EQ(effective, (Range{1, 2}));
+    EXPECT_EQ(s.description().find("\xF0\x9F\x98\x80{"), s.description().find("}") + 1);
+
+    EXPECT_NO_THROW(s.addAttribute(plat::NSKernAttributeName, Value::integer(1), {4, 0}));
+    EXPECT_THROW(s.addAttribute(plat::NSKernAttributeName, Value::integer(1), {3, 2}),
+                 plat::RangeError);
+    EXPECT_THROW(s.addAttribute(plat::NSKernAttributeName, Value::integer(1), {5, 0}),
+                 plat::RangeError);
+    EXPECT_THROW(s.addAttribute(plat::NSKernAttributeName, Value::integer(1), {1, SIZE_MAX}),
+                 plat::RangeError);
+    EXPECT_THROW(s.attributesAtIndex(4), plat::RangeError);
+    EXPECT_THROW(AttributedString("").attributesAtIndex(0), plat::RangeError);
+}
+
+TEST(FontsAndColours, CompareByValue) {
+    EXPECT_EQ(*plat::Font::systemFontOfSize(26), *plat::Font::fontWithName(".SFUI-Regular", 26));
+    EXPECT_FALSE(*plat::Font::systemFontOfSize(26) == *plat::Font::systemFontOfSize(14));
+
+    EXPECT_EQ(plat::Color::colorWithRGBA(1, 0.5, 0, 1)->hexString(), "#FF8000FF");
+    EXPECT_EQ(plat::Color::colorWithRGBA(2, -1, 0, 0.2)->hexString(), "#FF000033");
+    EXPECT_EQ(plat::Color::clearColor()->hexString(), "#00000000");
+    EXPECT_EQ(*plat::Color::colorWithRGBA(0.2, 0.4, 0.6, 1),
+              *plat::Color::colorWithRGBA(0.2, 0.4, 0.6, 1));
+    // A grey never equals the RGB colour that looks the same, as in UIKit.
+    EXPECT_FALSE(*plat::Color::whiteColor() == *plat::Color::colorWithRGBA(1, 1, 1, 1));
+    EXPECT_TRUE(plat::Color::whiteColor()->isGrey());
+}
+
+}  // namespace
