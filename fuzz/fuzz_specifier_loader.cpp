@@ -1,0 +1,51 @@
+// Any bytes as a bundle's specifier list: the loader answers rows or an empty list with a log
+// line, and the rows it answers are complete enough to show.
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <filesystem>
+#include <memory>
+
+#include <unistd.h>
+
+#include "platform/prefs/specifier_loader.h"
+#include "platform/system/bundle.h"
+#include "platform/system/process.h"
+
+namespace {
+
+const char* const kBundle = "/System/Library/PreferenceBundles/Fuzz.bundle";
+
+struct Device {
+    Device()
+        : root(std::filesystem::temp_directory_path() /
+               ("fuzz-specifier-loader-" + std::to_string(::getpid()))) {
+        std::filesystem::create_directories(root);
+        plat::Process::Options options;
+        options.echoLog = false;
+        process = std::make_unique<plat::Process>(root, options);
+        scope = std::make_unique<plat::ProcessScope>(*process);
+    }
+    std::filesystem::path root;
+    std::unique_ptr<plat::Process> process;
+    std::unique_ptr<plat::ProcessScope> scope;
+};
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    static Device device;
+    auto& root = device.process->root();
+    root.writeFile(std::string(kBundle) + "/Fuzz.plist", plat::Bytes(data, data + size), false);
+    root.writeFile(std::string(kBundle) + "/Fuzz.strings", plat::Bytes(data, data + size), false);
+
+    const auto loaded = plat::loadSpecifiersFromPlist(plat::Bundle(kBundle), "Fuzz", nullptr);
+    if (!loaded.specifiers) std::abort();
+    for (const auto& row : *loaded.specifiers) {
+        if (!row || !row->properties().isDictionary()) std::abort();
+        (void)row->identifier();
+    }
+    // Keep the journal from growing over a long run.
+    device.process->journal().clear();
+    return 0;
+}

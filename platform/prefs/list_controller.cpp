@@ -1,0 +1,219 @@
+#include "platform/prefs/list_controller.h"
+
+#include "platform/foundation/errors.h"
+#include "platform/foundation/plist.h"
+#include "platform/foundation/plist_file.h"
+#include "platform/foundation/strings.h"
+#include "platform/prefs/runtime.h"
+#include "platform/prefs/specifier_loader.h"
+#include "platform/system/process.h"
+
+namespace plat {
+
+namespace {
+
+const char* const kPreferencesFolder = "/var/mobile/Library/Preferences";
+
+std::string domainPath(const std::string& domain) {
+    return stringByAppendingPathComponent(kPreferencesFolder, domain + ".plist");
+}
+
+SpecifierPtr specifierArgument(const Arguments& args, std::size_t index) {
+    return argumentAt(args, index).as<Specifier>();
+}
+
+}  // namespace
+
+std::vector<std::string> ListController::classChain() const {
+    return Runtime::shared().classChain(className());
+}
+
+bool ListController::initForContentSize(Size size) {
+    contentSize_ = size;
+    return true;
+}
+
+SpecifierArrayPtr ListController::specifiers() {
+    return held_;
+}
+
+SpecifierArrayPtr ListController::loadSpecifiersFromPlistName(const std::string& name,
+                                                              const ObjectPtr& target) {
+    LoadedSpecifiers loaded = loadSpecifiersFromPlist(bundle(), name, target);
+    if (loaded.title) navigationItem().setTitle(loaded.title);
+    return loaded.specifiers;
+}
+
+void ListController::journalListOperation(int kind, std::optional<std::size_t> index,
+                                          bool animated) {
+    Process* process = Process::tryCurrent();
+    if (!process) return;
+    JournalEntry entry;
+    entry.kind = static_cast<JournalEntry::Kind>(kind);
+    entry.name = className();
+    if (index) entry.index = static_cast<std::int64_t>(*index);
+    entry.animated = animated;
+    process->journal().append(std::move(entry));
+}
+
+void ListController::insertSpecifier(const SpecifierPtr& specifier, std::size_t index,
+                                     bool animated) {
+    if (!held_) held_ = std::make_shared<SpecifierArray>();
+    held_->insertObject(specifier, index);
+    journalListOperation(static_cast<int>(JournalEntry::Kind::Insert), index, animated);
+}
+
+void ListController::removeSpecifierAtIndex(std::size_t index, bool animated) {
+    if (!held_)
+        throw RangeError("removeSpecifierAtIndex: index " + std::to_string(index) +
+                         " beyond bounds for empty list");
+    held_->removeObjectAtIndex(index);
+    journalListOperation(static_cast<int>(JournalEntry::Kind::Remove), index, animated);
+}
+
+void ListController::reloadSpecifier(const SpecifierPtr& specifier, bool animated) {
+    journalListOperation(static_cast<int>(JournalEntry::Kind::Reload), indexOfSpecifier(specifier),
+                         animated);
+}
+
+void ListController::reloadSpecifiers() {
+    held_.reset();
+    journalListOperation(static_cast<int>(JournalEntry::Kind::Reload), std::nullopt, false);
+    specifiers();
+}
+
+SpecifierPtr ListController::specifierAtIndex(std::size_t index) const {
+    if (!held_)
+        throw RangeError("specifierAtIndex: index " + std::to_string(index) +
+                         " beyond bounds for empty list");
+    return held_->objectAtIndex(index);
+}
+
+std::optional<std::size_t> ListController::indexOfSpecifier(const SpecifierPtr& specifier) const {
+    if (!held_ || !specifier) return std::nullopt;
+    return held_->indexOfObject(specifier);
+}
+
+namespace {
+
+// Flat indexes of the rows that open sections; -1 stands for an implicit first section.
+std::vector<std::ptrdiff_t> sectionStarts(const SpecifierArrayPtr& list) {
+    std::vector<std::ptrdiff_t> starts;
+    if (!list) return starts;
+    const auto& items = list->items();
+    for (std::size_t i = 0; i < items.size(); ++i) {
+        if (items[i]->cellType() == PSGroupCell)
+            starts.push_back(static_cast<std::ptrdiff_t>(i));
+        else if (i == 0)
+            starts.push_back(-1);
+    }
+    return starts;
+}
+
+}  // namespace
+
+std::size_t ListController::numberOfGroups() const {
+    return sectionStarts(held_).size();
+}
+
+std::size_t ListController::rowsForGroup(std::size_t group) const {
+    const auto starts = sectionStarts(held_);
+    if (group >= starts.size()) return 0;
+    const std::ptrdiff_t end =
+        group + 1 < starts.size() ? starts[group + 1] : static_cast<std::ptrdiff_t>(held_->count());
+    return static_cast<std::size_t>(end - starts[group] - 1);
+}
+
+std::size_t ListController::indexForRow(std::size_t row, std::size_t group) const {
+    const auto starts = sectionStarts(held_);
+    if (group >= starts.size())
+        throw RangeError("indexForRow:inGroup: group " + std::to_string(group) + " beyond " +
+                         std::to_string(starts.size()) + " groups");
+    return static_cast<std::size_t>(starts[group] + 1) + row;
+}
+
+SpecifierPtr ListController::groupSpecifierForSection(std::size_t group) const {
+    const auto starts = sectionStarts(held_);
+    if (group >= starts.size() || starts[group] < 0) return nullptr;
+    return held_->objectAtIndex(static_cast<std::size_t>(starts[group]));
+}
+
+void ListController::setPreferenceValue(const Value& value, const SpecifierPtr& specifier) {
+    if (!specifier) return;
+    Process& process = Process::current();
+    const std::string domain = specifier->propertyForKey(pskey::Defaults).str();
+    const std::string key = specifier->propertyForKey(pskey::Key).str();
+    if (!domain.empty() && !key.empty()) {
+        const std::string path = domainPath(domain);
+        Value stored = dictionaryWithContentsOfFile(path);
+        if (!stored.isDictionary()) stored = Value::dictionary();
+        stored.setValueForKey(key, value);
+        // The preferences daemon makes the folder of a domain it writes first.
+        if (!process.root().fileExists(kPreferencesFolder))
+            process.root().createDirectory(kPreferencesFolder, true);
+        if (auto bytes = dataFromPropertyList(stored, PropertyListFormat::Binary))
+            writeDataToFile(*bytes, path, true);
+        process.journal().append(
+            {JournalEntry::Kind::PreferenceWrite, domain, key, std::nullopt, false, false});
+    }
+    const std::string notification = specifier->propertyForKey(pskey::PostNotification).str();
+    if (!notification.empty()) process.darwin().postNotification(notification, true);
+}
+
+Value ListController::readPreferenceValue(const SpecifierPtr& specifier) {
+    if (!specifier) return Value();
+    const std::string domain = specifier->propertyForKey(pskey::Defaults).str();
+    const std::string key = specifier->propertyForKey(pskey::Key).str();
+    Value stored;
+    if (!domain.empty() && !key.empty())
+        stored = dictionaryWithContentsOfFile(domainPath(domain)).objectForKey(key);
+    return stored.isNil() ? specifier->propertyForKey(pskey::Default) : stored;
+}
+
+Value ListController::valueForSpecifier(const SpecifierPtr& specifier) {
+    if (!specifier) return Value();
+    if (!specifier->getter().empty()) {
+        if (ObjectPtr target = specifier->target()) {
+            return Runtime::shared().perform(*target, specifier->getter(), {Value(specifier)});
+        }
+        return Value();
+    }
+    return readPreferenceValue(specifier);
+}
+
+TableCellPtr ListController::tableViewCellForRowAtIndexPath(std::size_t row, std::size_t section) {
+    SpecifierPtr spec = specifierAtIndex(indexForRow(row, section));
+    const std::string cellClass = spec->propertyForKey(pskey::CellClass).str();
+    TableCellPtr cell;
+    if (!cellClass.empty())
+        cell = std::dynamic_pointer_cast<TableCell>(Runtime::shared().instantiate(cellClass));
+    if (!cell) cell = std::make_shared<TableCell>();
+    const std::string reuse = cellClass.empty() ? stringFromCellType(spec->cellType()) : cellClass;
+    if (!cell->initWithStyle(UITableViewCellStyleDefault, reuse, spec)) return nullptr;
+    spec->setProperty(Value(cell), pskey::CellObject);
+    if (auto control = cell->control()) control->setOn(valueForSpecifier(spec).boolValue());
+    return cell;
+}
+
+Bundle ListController::bundle() const {
+    return Bundle(Runtime::shared().bundlePathForClass(className()));
+}
+
+void ListController::setSpecifier(const SpecifierPtr& specifier) {
+    parent_ = specifier;
+    if (specifier) navigationItem().setTitle(specifier->name());
+}
+
+void ListController::registerFrameworkMethods(Runtime& runtime) {
+    runtime.addMethod("PSListController", "setPreferenceValue:specifier:",
+                      bindMethod<ListController>([](ListController& self, const Arguments& args) {
+                          self.setPreferenceValue(argumentAt(args, 0), specifierArgument(args, 1));
+                          return Value();
+                      }));
+    runtime.addMethod("PSListController", "readPreferenceValue:",
+                      bindMethod<ListController>([](ListController& self, const Arguments& args) {
+                          return self.readPreferenceValue(specifierArgument(args, 0));
+                      }));
+}
+
+}  // namespace plat

@@ -1,0 +1,98 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+
+#include "platform/foundation/geometry.h"
+#include "platform/foundation/value.h"
+#include "platform/prefs/specifier.h"
+#include "platform/prefs/table_cell.h"
+#include "platform/system/bundle.h"
+#include "platform/ui/view_controller.h"
+
+namespace plat {
+
+class Runtime;
+
+// PSListController. The held list (the framework's _specifiers) is null until the first
+// `specifiers` call; subclasses build it there and edit it in place afterwards. Every list
+// operation is journaled with its index and animated flag; an index past the end raises
+// RangeError, as the framework's NSMutableArray does.
+class ListController : public ViewController {
+  public:
+    std::string className() const override { return "PSListController"; }
+    std::vector<std::string> classChain() const override;
+
+    // initForContentSize: — the designated initialiser; false stands for nil.
+    virtual bool initForContentSize(Size size);
+    Size contentSize() const { return contentSize_; }
+
+    // The rows. The framework's own answer is the held list as it stands.
+    virtual SpecifierArrayPtr specifiers();
+    // The framework's _specifiers ivar, without building anything.
+    SpecifierArrayPtr heldSpecifiers() const { return held_; }
+    void setHeldSpecifiers(SpecifierArrayPtr list) { held_ = std::move(list); }
+
+    // loadSpecifiersFromPlistName:target: — a new array of new rows on every call, read from
+    // the bundle that holds this controller's class. Sets the title when the resource has one.
+    SpecifierArrayPtr loadSpecifiersFromPlistName(const std::string& name, const ObjectPtr& target);
+
+    // insertSpecifier:atIndex:animated: (pages override it) and the plain forms.
+    virtual void insertSpecifier(const SpecifierPtr& specifier, std::size_t index, bool animated);
+    void insertSpecifier(const SpecifierPtr& specifier, std::size_t index) {
+        insertSpecifier(specifier, index, false);
+    }
+    virtual void removeSpecifierAtIndex(std::size_t index, bool animated);
+    void removeSpecifierAtIndex(std::size_t index) { removeSpecifierAtIndex(index, false); }
+    // reloadSpecifier:animated: — redraws one row (journaled with its index, or none when the
+    // row is not in the list).
+    void reloadSpecifier(const SpecifierPtr& specifier, bool animated);
+    // reloadSpecifiers — drops the held list and asks `specifiers` again.
+    virtual void reloadSpecifiers();
+
+    SpecifierPtr specifierAtIndex(std::size_t index) const;
+    std::optional<std::size_t> indexOfSpecifier(const SpecifierPtr& specifier) const;
+    // Sections: each group row opens one; rows before the first group form an implicit first
+    // section. indexForRow:inGroup: answers the flat index of a row of a section.
+    std::size_t numberOfGroups() const;
+    std::size_t rowsForGroup(std::size_t group) const;
+    std::size_t indexForRow(std::size_t row, std::size_t group) const;
+    // The group row that opens a section, or nullptr for an implicit first section.
+    SpecifierPtr groupSpecifierForSection(std::size_t group) const;
+
+    // The default value path of rows: the value under the row's "key" in the preferences
+    // domain its "defaults" names (/var/mobile/Library/Preferences/<defaults>.plist, binary),
+    // then the row's "PostNotification" on the Darwin center.
+    virtual void setPreferenceValue(const Value& value, const SpecifierPtr& specifier);
+    // The stored value, or the row's "default" when none is stored.
+    virtual Value readPreferenceValue(const SpecifierPtr& specifier);
+    // What a row shows: its getter on its target, else readPreferenceValue:.
+    Value valueForSpecifier(const SpecifierPtr& specifier);
+
+    // tableView:cellForRowAtIndexPath: — makes the row's cell (the "cellClass" it names, or a
+    // plain PSTableCell), records it under "cellObject" and sets a switch from the row's value.
+    virtual TableCellPtr tableViewCellForRowAtIndexPath(std::size_t row, std::size_t section);
+
+    // The bundle of this controller's class.
+    Bundle bundle() const;
+    // The row that opened this page (setSpecifier:); its name becomes the title.
+    SpecifierPtr specifier() const { return parent_; }
+    void setSpecifier(const SpecifierPtr& specifier);
+
+    // Registers the framework's own selectors on PSListController (setPreferenceValue:specifier:,
+    // readPreferenceValue:, specifiers).
+    static void registerFrameworkMethods(Runtime& runtime);
+
+  protected:
+    void journalListOperation(int kind, std::optional<std::size_t> index, bool animated);
+
+  private:
+    SpecifierArrayPtr held_;
+    SpecifierPtr parent_;
+    Size contentSize_;
+};
+
+using ListControllerPtr = std::shared_ptr<ListController>;
+
+}  // namespace plat

@@ -1,0 +1,19 @@
+#include "platform/prefs/user_defaults.h"
+
+#include "platform/system/process.h"
+
+namespace plat {
+
+UserDefaults& UserDefaults::standardUserDefaults() {
+    static UserDefaults defaults;
+    return defaults;
+}
+
+bool UserDefaults::synchronize() {
+    if (Process* process = Process::tryCurrent())
+        process->journal().append(
+            {JournalEntry::Kind::Synchronize, "", "", std::nullopt, false, false});
+    return true;
+}
+
+}  // namespace plat

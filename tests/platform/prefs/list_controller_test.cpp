@@ -1,0 +1,237 @@
+#include <gtest/gtest.h>
+
+#include "platform/foundation/errors.h"
+#include "platform/foundation/plist.h"
+#include "platform/prefs/list_controller.h"
+#include "platform/prefs/runtime.h"
+#include "platform/prefs/specifier_loader.h"
+#include "platform/ui/alert_controller.h"
+#include "platform/ui/image.h"
+#include "platform/ui/image_picker_controller.h"
+#include "tests/platform/prefs/toy_controller.h"
+#include "tests/support/test_device.h"
+
+using plat::JournalEntry;
+using plat::Value;
+
+namespace {
+
+class PrefsTest : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        toy::registerToyClasses();
+        device.setProfile("iPhone", 3);
+        device.install(testsupport::sourceDir() / "tests/platform/prefs/resources", toy::kBundle);
+    }
+
+    std::shared_ptr<toy::ToyController> openToy() {
+        auto page = std::dynamic_pointer_cast<toy::ToyController>(
+            plat::Runtime::shared().instantiate("ToyController"));
+        EXPECT_TRUE(page && page->initForContentSize({320, 480}));
+        return page;
+    }
+
+    std::vector<std::string> identifiers(const plat::SpecifierArrayPtr& list) {
+        std::vector<std::string> ids;
+        for (auto& s : *list)
+            ids.push_back(s->identifier().value_or("(nil)"));
+        return ids;
+    }
+
+    testsupport::TestDevice device;
+};
+
+TEST_F(PrefsTest, LoaderKeepsEveryKeyLocalisesAndResolvesIconsByScale) {
+    auto loaded = plat::loadSpecifiersFromPlist(plat::Bundle(toy::kBundle), "Toy", nullptr);
+    ASSERT_EQ(loaded.specifiers->count(), 8u);  // the one non-dictionary item is skipped
+    EXPECT_EQ(loaded.title, "The Toy Page");
+
+    auto group = loaded.specifiers->objectAtIndex(0);
+    EXPECT_EQ(group->cellType(), plat::PSGroupCell);
+    EXPECT_EQ(group->propertyForKey("footerText").str(), "Toys are shown below.");
+
+    auto toggle = loaded.specifiers->objectAtIndex(1);
+    EXPECT_EQ(toggle->name(), "Enabled Toys");
+    EXPECT_EQ(toggle->cellType(), plat::PSSwitchCell);
+    EXPECT_EQ(toggle->setter(), "toyEnabledOrDisabled:specifier:");
+    EXPECT_EQ(toggle->propertyForKey("customKey").str(), "kept");
+    EXPECT_EQ(toggle->propertyForKey("cellClass").str(), "ToySwitchCell");
+    EXPECT_EQ(toggle->propertyForKey("PostNotification").str(), "com.example.toy.changed");
+
+    EXPECT_EQ(loaded.specifiers->objectAtIndex(2)->detailControllerClass(), "ToyDetailController");
+    EXPECT_EQ(loaded.specifiers->objectAtIndex(3)->action(), "pickPicture:");
+
+    // Scale 3 picks the @3x file (87 px); the row keeps its "icon" key as well.
+    auto icon = loaded.specifiers->objectAtIndex(7)->propertyForKey("iconImage").as<plat::Image>();
+    ASSERT_TRUE(icon);
+    EXPECT_EQ(icon->pixelWidth(), 87);
+    EXPECT_EQ(icon->scale(), 3);
+    EXPECT_EQ(loaded.specifiers->objectAtIndex(7)->propertyForKey("icon").str(), "toyicon.png");
+
+    // One log line for the skipped item, and every call makes new rows.
+    EXPECT_EQ(device.logLines().size(), 1u);
+    auto again = plat::loadSpecifiersFromPlist(plat::Bundle(toy::kBundle), "Toy", nullptr);
+    EXPECT_NE(again.specifiers->objectAtIndex(1), toggle);
+    again.specifiers->objectAtIndex(1)->properties().setValueForKey("customKey", "changed");
+    EXPECT_EQ(toggle->propertyForKey("customKey").str(), "kept");
+}
+
+TEST_F(PrefsTest, MissingOrMalformedResourcesGiveAnEmptyListAndOneLogLine) {
+    for (const char* name : {"Absent", "Broken", "NoItems"}) {
+        const auto before = device.logLines().size();
+        auto loaded = plat::loadSpecifiersFromPlist(plat::Bundle(toy::kBundle), name, nullptr);
+        EXPECT_TRUE(loaded.specifiers->empty()) << name;
+        EXPECT_EQ(device.logLines().size(), before + 1) << name;
+    }
+}
+
+TEST_F(PrefsTest, HeldListIsNullUntilBuiltAndIndexErrorsRaiseRangeError) {
+    auto page = openToy();
+    EXPECT_EQ(page->heldSpecifiers(), nullptr);
+    EXPECT_THROW(page->specifierAtIndex(0), plat::RangeError);
+    EXPECT_THROW(page->removeSpecifierAtIndex(0, true), plat::RangeError);
+
+    auto list = page->specifiers();
+    EXPECT_EQ(identifiers(list), (std::vector<std::string>{"ToyGroup", "ToyEnabled"}));
+    EXPECT_EQ(page->specifiers(), list);  // built once, then the same list
+    EXPECT_EQ(page->navigationItem().title(), "The Toy Page");
+    EXPECT_THROW(page->specifierAtIndex(2), plat::RangeError);
+    EXPECT_THROW(page->insertSpecifier(list->objectAtIndex(0), 3, false), plat::RangeError);
+    // An unsigned count-down from an empty list wraps and fails on its first removal.
+    const std::size_t wrapped = std::size_t{0} - 1;
+    EXPECT_THROW(page->removeSpecifierAtIndex(wrapped, true), plat::RangeError);
+    EXPECT_EQ(list->count(), 2u);
+}
+
+TEST_F(PrefsTest, SwitchWritesBinaryDefaultsPostsAndEditsTheListWithAnimation) {
+    auto page = openToy();
+    page->specifiers();
+    auto toggle = page->specifierAtIndex(1);
+    const auto mark = device.journal().size();
+
+    plat::Runtime::shared().perform(*page, toggle->setter(), {Value::boolean(true), Value(toggle)});
+
+    // The value is stored as a binary plist in the row's defaults domain.
+    auto bytes = device.process().root().readFile(toy::kDomainFile);
+    ASSERT_TRUE(bytes);
+    EXPECT_EQ(std::string(bytes->begin(), bytes->begin() + 8), "bplist00");
+    EXPECT_TRUE(plat::propertyListFromData(*bytes).objectForKey("ToyEnabled").boolValue());
+    EXPECT_EQ(device.notifications(), std::vector<std::string>{"com.example.toy.changed"});
+
+    // Rows 2 onward of a fresh load come in at their own indexes, animated; the notification
+    // precedes the synchronize, which precedes the list work.
+    auto entries = device.journal().since(mark);
+    std::vector<std::int64_t> inserted;
+    bool synchronized = false;
+    for (auto& e : entries) {
+        if (e.kind == JournalEntry::Kind::Synchronize) synchronized = true;
+        if (e.kind == JournalEntry::Kind::Insert) {
+            EXPECT_TRUE(synchronized);
+            EXPECT_TRUE(e.animated);
+            inserted.push_back(*e.index);
+        }
+    }
+    EXPECT_EQ(inserted, (std::vector<std::int64_t>{2, 3, 4, 5, 6, 7}));
+    EXPECT_EQ(page->specifiers()->count(), 8u);
+
+    // Off removes from the last row down to index 2.
+    const auto offMark = device.journal().size();
+    plat::Runtime::shared().perform(*page, toggle->setter(),
+                                    {Value::boolean(false), Value(toggle)});
+    std::vector<std::int64_t> removed;
+    for (auto& e : device.journal().since(offMark))
+        if (e.kind == JournalEntry::Kind::Remove) removed.push_back(*e.index);
+    EXPECT_EQ(removed, (std::vector<std::int64_t>{7, 6, 5, 4, 3, 2}));
+    EXPECT_FALSE(device.readPlist(toy::kDomainFile).objectForKey("ToyEnabled").boolValue());
+}
+
+TEST_F(PrefsTest, ReloadSpecifiersRebuildsFromStoredState) {
+    auto page = openToy();
+    auto first = page->specifiers();
+    device.writePlist(toy::kDomainFile, Value::dictionary({{"ToyEnabled", Value::boolean(true)}}));
+    page->reloadSpecifiers();
+    auto second = page->heldSpecifiers();
+    ASSERT_TRUE(second);
+    EXPECT_NE(first, second);
+    EXPECT_EQ(second->count(), 8u);
+    auto reloads = device.entries(JournalEntry::Kind::Reload);
+    ASSERT_EQ(reloads.size(), 1u);
+    EXPECT_FALSE(reloads[0].index.has_value());
+}
+
+TEST_F(PrefsTest, CellsComeFromTheirCellClassAndShowStoredOrDefaultValues) {
+    device.writePlist(toy::kDomainFile, Value::dictionary({{"ToyEnabled", Value::boolean(true)}}));
+    auto page = openToy();
+    page->specifiers();
+    ASSERT_EQ(page->numberOfGroups(), 2u);
+    EXPECT_EQ(page->rowsForGroup(0), 4u);
+    EXPECT_EQ(page->indexForRow(1, 1), 7u);
+
+    auto cell = page->tableViewCellForRowAtIndexPath(0, 0);
+    ASSERT_TRUE(cell);
+    EXPECT_EQ(cell->className(), "ToySwitchCell");
+    ASSERT_TRUE(cell->control());
+    EXPECT_TRUE(cell->control()->isOn());
+    EXPECT_TRUE(cell->control()->onTintColor());
+    EXPECT_EQ(page->specifierAtIndex(1)->propertyForKey("cellObject").as<plat::TableCell>(), cell);
+
+    // No stored value: the row's "default" shows.
+    auto plain = page->tableViewCellForRowAtIndexPath(0, 1);
+    EXPECT_EQ(plain->className(), "PSTableCell");
+    EXPECT_TRUE(plain->control()->isOn());
+    EXPECT_EQ(page->readPreferenceValue(page->specifierAtIndex(6)), Value::boolean(true));
+}
+
+TEST_F(PrefsTest, UnknownSelectorsAndClassesAreReportedNotFatal) {
+    auto page = openToy();
+    EXPECT_THROW(plat::Runtime::shared().perform(*page, "noSuchThing:"), plat::DispatchError);
+    EXPECT_EQ(plat::Runtime::shared().instantiate("ToyDetailController"), nullptr);
+    EXPECT_TRUE(plat::Runtime::shared().isSubclass("ToyController", "UIViewController"));
+    EXPECT_EQ(plat::Runtime::shared().bundlePathForClass("ToyController"), toy::kBundle);
+}
+
+TEST_F(PrefsTest, ActionSheetIsPresentedAndAnsweredThroughItsHandlers) {
+    auto page = openToy();
+    page->resetAll(nullptr);
+    auto sheet = std::dynamic_pointer_cast<plat::AlertController>(page->presentedViewController());
+    ASSERT_TRUE(sheet);
+    ASSERT_EQ(sheet->actions().size(), 2u);
+    EXPECT_TRUE(sheet->tapAction("Reset"));
+    EXPECT_EQ(page->resetsConfirmed, 1);
+    EXPECT_EQ(page->presentedViewController(), nullptr);
+    EXPECT_EQ(device.entries(JournalEntry::Kind::Present).size(), 1u);
+    EXPECT_EQ(device.entries(JournalEntry::Kind::Dismiss).size(), 1u);
+}
+
+TEST_F(PrefsTest, PickedPictureReachesTheDelegateWhichDismissesAndReloads) {
+    auto page = openToy();
+    page->specifiers();
+    auto pick = plat::Specifier::groupSpecifierWithName("Pick");
+    plat::Runtime::shared().perform(*page, "pickPicture:", {Value(pick)});
+    auto picker =
+        std::dynamic_pointer_cast<plat::ImagePickerController>(page->presentedViewController());
+    ASSERT_TRUE(picker);
+    EXPECT_TRUE(picker->allowsEditing());
+
+    const auto mark = device.journal().size();
+    auto picture = plat::Image::blank(30, 20, 1);
+    EXPECT_TRUE(picker->pick(picture, nullptr));
+    EXPECT_EQ(page->picked, picture);
+    EXPECT_EQ(page->presentedViewController(), nullptr);
+    // Dismissal, then the rebuild of the rows.
+    auto entries = device.journal().since(mark);
+    ASSERT_GE(entries.size(), 2u);
+    EXPECT_EQ(entries[0].kind, JournalEntry::Kind::Dismiss);
+    EXPECT_EQ(entries[1].kind, JournalEntry::Kind::Reload);
+
+    // Cancelling a second picker leaves the picture and the rows alone.
+    plat::Runtime::shared().perform(*page, "pickPicture:", {Value(pick)});
+    auto second =
+        std::dynamic_pointer_cast<plat::ImagePickerController>(page->presentedViewController());
+    ASSERT_TRUE(second);
+    EXPECT_TRUE(second->cancel());
+    EXPECT_EQ(page->picked, picture);
+    EXPECT_EQ(page->presentedViewController(), nullptr);
+}
+
+}  // namespace
