@@ -1,0 +1,8 @@
+#pragma once
+
+namespace velto {
+
+// Registers the two libraries' classes with the runtime (idempotent).
+void registerContractClasses();
+
+}  // namespace velto

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "platform/prefs/list_controller.h"
+#include "platform/ui/bar_button_item.h"
+#include "platform/ui/color.h"
+#include "platform/ui/image.h"
+
+namespace plat {
+class Runtime;
+}
+
+namespace velto {
+
+// The maker's about-page base. It asks its subclass for the product's pieces through hook
+// methods (the names, misspellings included, are the interface), builds the page from the
+// resource the subclass names and puts the copyright footer on the row the subclass picks.
+class NVMiscSettingsViewController : public plat::ListController {
+  public:
+    std::string className() const override { return "NVMiscSettingsViewController"; }
+
+    // Hooks, with the base's neutral defaults.
+    virtual std::string serviceName() { return ""; }
+    virtual std::string productName() { return ""; }
+    virtual std::string specifiersFileName() { return ""; }
+    virtual std::string twitterMessage() { return ""; }
+    virtual plat::ImagePtr twitterImage() { return nullptr; }
+    virtual bool hasCustomNavigationBarColor() { return false; }
+    virtual plat::ColorPtr customNavigationBarColor() { return nullptr; }
+    virtual std::shared_ptr<plat::BarButtonItem> customBackButton() { return nullptr; }
+    virtual plat::SpecifierPtr copyRightSpecifier() { return nullptr; }
+    virtual std::string copryRightSpecifierText(std::int64_t year) {
+        (void)year;
+        return "";
+    }
+
+    // Loads specifiersFileName once; the copyright row gets the footer for the current year.
+    plat::SpecifierArrayPtr specifiers() override;
+    void viewDidLoad() override;
+
+    // Shows a message to the user in an alert with one "OK" action.
+    void showError(const std::string& text);
+    void backButtonAction(const plat::ObjectPtr& sender);
+
+    static std::int64_t currentYear();
+    static void registerClass(plat::Runtime& runtime);
+};
+
+}  // namespace velto

@@ -1,0 +1,78 @@
+#pragma once
+
+#include <string>
+
+#include "contract/velto_base_settings_controller.h"
+#include "platform/foundation/value.h"
+#include "platform/prefs/specifier.h"
+#include "platform/ui/image.h"
+
+namespace velto {
+
+// The extension library's base for pages that keep a settings dictionary of their own and
+// for the Messages picture page.
+//
+// Settings store: `settings` is read once by the page (nil when its file is missing);
+// updateSettingsDict:forKey: changes one value of it, writes the whole dictionary to
+// settingsFilePath (binary, in place) and refreshes the shared settings. The base calls it
+// for rows that name a key but no defaults domain: their value belongs to the page's own
+// file. It does so only when the page's dictionary was read from settingsFilePath; a page
+// holding another file's dictionary (the call-log and recents pages hold the whatsapp file)
+// never writes it: that file is read-only for this bundle.
+//
+// Default contact picture: saved as DefaultContactImage@3x.png and its thumbnail
+// DefaultContactImageThumb@3x.png at the paths the subclass's hooks give.
+class VeltoBaseMessagesSettingsController : public VeltoBaseSettingsController {
+  public:
+    static constexpr const char* kDefaultImageName = "DefaultContactImage@3x.png";
+    static constexpr const char* kDefaultThumbnailName = "DefaultContactImageThumb@3x.png";
+
+    std::string className() const override { return "VeltoBaseMessagesSettingsController"; }
+
+    // The settings store.
+    plat::Value settings() const { return settings_; }
+    void setSettings(plat::Value settings) { settings_ = std::move(settings); }
+    // The main settings file, built afresh on each call.
+    virtual std::string settingsFilePath();
+    virtual void updateSettingsDict(const plat::Value& value, const std::string& key);
+    virtual void writeSettings();
+    // Reads `settings` from a file once (the page's initialiser does it) and remembers where
+    // they came from.
+    void loadSettingsFromFile(const std::string& path);
+
+    void setPreferenceValue(const plat::Value& value, const plat::SpecifierPtr& specifier) override;
+
+    bool isEnabledForKey(const std::string& key, const std::string& settingsFileName);
+    bool isRoundPicsEnabled(const std::string& settingsFileName);
+    // Gives the picture rows ("Default Avatar", "My Avatar", "Default Group Avatar") round or
+    // square icons; a row whose reshaped icon comes back empty keeps its old one.
+    void setPicturesForSpecifiers(const plat::SpecifierArrayPtr& specifiers, bool round);
+
+    // The default contact picture and its thumbnail, at the hooks' paths.
+    virtual void saveDefaultContactImage(const plat::ImagePtr& image);
+    // A copy of both files into a folder (made when missing).
+    void saveDefaultContactImage(const plat::ImagePtr& image,
+                                 const std::string& imageCacheFilePath);
+    // Removes both files through preparePathAndRemoveItem:.
+    void removeDefaultContactImage();
+    // Removes a file if there is one.
+    virtual void removeItemAtPath(const std::string& path);
+
+    // Hooks the subclass supplies; the base's defaults keep no cache.
+    virtual std::string getImageCacheFilePath(const std::string& fileName);
+    virtual std::string getThumnailImageCacheFilePath(const std::string& fileName);
+    virtual void preparePathAndRemoveItem(const std::string& fileName);
+
+    static void registerClass(plat::Runtime& runtime);
+
+  private:
+    plat::Value settings_;
+    std::string settingsSource_;
+};
+
+// The picture rows' names, in order.
+const std::vector<std::string>& pictureRowNames();
+// The reshaping shared by the pages that show picture rows.
+void reshapePictureRows(const plat::SpecifierArrayPtr& specifiers, bool round);
+
+}  // namespace velto

@@ -1,0 +1,140 @@
+#include "contract/velto_settings.h"
+
+#include <algorithm>
+
+#include <sys/stat.h>
+
+#include "platform/foundation/plist.h"
+#include "platform/foundation/plist_file.h"
+#include "platform/system/process.h"
+
+namespace velto {
+
+namespace {
+
+const char* const kSettingsPath = "/var/mobile/Library/Preferences/com.norvale.velto.plist";
+const char* const kChangedNotification = "com.norvale.veltosettingschanged";
+const char* const kExcludedApps = "VeltoExcludedApps";
+
+plat::Value readSettingsFile() {
+    plat::Value settings = plat::dictionaryWithContentsOfFile(kSettingsPath);
+    return settings.isDictionary() ? settings : plat::Value::dictionary();
+}
+
+}  // namespace
+
+std::shared_ptr<VeltoSettings> VeltoSettings::sharedSettings() {
+    bool made = false;
+    auto shared = plat::Process::current().slots().getOrMake<VeltoSettings>(
+        "VeltoSettings.sharedSettings", [&made] {
+            made = true;
+            return std::make_shared<VeltoSettings>();
+        });
+    if (made) shared->loadSettings();
+    return shared;
+}
+
+VeltoSettings::FileStamp VeltoSettings::stampOfFile() {
+    FileStamp stamp;
+    auto path = plat::Process::current().root().resolve(kSettingsPath);
+    struct stat info {};
+    if (path && ::stat(path->c_str(), &info) == 0) {
+        stamp.exists = true;
+        stamp.inode = info.st_ino;
+        stamp.size = static_cast<std::uintmax_t>(info.st_size);
+        stamp.modified =
+            static_cast<std::int64_t>(info.st_mtim.tv_sec) * 1000000000 + info.st_mtim.tv_nsec;
+    }
+    return stamp;
+}
+
+void VeltoSettings::loadSettings() {
+    refresh();
+}
+
+void VeltoSettings::refresh() const {
+    // The stamp is taken before reading: a write racing with the read leaves a stamp that no
+    // longer matches, and the next question reads again.
+    FileStamp stamp = stampOfFile();
+    plat::Value fresh = readSettingsFile();
+    std::lock_guard lock(mutex_);
+    settings_ = std::move(fresh);
+    stamp_ = stamp;
+}
+
+plat::Value VeltoSettings::snapshot() const {
+    {
+        std::lock_guard lock(mutex_);
+        if (stamp_ == stampOfFile()) return settings_;
+    }
+    refresh();
+    std::lock_guard lock(mutex_);
+    return settings_;
+}
+
+bool VeltoSettings::flag(const char* key) const {
+    return snapshot().objectForKey(key).boolValue();
+}
+
+bool VeltoSettings::isVeltoEnabled() const {
+    return flag("VeltoEnabled");
+}
+bool VeltoSettings::isVeltoEnabled_Phone() const {
+    return flag("PhoneAppEnabled");
+}
+bool VeltoSettings::isShowFavoritesContactImage() const {
+    return flag("ShowFavoritesContactImage");
+}
+bool VeltoSettings::isLoggingEnabled() const {
+    return flag("VeltoEnableLogging");
+}
+
+std::vector<std::string> VeltoSettings::excludedApps() const {
+    std::vector<std::string> apps;
+    const plat::Value list = snapshot().objectForKey(kExcludedApps);
+    if (const plat::Array* items = list.asArray()) {
+        for (const plat::Value& item : *items)
+            if (const std::string* id = item.asString()) apps.push_back(*id);
+    }
+    return apps;
+}
+
+bool VeltoSettings::isAppExcluded(const std::optional<std::string>& bundleIdentifier,
+                                  bool ignoreAllOther) const {
+    if (!ignoreAllOther && !isVeltoEnabled()) return true;
+    if (!bundleIdentifier) return false;
+    const auto apps = excludedApps();
+    return std::find(apps.begin(), apps.end(), *bundleIdentifier) != apps.end();
+}
+
+void VeltoSettings::addToExcludedApps(const std::optional<std::string>& bundleIdentifier) {
+    if (bundleIdentifier) changeExclusion(*bundleIdentifier, true);
+}
+
+void VeltoSettings::removeFromExcludedApps(const std::optional<std::string>& bundleIdentifier) {
+    if (bundleIdentifier) changeExclusion(*bundleIdentifier, false);
+}
+
+void VeltoSettings::changeExclusion(const std::string& bundleIdentifier, bool exclude) {
+    plat::Value settings = readSettingsFile();
+    plat::Array apps;
+    if (const plat::Array* stored = settings.objectForKey(kExcludedApps).asArray()) {
+        for (const plat::Value& item : *stored)
+            if (item.isString() && *item.asString() != bundleIdentifier) apps.push_back(item);
+    }
+    if (exclude) apps.push_back(plat::Value(bundleIdentifier));
+    settings.setValueForKey(kExcludedApps, plat::Value::array(std::move(apps)));
+
+    auto bytes = plat::dataFromPropertyList(settings, plat::PropertyListFormat::Binary);
+    if (!bytes || !plat::writeDataToFile(*bytes, kSettingsPath, true)) {
+        plat::NSLog(
+            std::string(
+                "com.norvale.Velto: Error => Unable to save the excluded applications to ") +
+            kSettingsPath);
+        return;
+    }
+    loadSettings();
+    plat::Process::current().darwin().postNotification(kChangedNotification, true);
+}
+
+}  // namespace velto
