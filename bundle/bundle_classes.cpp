@@ -1,0 +1,21 @@
+#include "bundle/bundle_classes.h"
+
+#include "contract/contract_classes.h"
+#include "core/core_classes.h"
+#include "pages/face_time_app_settings_controller.h"
+#include "pages/mail_app_settings_controller.h"
+#include "pages/phone_app_settings_controller.h"
+#include "platform/prefs/runtime.h"
+
+namespace velto {
+
+void registerBundleClasses() {
+    registerContractClasses();
+    registerCoreClasses();
+    auto& runtime = plat::Runtime::shared();
+    PhoneAppSettingsController::registerClass(runtime);
+    FaceTimeAppSettingsController::registerClass(runtime);
+    MailAppSettingsController::registerClass(runtime);
+}
+
+}  // namespace velto

@@ -1,0 +1,19 @@
+#include "core/velto_switch_cell.h"
+
+#include "contract/velto_utils.h"
+#include "core/settings_catalogue.h"
+#include "platform/prefs/runtime.h"
+
+namespace velto {
+
+plat::ColorPtr VeltoSwitchCell::switchCellOnTintColor() {
+    return VeltoUtils::navigationBarColor(className(), "nav");
+}
+
+void VeltoSwitchCell::registerClass(plat::Runtime& runtime) {
+    runtime.registerClass(
+        "VeltoSwitchCell", "NVControlTableCell", [] { return std::make_shared<VeltoSwitchCell>(); },
+        kBundlePath);
+}
+
+}  // namespace velto

@@ -1,0 +1,293 @@
+#include <gtest/gtest.h>
+
+#include "contract/velto_settings.h"
+#include "core/velto_settings_controller.h"
+#include "platform/foundation/errors.h"
+#include "platform/prefs/runtime.h"
+#include "platform/ui/image.h"
+#include "tests/support/bundle_device.h"
+
+using plat::Value;
+using velto::VeltoSettingsController;
+
+namespace {
+
+using Ids = std::vector<std::string>;
+
+const Ids kFullIPhoneList = {"VeltoHeader",
+                             "VeltoEnabled",
+                             "ApplicationsGroup",
+                             "Phone",
+                             "Messages",
+                             "Mail",
+                             "FaceTime",
+                             "Lock Screen",
+                             "Notification Center",
+                             "Contacts",
+                             "OptionsGroup",
+                             "General",
+                             "Custom Applications",
+                             "biteSMS",
+                             "RingLedger",
+                             "Recents",
+                             "ExclusionsGroup",
+                             "Excluded Applications",
+                             "SupportGroup",
+                             "About"};
+
+Ids without(Ids ids, const Ids& removed) {
+    for (const auto& r : removed)
+        ids.erase(std::find(ids.begin(), ids.end(), r));
+    return ids;
+}
+
+class RootPageTest : public ::testing::Test {
+  protected:
+    std::shared_ptr<VeltoSettingsController> openRoot() {
+        return device.open<VeltoSettingsController>("VeltoSettingsController");
+    }
+    Ids rootIds() { return testsupport::BundleDevice::ids(openRoot()->specifiers()); }
+    void installEveryCustomApp() {
+        device.installBiteSMS();
+        device.installUserApp("net.whatsapp.WhatsApp", "WhatsApp");
+        device.installUserApp("com.norvale.RingLedger10", "RingLedger");
+        device.installSystemApp("com.norvale.recents", "Recents");
+    }
+
+    testsupport::BundleDevice device;
+};
+
+TEST_F(RootPageTest, MasterSwitchOffKeepsHeaderSwitchAndTheLastTwoRowsOnBothLists) {
+    const Ids expected = {"VeltoHeader", "VeltoEnabled", "SupportGroup", "About"};
+    EXPECT_EQ(rootIds(), expected);  // no settings file at all
+    device.writeSettings({{"VeltoEnabled", false}});
+    EXPECT_EQ(rootIds(), expected);
+    device.setProfile("iPad");
+    EXPECT_EQ(rootIds(), expected);
+
+    // No application test runs while off: a list without "Recents" does not fail even with
+    // the recents application installed.
+    device.setProfile("iPhone");
+    device.installSystemApp("com.norvale.recents", "Recents");
+    auto velto = device.readPlist(std::string(device.kBundle) + "/Velto.plist");
+    velto.objectForKey("items").removeObjectAtIndex(15);
+    device.writeResource("Velto", velto);
+    EXPECT_EQ(rootIds(), expected);
+}
+
+TEST_F(RootPageTest, InstalledApplicationsDecideTheCustomRows) {
+    device.writeSettings({{"VeltoEnabled", true}});
+    installEveryCustomApp();
+    auto root = openRoot();
+    auto list = root->specifiers();
+    EXPECT_EQ(testsupport::BundleDevice::ids(list), kFullIPhoneList);
+    // The recents row reads "<name> 2" and keeps its identifier.
+    EXPECT_EQ(list->objectAtIndex(15)->name(), "Recents 2");
+    EXPECT_EQ(list->objectAtIndex(15)->identifier(), "Recents");
+}
+
+TEST_F(RootPageTest, NoCustomApplicationRemovesTheGroupAndEveryMember) {
+    device.writeSettings({{"VeltoEnabled", true}});
+    EXPECT_EQ(rootIds(), without(kFullIPhoneList,
+                                 {"Custom Applications", "biteSMS", "RingLedger", "Recents"}));
+
+    // WhatsApp has no row of its own but keeps the group.
+    device.installUserApp("net.whatsapp.WhatsApp", "WhatsApp");
+    EXPECT_EQ(rootIds(), without(kFullIPhoneList, {"biteSMS", "RingLedger", "Recents"}));
+
+    // biteSMS is found by its relative path alone.
+    device.writeText("/Applications/biteSMS.app/placeholder", "");
+    EXPECT_EQ(rootIds(), without(kFullIPhoneList, {"RingLedger", "Recents"}));
+    EXPECT_TRUE(openRoot()->isBiteSMSInstalled());
+}
+
+TEST_F(RootPageTest, SystemVersionAndFaceTimeHideTheirRows) {
+    device.writeSettings({{"VeltoEnabled", true}});
+    installEveryCustomApp();
+    device.setSystemVersion("13.0");
+    EXPECT_EQ(rootIds(), without(kFullIPhoneList, {"Lock Screen"}));
+    device.setProfile("iPhone", 3, false);
+    EXPECT_EQ(rootIds(), without(kFullIPhoneList, {"Lock Screen", "FaceTime"}));
+    device.setSystemVersion("12.9");
+    EXPECT_EQ(rootIds(), without(kFullIPhoneList, {"FaceTime"}));
+
+    // The iPad list loses "Lock Screen" from 13 on as well.
+    device.setProfile("iPad");
+    device.setSystemVersion("14.4");
+    const Ids ids = rootIds();
+    EXPECT_EQ(std::find(ids.begin(), ids.end(), "Lock Screen"), ids.end());
+    EXPECT_NE(std::find(ids.begin(), ids.end(), "FaceTime"), ids.end());
+}
+
+TEST_F(RootPageTest, IPadListKeepsItsOwnRingLedgerRule) {
+    device.writeSettings({{"VeltoEnabled", true}});
+    device.setProfile("iPad");
+    device.installBiteSMS();
+    // No call-log row on the iPad list and no fallback: nothing else is removed for it.
+    EXPECT_EQ(rootIds(),
+              (Ids{"VeltoHeader", "VeltoEnabled", "ApplicationsGroup", "Messages", "Mail",
+                   "FaceTime", "Lock Screen", "Notification Center", "Contacts", "OptionsGroup",
+                   "General", "Custom Applications", "biteSMS", "ExclusionsGroup",
+                   "Excluded Applications", "SupportGroup", "About"}));
+
+    // A call-log row standing at index 0 is not removed either.
+    auto ipad = device.readPlist(std::string(device.kBundle) + "/VeltoiPad.plist");
+    ipad.objectForKey("items").objectAtIndex(0).setValueForKey("id", "RingLedger");
+    device.writeResource("VeltoiPad", ipad);
+    EXPECT_EQ(rootIds().front(), "RingLedger");
+}
+
+TEST_F(RootPageTest, FallbackIndexesApplyWhenAnIdentifierIsMissing) {
+    device.writeSettings({{"VeltoEnabled", true}});
+    installEveryCustomApp();
+    std::filesystem::remove(device.host("/Applications/biteSMS.app/Info.plist"));
+    std::filesystem::remove(device.host("/Applications/biteSMS.app"));
+    // Without its identifier the biteSMS row is still removed, at index 13.
+    auto velto = device.readPlist(std::string(device.kBundle) + "/Velto.plist");
+    velto.objectForKey("items").objectAtIndex(13).removeObjectForKey("id");
+    velto.objectForKey("items").objectAtIndex(13).setValueForKey("label", "Renamed");
+    device.writeResource("Velto", velto);
+    EXPECT_EQ(rootIds(), without(kFullIPhoneList, {"biteSMS"}));
+
+    // The recents row must exist while the application is installed: a negative index fails.
+    velto.objectForKey("items").removeObjectAtIndex(15);
+    device.writeResource("Velto", velto);
+    EXPECT_THROW(openRoot()->specifiers(), plat::RangeError);
+}
+
+TEST_F(RootPageTest, MasterSwitchAnimatesTheMiddleAndRebuilds) {
+    device.installBiteSMS();
+    auto root = openRoot();
+    auto list = root->specifiers();
+    ASSERT_EQ(list->count(), 4u);
+    auto master = root->specifierAtIndex(1);
+
+    auto mark = device.journal().size();
+    plat::Runtime::shared().perform(
+        *root, "veltoEnabledOrDisabled:specifier:", {Value::boolean(true), Value(master)});
+    // The unfiltered middle (rows 2..m-3 of a fresh load) comes in animated, then the rebuild.
+    Ids expectedOps;
+    for (int i = 2; i < 18; ++i)
+        expectedOps.push_back("+" + std::to_string(i) + "a");
+    expectedOps.push_back("~");
+    EXPECT_EQ(device.listOperations(mark), expectedOps);
+    EXPECT_TRUE(device.mainSettings().objectForKey("VeltoEnabled").boolValue());
+    EXPECT_EQ(device.notifications(), Ids{"com.norvale.veltosettingschanged"});
+    EXPECT_EQ(testsupport::BundleDevice::ids(root->heldSpecifiers()),
+              without(kFullIPhoneList, {"RingLedger", "Recents"}));
+
+    mark = device.journal().size();
+    const std::size_t count = root->heldSpecifiers()->count();
+    plat::Runtime::shared().perform(*root, "veltoEnabledOrDisabled:specifier:",
+                                    {Value::boolean(false), Value(root->specifierAtIndex(1))});
+    expectedOps.clear();
+    for (std::size_t i = count - 3; i > 1; --i)
+        expectedOps.push_back("-" + std::to_string(i) + "a");
+    expectedOps.push_back("~");
+    EXPECT_EQ(device.listOperations(mark), expectedOps);
+    EXPECT_EQ(root->heldSpecifiers()->count(), 4u);
+
+    // Flipped before any list exists: stored, then only the rebuild.
+    auto fresh = openRoot();
+    mark = device.journal().size();
+    fresh->veltoEnabledOrDisabled(Value::boolean(true), master);
+    EXPECT_EQ(device.listOperations(mark), Ids{"~"});
+}
+
+TEST_F(RootPageTest, IconsAreRequestedOnEveryCallAndOnlyDecodedRepliesAreKept) {
+    device.writeSettings({{"VeltoEnabled", true}});
+    auto root = openRoot();
+    // No responder: every request goes unanswered and no row gets an icon.
+    auto list = root->specifiers();
+    auto requests = device.entries(plat::JournalEntry::Kind::Request);
+    ASSERT_EQ(requests.size(), 5u);  // Phone, Messages, Mail, FaceTime, Contacts
+    for (const auto& r : requests) {
+        EXPECT_EQ(r.name, "com.norvale.velto.appicon");
+        EXPECT_FALSE(r.replied);
+    }
+    EXPECT_TRUE(list->objectAtIndex(3)->propertyForKey("iconImage").isNil());
+
+    device.answerIcons(87);
+    root->specifiers();  // the held list is not rebuilt, the icons are fetched again
+    EXPECT_EQ(device.entries(plat::JournalEntry::Kind::Request).size(), 10u);
+    auto icon = list->objectAtIndex(3)->propertyForKey("iconImage").as<plat::Image>();
+    ASSERT_TRUE(icon);
+    EXPECT_EQ(icon->pixelWidth(), 87);
+    // Rows without a bundle identifier keep their resource icon.
+    EXPECT_EQ(list->objectAtIndex(7)->propertyForKey("iconImage").as<plat::Image>()->pixelWidth(),
+              87);
+
+    // A reply whose payload is not an archive leaves the icon as it was.
+    device.process().messageCenters().setResponder([](auto&, auto&, auto&) {
+        return Value::dictionary({{"VeltoServiceMessageData", Value::data({1, 2, 3})}});
+    });
+    auto other = openRoot();
+    EXPECT_TRUE(other->specifiers()->objectAtIndex(3)->propertyForKey("iconImage").isNil());
+
+    // The tweak message center is made once per process, whatever the number of pages.
+    EXPECT_EQ(device.process().messageCenters().centersMade(), 1u);
+    EXPECT_EQ(VeltoSettingsController::tweakMessageCenter()->name(), "com.norvale.velto");
+}
+
+TEST_F(RootPageTest, HideOtherSpecifiersWorksOnTheCountItIsGiven) {
+    auto root = openRoot();
+    auto rows = [](std::size_t n) {
+        auto list = std::make_shared<plat::SpecifierArray>();
+        for (std::size_t i = 0; i < n; ++i) {
+            auto row = plat::Specifier::groupSpecifierWithName("r" + std::to_string(i));
+            list->addObject(row);
+        }
+        return list;
+    };
+    EXPECT_EQ(root->hideOtherSpecifiers(rows(3))->count(), 3u);
+    EXPECT_EQ(root->hideOtherSpecifiers(rows(4))->count(), 4u);
+    EXPECT_EQ(testsupport::BundleDevice::ids(root->hideOtherSpecifiers(rows(7))),
+              (Ids{"r0", "r1", "r5", "r6"}));
+    EXPECT_EQ(root->hideOtherSpecifiers(nullptr), nullptr);
+    EXPECT_THROW(root->hideOtherSpecifiers(rows(2)), plat::RangeError);
+}
+
+TEST_F(RootPageTest, SettingsStoreWritesBinaryInPlaceAndLosesNothingOnAMissingFile) {
+    // Missing file: settings nil, updates silently lost, the shared settings still reloaded.
+    auto missing = openRoot();
+    EXPECT_TRUE(missing->settings().isNil());
+    device.writeText("/var/mobile/Library/Preferences/placeholder", "");
+    missing->updateSettingsDict(Value::boolean(true), "VeltoEnabled");
+    EXPECT_FALSE(device.exists(device.kMainSettings));
+
+    // An XML file is read, and written back binary; nil removes a key.
+    device.writePlist(device.kMainSettings,
+                      Value::dictionary({{"VeltoEnabled", Value::boolean(true)},
+                                         {"VeltoEnabledMail", Value::boolean(true)}}),
+                      true);
+    auto root = openRoot();
+    root->updateSettingsDict(Value(), "VeltoEnabledMail");
+    auto bytes = device.process().root().readFile(device.kMainSettings);
+    ASSERT_TRUE(bytes);
+    EXPECT_EQ(std::string(bytes->begin(), bytes->begin() + 8), "bplist00");
+    EXPECT_TRUE(device.mainSettings().objectForKey("VeltoEnabledMail").isNil());
+    EXPECT_TRUE(velto::VeltoSettings::sharedSettings()->isVeltoEnabled());
+
+    // A page made before a change keeps its dictionary; the shared settings follow loads.
+    auto later = openRoot();
+    device.writeSettings({{"VeltoEnabled", false}});
+    EXPECT_TRUE(later->settings().objectForKey("VeltoEnabled").boolValue());
+    EXPECT_TRUE(openRoot()->settings().objectForKey("VeltoEnabled").isBoolean());
+    EXPECT_FALSE(openRoot()->settings().objectForKey("VeltoEnabled").boolValue());
+}
+
+TEST_F(RootPageTest, UnreadableMainSettingsReadAsAllOffAndAreLeftAlone) {
+    for (const std::string& content :
+         {std::string("bplist00garbage"), std::string(""),
+          std::string("<?xml version=\"1.0\"?><plist><array/></plist>")}) {
+        device.writeText(device.kMainSettings, content);
+        velto::VeltoSettings::sharedSettings()->loadSettings();
+        auto root = openRoot();
+        EXPECT_TRUE(root->settings().isNil());
+        EXPECT_EQ(root->specifiers()->count(), 4u);
+        auto bytes = device.process().root().readFile(device.kMainSettings);
+        EXPECT_EQ(std::string(bytes->begin(), bytes->end()), content);
+    }
+}
+
+}  // namespace

@@ -1,0 +1,104 @@
+#include "tests/support/bundle_device.h"
+
+#include "bundle/bundle_classes.h"
+#include "platform/foundation/keyed_archive.h"
+#include "platform/ui/image.h"
+
+namespace testsupport {
+
+namespace {
+
+int containerCounter = 0;
+
+std::string uuid(int n) {
+    char buffer[40];
+    std::snprintf(buffer, sizeof buffer, "%08X-0000-4000-8000-%012d", 0xC0DE0000 + n, n);
+    return buffer;
+}
+
+plat::Value infoPlist(const std::string& bundleIdentifier, const std::string& name) {
+    return plat::Value::dictionary(
+        {{"CFBundleIdentifier", bundleIdentifier}, {"CFBundleDisplayName", name}});
+}
+
+}  // namespace
+
+BundleDevice::BundleDevice() {
+    velto::registerBundleClasses();
+    install(sourceDir() / "resources", kBundle);
+    setProfile("iPhone", 3, true);
+    setSystemVersion("12.4");
+}
+
+void BundleDevice::installSystemApp(const std::string& bundleIdentifier,
+                                    const std::string& name) const {
+    writePlist("/Applications/" + name + ".app/Info.plist", infoPlist(bundleIdentifier, name));
+}
+
+void BundleDevice::installUserApp(const std::string& bundleIdentifier,
+                                  const std::string& name) const {
+    const int n = ++containerCounter;
+    writePlist("/var/containers/Bundle/Application/" + uuid(n) + "/" + name + ".app/Info.plist",
+               infoPlist(bundleIdentifier, name));
+    writePlist("/var/mobile/Containers/Data/Application/" + uuid(n + 5000) +
+                   "/.com.apple.mobile_container_manager.metadata.plist",
+               plat::Value::dictionary({{"MCMMetadataIdentifier", bundleIdentifier}}));
+}
+
+void BundleDevice::installBiteSMS() const {
+    installSystemApp("com.bitesms", "biteSMS");
+}
+
+void BundleDevice::writeSettings(const std::vector<std::pair<std::string, bool>>& flags) const {
+    plat::Dictionary settings;
+    for (const auto& [key, on] : flags)
+        settings[key] = plat::Value::boolean(on);
+    writePlist(kMainSettings, plat::Value::dictionary(std::move(settings)));
+}
+
+void BundleDevice::writeResource(const std::string& name, const plat::Value& plist) const {
+    writePlist(std::string(kBundle) + "/" + name + ".plist", plist, true);
+}
+
+void BundleDevice::answerIcons(int pixels) {
+    process().messageCenters().setResponder([pixels](const std::string&, const std::string& message,
+                                                     const plat::Value&) -> plat::Value {
+        if (message != "com.norvale.velto.appicon") return plat::Value();
+        auto icon = plat::Image::blank(pixels, pixels, 3);
+        auto archived = plat::archivedDataWithRootObject(plat::Value(icon));
+        if (!archived) return plat::Value();
+        return plat::Value::dictionary({{"VeltoServiceMessageData", plat::Value::data(*archived)}});
+    });
+}
+
+std::vector<std::string> BundleDevice::ids(const plat::SpecifierArrayPtr& list) {
+    std::vector<std::string> out;
+    if (!list) return out;
+    for (const auto& row : *list)
+        out.push_back(row->identifier().value_or("(nil)"));
+    return out;
+}
+
+std::vector<std::string> BundleDevice::listOperations(std::size_t mark) const {
+    std::vector<std::string> out;
+    for (const auto& e : journal().since(mark)) {
+        std::string prefix;
+        switch (e.kind) {
+            case plat::JournalEntry::Kind::Insert:
+                prefix = "+";
+                break;
+            case plat::JournalEntry::Kind::Remove:
+                prefix = "-";
+                break;
+            case plat::JournalEntry::Kind::Reload:
+                prefix = "~";
+                break;
+            default:
+                continue;
+        }
+        out.push_back(prefix + (e.index ? std::to_string(*e.index) : "") + (e.animated ? "a" : ""));
+    }
+    return out;
+}
+
+}  // namespace testsupport
