@@ -1,0 +1,97 @@
+#include "pages/phone_app_settings_controller.h"
+
+#include "contract/velto_settings.h"
+#include "core/settings_catalogue.h"
+#include "pages/row_editing.h"
+#include "platform/prefs/runtime.h"
+#include "platform/prefs/user_defaults.h"
+
+namespace velto {
+
+namespace {
+const char* const kResource = "PhoneApp";
+}
+
+bool PhoneAppSettingsController::isPhoneAppEnabled() {
+    return VeltoSettings::sharedSettings()->isVeltoEnabled_Phone();
+}
+
+bool PhoneAppSettingsController::isFavoritesEnabled() {
+    return VeltoSettings::sharedSettings()->isShowFavoritesContactImage();
+}
+
+plat::SpecifierArrayPtr PhoneAppSettingsController::specifiers() {
+    if (heldSpecifiers()) return heldSpecifiers();
+    auto list = loadSpecifiersFromPlistName(kResource, shared_from_this());
+    if (isPhoneAppEnabled()) {
+        if (!isFavoritesEnabled()) {
+            list->removeObjectAtIndex(5);
+            list->removeObjectAtIndex(4);
+            list->objectAtIndex(2)->removePropertyForKey("footerText");
+        }
+        // The file's last row is never shown on an enabled page.
+        list->removeLastObject();
+    } else {
+        rows::removeDownToTwo(*list, list->count() - 1);
+    }
+    setHeldSpecifiers(list);
+    return list;
+}
+
+void PhoneAppSettingsController::phoneAppEnabledOrDisabled(const plat::Value& value,
+                                                           const plat::SpecifierPtr& specifier) {
+    setPreferenceValue(value, specifier);
+    plat::UserDefaults::standardUserDefaults().synchronize();
+    auto held = heldSpecifiers();
+    if (!held) return;
+    const std::size_t shown = held->count();
+    if (value.boolValue()) {
+        // Whatever favourites say: the rows they would prune come back too.
+        auto fresh = loadSpecifiersFromPlistName(kResource, shared_from_this());
+        rows::insertAtOwnIndexes(*this, *fresh, 2, fresh->count() - 1, true);
+    } else {
+        rows::removeShownDownToTwo(*this, shown - 1, true);
+    }
+}
+
+void PhoneAppSettingsController::favoritesEnabledOrDisabled(const plat::Value& value,
+                                                            const plat::SpecifierPtr& specifier) {
+    setPreferenceValue(value, specifier);
+    plat::UserDefaults::standardUserDefaults().synchronize();
+    if (!heldSpecifiers()) return;
+    auto fresh = loadSpecifiersFromPlistName(kResource, shared_from_this());
+    auto footerGroup = fresh->objectAtIndex(2);
+    if (value.boolValue()) {
+        removeSpecifierAtIndex(2);
+        // A fixed six rows, whatever the page holds now; they are not de-duplicated.
+        rows::insertAtOwnIndexes(*this, *fresh, 2, 8, true);
+    } else {
+        // The fresh group is never shown: stripping its footer changes nothing on screen.
+        footerGroup->removePropertyForKey("footerText");
+        removeSpecifierAtIndex(2);
+        insertSpecifier(fresh->objectAtIndex(3), 3, false);
+    }
+}
+
+void PhoneAppSettingsController::registerClass(plat::Runtime& runtime) {
+    using Self = PhoneAppSettingsController;
+    runtime.registerClass(
+        "PhoneAppSettingsController", "VeltoBaseSettingsController",
+        [] { return std::make_shared<Self>(); }, kBundlePath);
+    runtime.addMethod("PhoneAppSettingsController", "phoneAppEnabledOrDisabled:specifier:",
+                      plat::bindMethod<Self>([](Self& self, const plat::Arguments& args) {
+                          self.phoneAppEnabledOrDisabled(
+                              plat::argumentAt(args, 0),
+                              plat::argumentAt(args, 1).as<plat::Specifier>());
+                          return plat::Value();
+                      }));
+    runtime.addMethod("PhoneAppSettingsController", "favoritesEnabledOrDisabled:specifier:",
+                      plat::bindMethod<Self>([](Self& self, const plat::Arguments& args) {
+                          self.favoritesEnabledOrDisabled(
+                              plat::argumentAt(args, 0),
+                              plat::argumentAt(args, 1).as<plat::Specifier>());
+                          return plat::Value();
+                      }));
+}
+
+}  // namespace velto

@@ -1,0 +1,21 @@
+#include "pages/row_editing.h"
+
+namespace velto::rows {
+
+void removeDownToTwo(plat::SpecifierArray& list, std::size_t start) {
+    for (std::size_t i = start; i > 1; --i)
+        list.removeObjectAtIndex(i);
+}
+
+void removeShownDownToTwo(plat::ListController& page, std::size_t start, bool animated) {
+    for (std::size_t i = start; i > 1; --i)
+        page.removeSpecifierAtIndex(i, animated);
+}
+
+void insertAtOwnIndexes(plat::ListController& page, const plat::SpecifierArray& fresh,
+                        std::size_t from, std::size_t end, bool animated) {
+    for (std::size_t i = from; i < end; ++i)
+        page.insertSpecifier(fresh.objectAtIndex(i), i, animated);
+}
+
+}  // namespace velto::rows

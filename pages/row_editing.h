@@ -1,0 +1,22 @@
+#pragma once
+
+#include <cstddef>
+
+#include "platform/prefs/list_controller.h"
+#include "platform/prefs/specifier.h"
+
+namespace velto::rows {
+
+// The loops every page runs on its rows. Indexes are unsigned and the count-downs run while
+// the index is above 1, as the pages were written: a start computed below zero wraps to a
+// huge index and the first removal raises the platform's range error.
+
+// Removes elements start, start-1, ..., 2 of an array (plain removals, before it is shown).
+void removeDownToTwo(plat::SpecifierArray& list, std::size_t start);
+// Removes the shown rows start, start-1, ..., 2 of a page.
+void removeShownDownToTwo(plat::ListController& page, std::size_t start, bool animated);
+// Inserts fresh[i] at index i for i from `from` while i < end.
+void insertAtOwnIndexes(plat::ListController& page, const plat::SpecifierArray& fresh,
+                        std::size_t from, std::size_t end, bool animated);
+
+}  // namespace velto::rows

@@ -1,0 +1,214 @@
+#include <gtest/gtest.h>
+
+#include "pages/face_time_app_settings_controller.h"
+#include "pages/phone_app_settings_controller.h"
+#include "platform/foundation/errors.h"
+#include "platform/prefs/runtime.h"
+#include "tests/support/bundle_device.h"
+
+using plat::Value;
+using velto::FaceTimeAppSettingsController;
+using velto::PhoneAppSettingsController;
+
+namespace {
+
+using Ids = std::vector<std::string>;
+
+std::vector<std::string> range(const char* sign, int from, int to, bool animated) {
+    std::vector<std::string> out;
+    for (int i = from; from <= to ? i <= to : i >= to; from <= to ? ++i : --i)
+        out.push_back(sign + std::to_string(i) + (animated ? "a" : ""));
+    return out;
+}
+
+std::vector<std::string> join(std::vector<std::string> a, const std::vector<std::string>& b) {
+    a.insert(a.end(), b.begin(), b.end());
+    return a;
+}
+
+class PhoneFaceTimeTest : public ::testing::Test {
+  protected:
+    std::shared_ptr<PhoneAppSettingsController> phone() {
+        return device.open<PhoneAppSettingsController>("PhoneAppSettingsController");
+    }
+    std::shared_ptr<FaceTimeAppSettingsController> faceTime() {
+        return device.open<FaceTimeAppSettingsController>("FaceTimeAppSettingsController");
+    }
+    template <class Page>
+    void flip(Page& page, const std::string& selector, std::size_t row, bool on) {
+        plat::Runtime::shared().perform(page, selector,
+                                        {Value::boolean(on), Value(page.specifierAtIndex(row))});
+    }
+    static Ids ids(const plat::SpecifierArrayPtr& list) {
+        return testsupport::BundleDevice::ids(list);
+    }
+
+    testsupport::BundleDevice device;
+};
+
+TEST_F(PhoneFaceTimeTest, DisabledPagesShowOnlyTheirHead) {
+    EXPECT_EQ(ids(phone()->specifiers()), (Ids{"PhoneGroup", "PhoneAppEnabled"}));
+    EXPECT_EQ(ids(faceTime()->specifiers()), (Ids{"FaceTimeGroup", "FaceTimeEnabled"}));
+    // A stored false and an unreadable file read the same way.
+    device.writeText(device.kMainSettings, "not a property list");
+    EXPECT_EQ(faceTime()->specifiers()->count(), 2u);
+    EXPECT_FALSE(faceTime()->isVeltoEnabledForFaceTime());
+}
+
+TEST_F(PhoneFaceTimeTest, PhoneBuildPrunesByFavourites) {
+    device.writeSettings({{"PhoneAppEnabled", true}});
+    auto off = phone()->specifiers();
+    // Rows 4, 5 and the last go, and the favourites group loses its footer.
+    EXPECT_EQ(ids(off), (Ids{"PhoneGroup", "PhoneAppEnabled", "FavoritesGroup", "Favorites",
+                             "CallHistoryGroup", "Pictures in Recents"}));
+    EXPECT_TRUE(off->objectAtIndex(2)->propertyForKey("footerText").isNil());
+
+    device.writeSettings({{"PhoneAppEnabled", true}, {"ShowFavoritesContactImage", true}});
+    auto on = phone()->specifiers();
+    EXPECT_EQ(on->count(), 8u);  // only the last row goes
+    EXPECT_FALSE(on->objectAtIndex(2)->propertyForKey("footerText").isNil());
+}
+
+TEST_F(PhoneFaceTimeTest, PhoneSwitchesInsertAndRemoveWithoutLookingAtWhatIsShown) {
+    auto page = phone();
+    page->specifiers();
+    auto mark = device.journal().size();
+    flip(*page, "phoneAppEnabledOrDisabled:specifier:", 1, true);
+    // File rows 2..7 (the last is left out), favourites or not.
+    EXPECT_EQ(device.listOperations(mark), range("+", 2, 7, true));
+    EXPECT_TRUE(device.mainSettings().objectForKey("PhoneAppEnabled").boolValue());
+    EXPECT_EQ(device.notifications().back(), "com.norvale.veltosettingschanged");
+
+    // Favourites on: row 2 goes (no animation argument) and a fixed six rows come in.
+    mark = device.journal().size();
+    flip(*page, "favoritesEnabledOrDisabled:specifier:", 3, true);
+    EXPECT_EQ(device.listOperations(mark), join({"-2"}, range("+", 2, 7, true)));
+    EXPECT_EQ(page->specifiers()->count(), 8u + 5u);
+
+    // Favourites off: row 2 goes and file row 3 comes back at 3, both without animation.
+    mark = device.journal().size();
+    flip(*page, "favoritesEnabledOrDisabled:specifier:", 3, false);
+    EXPECT_EQ(device.listOperations(mark), (Ids{"-2", "+3"}));
+    EXPECT_FALSE(device.mainSettings().objectForKey("ShowFavoritesContactImage").boolValue());
+
+    // Off removes every row from the last down to 2.
+    const int shown = static_cast<int>(page->specifiers()->count());
+    mark = device.journal().size();
+    flip(*page, "phoneAppEnabledOrDisabled:specifier:", 1, false);
+    EXPECT_EQ(device.listOperations(mark), range("-", shown - 1, 2, true));
+    EXPECT_EQ(page->specifiers()->count(), 2u);
+
+    // On twice: the rows come in twice.
+    page->phoneAppEnabledOrDisabled(Value::boolean(true), page->specifierAtIndex(1));
+    page->phoneAppEnabledOrDisabled(Value::boolean(true), page->specifierAtIndex(1));
+    EXPECT_EQ(page->specifiers()->count(), 2u + 6u + 6u);
+}
+
+TEST_F(PhoneFaceTimeTest, SwitchesFlippedBeforeTheListIsBuiltOnlyStore) {
+    auto page = faceTime();
+    auto toggle = plat::Specifier::preferenceSpecifierNamed("Enabled", page, "", "", "",
+                                                            plat::PSSwitchCell, "");
+    toggle->setProperty("com.norvale.velto", "defaults");
+    toggle->setProperty("VeltoEnabledFacetime", "key");
+    const auto mark = device.journal().size();
+    page->faceTimeAppEnabledOrDisabled(Value::boolean(true), toggle);
+    page->favoritesEnabledOrDisabled(Value::boolean(true), toggle);
+    EXPECT_TRUE(device.listOperations(mark).empty());
+    EXPECT_EQ(page->heldSpecifiers(), nullptr);
+    EXPECT_TRUE(device.mainSettings().objectForKey("VeltoEnabledFacetime").boolValue());
+}
+
+TEST_F(PhoneFaceTimeTest, FaceTimeClearsTheMonogramRangeOnceOrTwice) {
+    // "Monogram Image" stands at k = 4: favourites on remove k - 1 rows...
+    device.writeSettings({{"VeltoEnabledFacetime", true}, {"ShowFavoritesContactImage", true}});
+    EXPECT_EQ(ids(faceTime()->specifiers()),
+              (Ids{"FaceTimeGroup", "FaceTimeEnabled", "CallsGroup", "Pictures on the Call Screen",
+                   "Pictures in Recents", "FaceTimeMoreGroup", "FaceTimeNote"}));
+    // ...favourites off remove 2(k - 1).
+    device.writeSettings({{"VeltoEnabledFacetime", true}});
+    EXPECT_EQ(ids(faceTime()->specifiers()),
+              (Ids{"FaceTimeGroup", "FaceTimeEnabled", "FaceTimeMoreGroup", "FaceTimeNote"}));
+
+    // Without the row (k = -1) the signed passes remove nothing; the footer of row 2 still goes.
+    auto file = device.readPlist(std::string(device.kBundle) + "/FaceTimeiPhone.plist");
+    file.objectForKey("items").objectAtIndex(4).removeObjectForKey("id");
+    file.objectForKey("items").objectAtIndex(4).setValueForKey("label", "Initials");
+    device.writeResource("FaceTimeiPhone", file);
+    auto list = faceTime()->specifiers();
+    EXPECT_EQ(list->count(), 10u);
+    EXPECT_TRUE(list->objectAtIndex(2)->propertyForKey("footerText").isNil());
+}
+
+TEST_F(PhoneFaceTimeTest, IPadFaceTimeGovernsThePhoneKey) {
+    device.writeSettings({{"PhoneAppEnabled", true},
+                          {"VeltoEnabledFacetime", false},
+                          {"ShowFavoritesContactImage", true}});
+    device.setProfile("iPad");
+    auto ipad = faceTime();
+    EXPECT_TRUE(ipad->isVeltoEnabledForFaceTime());
+    EXPECT_EQ(ipad->specifiers()->count(), 7u);
+    // Its switch stores under the Phone key, as the iPad resource names it.
+    ipad->faceTimeAppEnabledOrDisabled(Value::boolean(false), ipad->specifierAtIndex(1));
+    EXPECT_FALSE(device.mainSettings().objectForKey("PhoneAppEnabled").boolValue());
+
+    device.writeSettings({{"PhoneAppEnabled", true}, {"VeltoEnabledFacetime", false}});
+    device.setProfile("iPod");
+    EXPECT_TRUE(faceTime()->isVeltoEnabledForFaceTime());
+    device.setProfile("iPhone");
+    EXPECT_FALSE(faceTime()->isVeltoEnabledForFaceTime());
+    EXPECT_EQ(faceTime()->specifiers()->count(), 2u);
+}
+
+TEST_F(PhoneFaceTimeTest, FaceTimeSwitchesKeepTheLastRowWhenTurnedOff) {
+    device.writeSettings({{"VeltoEnabledFacetime", true}, {"ShowFavoritesContactImage", true}});
+    auto page = faceTime();
+    page->specifiers();  // 7 rows
+    auto mark = device.journal().size();
+    flip(*page, "faceTimeAppEnabledOrDisabled:specifier:", 1, false);
+    EXPECT_EQ(device.listOperations(mark), range("-", 5, 2, true));
+    EXPECT_EQ(ids(page->specifiers()), (Ids{"FaceTimeGroup", "FaceTimeEnabled", "FaceTimeNote"}));
+
+    // On brings every file row from 2 on, including the monogram range the build removed.
+    mark = device.journal().size();
+    flip(*page, "faceTimeAppEnabledOrDisabled:specifier:", 1, true);
+    EXPECT_EQ(device.listOperations(mark), range("+", 2, 9, true));
+    EXPECT_EQ(page->specifiers()->count(), 11u);
+
+    mark = device.journal().size();
+    flip(*page, "favoritesEnabledOrDisabled:specifier:", 3, true);
+    EXPECT_EQ(device.listOperations(mark), join({"-2a"}, range("+", 2, 7, true)));
+}
+
+TEST_F(PhoneFaceTimeTest, ShortListsFailWithTheRangeErrorWhereThePlatformWould) {
+    // FaceTime, favourites off: a file shorter than 2k rows runs past the end on the second pass.
+    auto file = device.readPlist(std::string(device.kBundle) + "/FaceTimeiPhone.plist");
+    auto items = file.objectForKey("items");
+    while (items.count() > 7)
+        items.removeObjectAtIndex(items.count() - 1);
+    device.writeResource("FaceTimeiPhone", file);
+    device.writeSettings({{"VeltoEnabledFacetime", true}});
+    EXPECT_THROW(faceTime()->specifiers(), plat::RangeError);
+
+    // The off handler counts down from count - 2: one row wraps, and nothing is removed.
+    auto page = faceTime();
+    auto one = std::make_shared<plat::SpecifierArray>();
+    one->addObject(plat::Specifier::emptyGroupSpecifier());
+    page->setHeldSpecifiers(one);
+    auto toggle = plat::Specifier::emptyGroupSpecifier();
+    EXPECT_THROW(page->faceTimeAppEnabledOrDisabled(Value::boolean(false), toggle),
+                 plat::RangeError);
+    EXPECT_EQ(one->count(), 1u);
+
+    // Phone: an empty resource wraps count - 1 on the disabled build; a short one fails the
+    // favourites pruning.
+    device.writeResource("PhoneApp", Value::dictionary({{"items", Value::array()}}));
+    EXPECT_THROW(phone()->specifiers(), plat::RangeError);
+    device.writeSettings({{"PhoneAppEnabled", true}});
+    auto phoneFile = Value::dictionary({{"items", Value::array()}});
+    for (int i = 0; i < 5; ++i)
+        phoneFile.objectForKey("items").addObject(Value::dictionary({{"cell", "PSGroupCell"}}));
+    device.writeResource("PhoneApp", phoneFile);
+    EXPECT_THROW(phone()->specifiers(), plat::RangeError);
+}
+
+}  // namespace
