@@ -3,6 +3,7 @@
 #include "contract/velto_settings.h"
 #include "core/velto_settings_controller.h"
 #include "platform/foundation/errors.h"
+#include "platform/foundation/keyed_archive.h"
 #include "platform/prefs/runtime.h"
 #include "platform/ui/image.h"
 #include "tests/support/bundle_device.h"
@@ -288,6 +289,46 @@ TEST_F(RootPageTest, UnreadableMainSettingsReadAsAllOffAndAreLeftAlone) {
         auto bytes = device.process().root().readFile(device.kMainSettings);
         EXPECT_EQ(std::string(bytes->begin(), bytes->end()), content);
     }
+}
+
+TEST_F(RootPageTest, WhatTheStoreWritesReadsBackInPythonsPlistlib) {
+    if (std::system("python3 -c 'import plistlib' > /dev/null 2>&1") != 0)
+        GTEST_SKIP() << "python3 with plistlib is not installed";
+    device.writeSettings({{"VeltoEnabled", true}, {"VeltoEnabledMail", false}});
+    auto root = openRoot();
+    root->updateSettingsDict(Value::boolean(true), "VeltoEnabledMail");
+    root->updateSettingsDict(Value("text"), "Note");
+
+    const std::string command =
+        "python3 -c \"import plistlib,sys; d=plistlib.load(open(sys.argv[1],'rb')); "
+        "print(d['VeltoEnabled'] is True, d['VeltoEnabledMail'] is True, d['Note'])\" '" +
+        device.host(device.kMainSettings).string() + "'";
+    FILE* pipe = popen(command.c_str(), "r");
+    ASSERT_TRUE(pipe);
+    char line[256] = {};
+    ASSERT_TRUE(fgets(line, sizeof line, pipe));
+    EXPECT_EQ(pclose(pipe), 0);
+    EXPECT_STREQ(line, "True True text\n");
+}
+
+TEST_F(RootPageTest, BrokenResourcesAndOddRepliesHaveTheirTolerableOutcome) {
+    // A missing list loads empty with one log line; the count-down on it then fails with the
+    // platform's range error, which the host reports.
+    std::filesystem::remove(device.host(std::string(device.kBundle) + "/Velto.plist"));
+    EXPECT_THROW(openRoot()->specifiers(), plat::RangeError);
+    EXPECT_EQ(device.logLines().size(), 1u);
+
+    // A reply that decodes to something other than a picture is kept as it decoded; hosts
+    // show no icon for it.
+    device.install(testsupport::sourceDir() / "resources", device.kBundle);
+    device.writeSettings({{"VeltoEnabled", true}});
+    device.process().messageCenters().setResponder([](auto&, auto&, auto&) {
+        auto archived = plat::archivedDataWithRootObject(Value("not a picture"));
+        return Value::dictionary({{"VeltoServiceMessageData", Value::data(*archived)}});
+    });
+    auto list = openRoot()->specifiers();
+    EXPECT_EQ(list->objectAtIndex(3)->propertyForKey("iconImage").str(), "not a picture");
+    EXPECT_EQ(list->objectAtIndex(3)->propertyForKey("iconImage").as<plat::Image>(), nullptr);
 }
 
 }  // namespace
