@@ -9,6 +9,7 @@
 #include "core/settings_catalogue.h"
 #include "platform/foundation/keyed_archive.h"
 #include "platform/prefs/runtime.h"
+#include "platform/prefs/selectors.h"
 #include "platform/prefs/user_defaults.h"
 #include "platform/system/process.h"
 
@@ -162,14 +163,8 @@ void VeltoSettingsController::registerClass(plat::Runtime& runtime) {
     runtime.registerClass(
         "VeltoSettingsController", "VeltoBaseMessagesSettingsController",
         [] { return std::make_shared<VeltoSettingsController>(); }, kBundlePath);
-    runtime.addMethod("VeltoSettingsController", "veltoEnabledOrDisabled:specifier:",
-                      plat::bindMethod<VeltoSettingsController>(
-                          [](VeltoSettingsController& self, const plat::Arguments& args) {
-                              self.veltoEnabledOrDisabled(
-                                  plat::argumentAt(args, 0),
-                                  plat::argumentAt(args, 1).as<plat::Specifier>());
-                              return plat::Value();
-                          }));
+    plat::addSetter(runtime, "VeltoSettingsController", "veltoEnabledOrDisabled:specifier:",
+                    &VeltoSettingsController::veltoEnabledOrDisabled);
 }
 
 }  // namespace velto

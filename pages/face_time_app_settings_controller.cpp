@@ -8,6 +8,7 @@
 #include "core/settings_catalogue.h"
 #include "pages/row_editing.h"
 #include "platform/prefs/runtime.h"
+#include "platform/prefs/selectors.h"
 #include "platform/prefs/user_defaults.h"
 
 namespace velto {
@@ -75,16 +76,8 @@ void FaceTimeAppSettingsController::favoritesEnabledOrDisabled(
     setPreferenceValue(value, specifier);
     plat::UserDefaults::standardUserDefaults().synchronize();
     if (!heldSpecifiers()) return;
-    auto fresh = loadSpecifiersFromPlistName(resourceName(), shared_from_this());
-    auto footerGroup = fresh->objectAtIndex(2);
-    if (value.boolValue()) {
-        removeSpecifierAtIndex(2, true);
-        rows::insertAtOwnIndexes(*this, *fresh, 2, 8, true);
-    } else {
-        footerGroup->removePropertyForKey("footerText");
-        removeSpecifierAtIndex(2);
-        insertSpecifier(fresh->objectAtIndex(3), 3, false);
-    }
+    rows::applyFavourites(*this, *loadSpecifiersFromPlistName(resourceName(), shared_from_this()),
+                          value.boolValue(), true);
 }
 
 void FaceTimeAppSettingsController::registerClass(plat::Runtime& runtime) {
@@ -92,20 +85,10 @@ void FaceTimeAppSettingsController::registerClass(plat::Runtime& runtime) {
     runtime.registerClass(
         "FaceTimeAppSettingsController", "VeltoBaseSettingsController",
         [] { return std::make_shared<Self>(); }, kBundlePath);
-    runtime.addMethod("FaceTimeAppSettingsController", "faceTimeAppEnabledOrDisabled:specifier:",
-                      plat::bindMethod<Self>([](Self& self, const plat::Arguments& args) {
-                          self.faceTimeAppEnabledOrDisabled(
-                              plat::argumentAt(args, 0),
-                              plat::argumentAt(args, 1).as<plat::Specifier>());
-                          return plat::Value();
-                      }));
-    runtime.addMethod("FaceTimeAppSettingsController", "favoritesEnabledOrDisabled:specifier:",
-                      plat::bindMethod<Self>([](Self& self, const plat::Arguments& args) {
-                          self.favoritesEnabledOrDisabled(
-                              plat::argumentAt(args, 0),
-                              plat::argumentAt(args, 1).as<plat::Specifier>());
-                          return plat::Value();
-                      }));
+    plat::addSetter(runtime, "FaceTimeAppSettingsController",
+                    "faceTimeAppEnabledOrDisabled:specifier:", &Self::faceTimeAppEnabledOrDisabled);
+    plat::addSetter(runtime, "FaceTimeAppSettingsController",
+                    "favoritesEnabledOrDisabled:specifier:", &Self::favoritesEnabledOrDisabled);
 }
 
 }  // namespace velto

@@ -4,6 +4,7 @@
 #include "core/settings_catalogue.h"
 #include "pages/row_editing.h"
 #include "platform/prefs/runtime.h"
+#include "platform/prefs/selectors.h"
 #include "platform/prefs/user_defaults.h"
 
 namespace velto {
@@ -59,18 +60,8 @@ void PhoneAppSettingsController::favoritesEnabledOrDisabled(const plat::Value& v
     setPreferenceValue(value, specifier);
     plat::UserDefaults::standardUserDefaults().synchronize();
     if (!heldSpecifiers()) return;
-    auto fresh = loadSpecifiersFromPlistName(kResource, shared_from_this());
-    auto footerGroup = fresh->objectAtIndex(2);
-    if (value.boolValue()) {
-        removeSpecifierAtIndex(2);
-        // A fixed six rows, whatever the page holds now; they are not de-duplicated.
-        rows::insertAtOwnIndexes(*this, *fresh, 2, 8, true);
-    } else {
-        // The fresh group is never shown: stripping its footer changes nothing on screen.
-        footerGroup->removePropertyForKey("footerText");
-        removeSpecifierAtIndex(2);
-        insertSpecifier(fresh->objectAtIndex(3), 3, false);
-    }
+    rows::applyFavourites(*this, *loadSpecifiersFromPlistName(kResource, shared_from_this()),
+                          value.boolValue(), false);
 }
 
 void PhoneAppSettingsController::registerClass(plat::Runtime& runtime) {
@@ -78,20 +69,10 @@ void PhoneAppSettingsController::registerClass(plat::Runtime& runtime) {
     runtime.registerClass(
         "PhoneAppSettingsController", "VeltoBaseSettingsController",
         [] { return std::make_shared<Self>(); }, kBundlePath);
-    runtime.addMethod("PhoneAppSettingsController", "phoneAppEnabledOrDisabled:specifier:",
-                      plat::bindMethod<Self>([](Self& self, const plat::Arguments& args) {
-                          self.phoneAppEnabledOrDisabled(
-                              plat::argumentAt(args, 0),
-                              plat::argumentAt(args, 1).as<plat::Specifier>());
-                          return plat::Value();
-                      }));
-    runtime.addMethod("PhoneAppSettingsController", "favoritesEnabledOrDisabled:specifier:",
-                      plat::bindMethod<Self>([](Self& self, const plat::Arguments& args) {
-                          self.favoritesEnabledOrDisabled(
-                              plat::argumentAt(args, 0),
-                              plat::argumentAt(args, 1).as<plat::Specifier>());
-                          return plat::Value();
-                      }));
+    plat::addSetter(runtime, "PhoneAppSettingsController",
+                    "phoneAppEnabledOrDisabled:specifier:", &Self::phoneAppEnabledOrDisabled);
+    plat::addSetter(runtime, "PhoneAppSettingsController",
+                    "favoritesEnabledOrDisabled:specifier:", &Self::favoritesEnabledOrDisabled);
 }
 
 }  // namespace velto

@@ -18,4 +18,20 @@ void insertAtOwnIndexes(plat::ListController& page, const plat::SpecifierArray& 
         page.insertSpecifier(fresh.objectAtIndex(i), i, animated);
 }
 
+void applyFavourites(plat::ListController& page, const plat::SpecifierArray& fresh, bool on,
+                     bool animateRemoval) {
+    auto footerGroup = fresh.objectAtIndex(2);
+    if (on) {
+        if (animateRemoval)
+            page.removeSpecifierAtIndex(2, true);
+        else
+            page.removeSpecifierAtIndex(2);
+        insertAtOwnIndexes(page, fresh, 2, 8, true);
+    } else {
+        footerGroup->removePropertyForKey("footerText");
+        page.removeSpecifierAtIndex(2);
+        page.insertSpecifier(fresh.objectAtIndex(3), 3, false);
+    }
+}
+
 }  // namespace velto::rows

@@ -19,4 +19,12 @@ void removeShownDownToTwo(plat::ListController& page, std::size_t start, bool an
 void insertAtOwnIndexes(plat::ListController& page, const plat::SpecifierArray& fresh,
                         std::size_t from, std::size_t end, bool animated);
 
+// The favourites switch of the Phone and FaceTime pages, once the value is stored, given a
+// fresh load of the page's file. On: row 2 goes (animated on FaceTime only) and file rows 2..7
+// come in animated: a fixed six, whatever the page holds, never de-duplicated. Off: the
+// fresh footer group loses its footer (it is never shown, so nothing changes on screen), row 2
+// goes and file row 3 comes back at 3, neither animated.
+void applyFavourites(plat::ListController& page, const plat::SpecifierArray& fresh, bool on,
+                     bool animateRemoval);
+
 }  // namespace velto::rows
