@@ -10,6 +10,9 @@ namespace velto {
 
 void registerContractClasses() {
     auto& runtime = plat::Runtime::shared();
+    // The shared-settings class is reached by name at run time by code that does not link
+    // the library (the Mail avatars); the name must be known to the runtime.
+    runtime.registerClass("VeltoSettings", "NSObject");
     VeltoBaseSettingsController::registerClass(runtime);
     VeltoBaseMessagesSettingsController::registerClass(runtime);
     NVMiscSettingsViewController::registerClass(runtime);

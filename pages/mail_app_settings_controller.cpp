@@ -1,0 +1,242 @@
+#include "pages/mail_app_settings_controller.h"
+
+#include <algorithm>
+#include <optional>
+
+#include "contract/enabled_query.h"
+#include "contract/velto_utils.h"
+#include "core/settings_catalogue.h"
+#include "pages/mail_avatar_files.h"
+#include "platform/prefs/runtime.h"
+#include "platform/prefs/selectors.h"
+#include "platform/prefs/table_cell.h"
+#include "platform/prefs/user_defaults.h"
+#include "platform/system/bundle.h"
+#include "platform/system/log.h"
+#include "platform/system/process.h"
+#include "platform/ui/alert_controller.h"
+
+namespace velto {
+
+namespace {
+
+const char* const kResource = "MailApp";
+
+std::string localized(const std::string& key) {
+    return plat::Bundle::mainBundle().localizedStringForKey(key, "", "");
+}
+
+// The cell the Settings application made for a row, where popovers point on an iPad. A row
+// that was never shown has none, and the popover then points at nothing.
+std::shared_ptr<plat::TableCell> cellOf(const plat::SpecifierPtr& specifier) {
+    if (!specifier) return nullptr;
+    return specifier->propertyForKey(plat::pskey::CellObject).as<plat::TableCell>();
+}
+
+void anchorOnCell(plat::ViewController& controller, const plat::SpecifierPtr& specifier) {
+    const auto cell = cellOf(specifier);
+    auto& popover = controller.popoverPresentationController();
+    popover.setSourceView(cell);
+    popover.setSourceRect(cell ? cell->bounds() : plat::Rect{});
+}
+
+// Cuts one row's icon round or square. The icon is handed over even when the row has none;
+// whatever comes back empty leaves the old icon in place.
+void reshapeIcon(const plat::SpecifierPtr& row, bool round) {
+    const auto icon = row->propertyForKey(plat::pskey::IconImage).as<plat::Image>();
+    const auto shaped = round ? VeltoUtils::roundedImage(icon) : VeltoUtils::squareImage(icon);
+    if (shaped) row->setProperty(plat::Value(shaped), plat::pskey::IconImage);
+}
+
+}  // namespace
+
+std::shared_ptr<plat::ImagePickerController> MailAppSettingsController::imagePicker() {
+    return plat::Process::current().slots().get<plat::ImagePickerController>(kImagePickerSlot);
+}
+
+std::shared_ptr<plat::ViewController> MailAppSettingsController::popover() {
+    return plat::Process::current().slots().get<plat::ViewController>(kPopoverSlot);
+}
+
+bool MailAppSettingsController::isEnabledForKey(const std::string& key,
+                                                const std::string& settingsFileName) {
+    return enabledQuery(key, settingsFileName);
+}
+
+bool MailAppSettingsController::isMailAppEnabled() {
+    return isEnabledForKey(keys::kMail, files::kMainSettings);
+}
+
+bool MailAppSettingsController::isRoundPicsEnabled(const std::string& settingsFileName) {
+    return isEnabledForKey(keys::kRoundedPictures, settingsFileName);
+}
+
+std::vector<std::string> MailAppSettingsController::getImageCellSpecifierNames() {
+    return {"Default Avatar", "My Avatar", "Default Group Avatar"};
+}
+
+plat::SpecifierArrayPtr MailAppSettingsController::specifiers() {
+    if (heldSpecifiers()) return heldSpecifiers();
+    auto list = loadSpecifiersFromPlistName(kResource, shared_from_this());
+    if (!isMailAppEnabled()) {
+        // Unsigned on purpose, as the rows were always counted: a list shorter than one row
+        // wraps to a huge start and the first removal raises.
+        for (std::size_t i = list->count() - 1; i > 1; --i)
+            list->removeObjectAtIndex(i);
+    }
+    setHeldSpecifiers(list);
+    setPicturesForSpecifiers(heldSpecifiers(), isRoundPicsEnabled(files::kMainSettings));
+    return heldSpecifiers();
+}
+
+void MailAppSettingsController::setPicturesForSpecifiers(const plat::SpecifierArrayPtr& specifiers,
+                                                         bool round) {
+    if (!specifiers) return;
+    const auto names = getImageCellSpecifierNames();
+    for (const auto& row : *specifiers) {
+        if (!row->name() || std::find(names.begin(), names.end(), *row->name()) == names.end())
+            continue;
+        reshapeIcon(row, round);
+    }
+}
+
+void MailAppSettingsController::insertSpecifier(const plat::SpecifierPtr& specifier,
+                                                std::size_t index, bool animated) {
+    if (specifier && !specifier->propertyForKey(plat::pskey::IconImage).isNil() &&
+        specifier->name()) {
+        const auto names = getImageCellSpecifierNames();
+        if (std::find(names.begin(), names.end(), *specifier->name()) != names.end())
+            reshapeIcon(specifier, isRoundPicsEnabled(files::kMainSettings));
+    }
+    VeltoBaseSettingsController::insertSpecifier(specifier, index, animated);
+}
+
+void MailAppSettingsController::mailAppEnabledOrDisabled(const plat::Value& value,
+                                                         const plat::SpecifierPtr& specifier) {
+    setPreferenceValue(value, specifier);
+    plat::UserDefaults::standardUserDefaults().synchronize();
+    const auto shown = heldSpecifiers();
+    if (!shown) return;
+    if (value.boolValue()) {
+        // Nothing checks whether the dependent rows are there already: switching on twice
+        // shows them twice.
+        const auto fresh = loadSpecifiersFromPlistName(kResource, shared_from_this());
+        for (std::size_t i = 2; i < fresh->count(); ++i)
+            insertSpecifier(fresh->objectAtIndex(i), i, true);
+    } else {
+        for (std::size_t i = shown->count() - 1; i > 1; --i)
+            removeSpecifierAtIndex(i, true);
+    }
+}
+
+void MailAppSettingsController::selectDefaultAvatarMail(const plat::SpecifierPtr& specifier) {
+    auto picker = std::make_shared<plat::ImagePickerController>();
+    plat::Process::current().slots().set(kImagePickerSlot, picker);
+    picker->setAllowsEditing(true);
+    picker->setDelegate(std::dynamic_pointer_cast<MailAppSettingsController>(shared_from_this()));
+    picker->setSourceType(plat::UIImagePickerControllerSourceTypePhotoLibrary);
+    if (VeltoUtils::isIPad()) {
+        picker->setModalPresentationStyle(plat::UIModalPresentationPopover);
+        anchorOnCell(*picker, specifier);
+    }
+    presentViewController(picker, true, nullptr);
+}
+
+void MailAppSettingsController::imagePickerControllerDidFinishPickingMediaWithInfo(
+    plat::ImagePickerController&, plat::Value info) {
+    auto& slots = plat::Process::current().slots();
+    if (VeltoUtils::isIPad()) {
+        // Nothing ever puts a popover here; the check stays for the day something does.
+        const auto shownPopover = popover();
+        if (shownPopover && shownPopover->presentingViewController()) {
+            shownPopover->dismissViewControllerAnimated(true, nullptr);
+            slots.set<plat::ViewController>(kPopoverSlot, nullptr);
+        }
+    }
+    // Only the cropped picture counts; the original is never used.
+    if (const auto edited =
+            info.objectForKey(plat::UIImagePickerControllerEditedImage).as<plat::Image>())
+        storeChosenPicture(edited);
+    if (const auto picker = imagePicker()) picker->dismissViewControllerAnimated(true, nullptr);
+    slots.set<plat::ImagePickerController>(kImagePickerSlot, nullptr);
+}
+
+void MailAppSettingsController::imagePickerControllerDidCancel(plat::ImagePickerController&) {
+    // The older modal dismissal, unlike the finished pick's: each stays where it is.
+    if (const auto picker = imagePicker()) picker->dismissModalViewControllerAnimated(true);
+    plat::Process::current().slots().set<plat::ImagePickerController>(kImagePickerSlot, nullptr);
+}
+
+void MailAppSettingsController::restoreAvatarsMail(const plat::SpecifierPtr& specifier) {
+    auto sheet = plat::AlertController::alertControllerWithTitle(
+        std::nullopt, std::nullopt, plat::UIAlertControllerStyleActionSheet);
+    const std::weak_ptr<MailAppSettingsController> weakSelf =
+        std::dynamic_pointer_cast<MailAppSettingsController>(shared_from_this());
+    sheet->addAction(plat::AlertAction::actionWithTitle(localized("Default Avatar"),
+                                                        plat::UIAlertActionStyleDestructive,
+                                                        [weakSelf](plat::AlertAction&) {
+                                                            if (const auto self = weakSelf.lock())
+                                                                self->restoreStockAvatar();
+                                                        }));
+    if (VeltoUtils::isIPad()) {
+        // A popover at the button; tapping outside it is the way out, so no Cancel.
+        anchorOnCell(*sheet, specifier);
+    } else {
+        const std::weak_ptr<plat::AlertController> weakSheet = sheet;
+        sheet->addAction(plat::AlertAction::actionWithTitle(
+            localized("Cancel"), plat::UIAlertActionStyleCancel, [weakSheet](plat::AlertAction&) {
+                if (const auto shown = weakSheet.lock())
+                    shown->dismissViewControllerAnimated(true, nullptr);
+            }));
+    }
+    presentViewController(sheet, true, nullptr);
+}
+
+void MailAppSettingsController::storeChosenPicture(const plat::ImagePtr& image) {
+    saveDefaultContactImage(image);
+    saveDefaultContactImageThumbnail(image);
+    reloadSpecifiers();
+    plat::NSLog("Posting notification....");
+    // Only now: a listener that reacts reads finished files.
+    mail::postAvatarsChanged();
+}
+
+void MailAppSettingsController::restoreStockAvatar() {
+    preparePathAndRemoveItem(mail::avatarImagePath());
+    preparePathAndRemoveItem(mail::avatarThumbnailPath());
+    // Only the thumbnail comes back, from the stock picture; the full image stays away.
+    saveDefaultContactImageThumbnail(plat::Image::imageWithContentsOfFile(mail::stockAvatarPath()));
+    reloadSpecifiers();
+    mail::postAvatarsChanged();
+}
+
+void MailAppSettingsController::saveDefaultContactImage(const plat::ImagePtr& image) {
+    mail::saveAvatar(image, mail::AvatarFile::Image);
+}
+
+void MailAppSettingsController::saveDefaultContactImageThumbnail(const plat::ImagePtr& image) {
+    mail::saveAvatar(image, mail::AvatarFile::Thumbnail);
+}
+
+void MailAppSettingsController::removeItemAtPath(const std::string& path) {
+    mail::removeAvatarItem(path);
+}
+
+void MailAppSettingsController::preparePathAndRemoveItem(const std::string& path) {
+    removeItemAtPath(path);
+}
+
+void MailAppSettingsController::registerClass(plat::Runtime& runtime) {
+    using Self = MailAppSettingsController;
+    runtime.registerClass(
+        "MailAppSettingsController", "VeltoBaseSettingsController",
+        [] { return std::make_shared<Self>(); }, kBundlePath);
+    plat::addSetter(runtime, "MailAppSettingsController",
+                    "mailAppEnabledOrDisabled:specifier:", &Self::mailAppEnabledOrDisabled);
+    plat::addAction(runtime, "MailAppSettingsController",
+                    "selectDefaultAvatarMail:", &Self::selectDefaultAvatarMail);
+    plat::addAction(runtime, "MailAppSettingsController",
+                    "restoreAvatarsMail:", &Self::restoreAvatarsMail);
+}
+
+}  // namespace velto
