@@ -1,0 +1,45 @@
+#include "app/batch_run.h"
+
+#include "app/step_error.h"
+
+namespace velto::app {
+
+int runArgumentSteps(StepRunner& runner, Renderer& renderer,
+                     const std::vector<std::string>& steps) {
+    std::vector<Step> parsed;
+    for (const std::string& text : steps) {
+        try {
+            if (auto step = parseStep(text)) parsed.push_back(*step);
+        } catch (const StepError& e) {
+            renderer.error(text, e.what());
+            return kExitStepFailed;
+        }
+    }
+    for (const Step& step : parsed) {
+        const auto outcome = runner.run(step);
+        if (outcome == StepRunner::Outcome::Failed) return kExitStepFailed;
+        if (outcome == StepRunner::Outcome::Quit) break;
+    }
+    return kExitOk;
+}
+
+int runStepStream(StepRunner& runner, Renderer& renderer, std::istream& in) {
+    std::size_t lineNumber = 0;
+    for (std::string line; std::getline(in, line);) {
+        ++lineNumber;
+        std::optional<Step> step;
+        try {
+            step = parseStep(line);
+        } catch (const StepError& e) {
+            renderer.error(line, "line " + std::to_string(lineNumber) + ": " + e.what());
+            return kExitStepFailed;
+        }
+        if (!step) continue;
+        const auto outcome = runner.run(*step);
+        if (outcome == StepRunner::Outcome::Failed) return kExitStepFailed;
+        if (outcome == StepRunner::Outcome::Quit) break;
+    }
+    return kExitOk;
+}
+
+}  // namespace velto::app

@@ -1,0 +1,152 @@
+#include "app/command_line.h"
+
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <fstream>
+#include <iostream>
+#include <nlohmann/json.hpp>
+
+#include "app/batch_run.h"
+#include "app/defaults_command.h"
+#include "app/device_init_command.h"
+#include "app/device_location.h"
+#include "app/human_renderer.h"
+#include "app/interactive.h"
+#include "app/json_renderer.h"
+#include "app/session.h"
+#include "app/step.h"
+#include "app/step_runner.h"
+
+namespace velto::app {
+
+namespace {
+
+struct Options {
+    std::optional<std::string> device;
+    bool json = false;
+    std::vector<std::string> steps;
+    std::string runFile;
+    DeviceInitRequest deviceInit;
+    std::string domain;
+    std::optional<std::string> key;
+};
+
+int trouble(bool json, const std::string& message) {
+    if (json)
+        std::cerr << nlohmann::json({{"error", message}, {"step", nullptr}}).dump() << "\n";
+    else
+        std::cerr << "velto-settings: " << message << "\n";
+    return kExitTrouble;
+}
+
+std::unique_ptr<Renderer> makeRenderer(bool json) {
+    if (json) return std::make_unique<JsonRenderer>(std::cout, std::cerr);
+    return std::make_unique<HumanRenderer>(std::cout, std::cerr, ::isatty(STDOUT_FILENO) != 0,
+                                           ::isatty(STDERR_FILENO) != 0);
+}
+
+// Steps from the arguments, from `run FILE|-`, or the interactive session (a printed root
+// page when standard input is not a terminal).
+int runSession(const Options& options, bool fromFile) {
+    std::filesystem::path device;
+    std::ifstream file;
+    try {
+        if (fromFile && options.runFile != "-") {
+            file.open(options.runFile);
+            if (!file) return trouble(options.json, "cannot read " + options.runFile);
+        }
+        device = prepareDevice(options.device);
+    } catch (const std::exception& e) {
+        return trouble(options.json, e.what());
+    }
+
+    auto renderer = makeRenderer(options.json);
+    std::unique_ptr<Session> session;
+    try {
+        session = std::make_unique<Session>(device);
+    } catch (const std::exception& e) {
+        return trouble(options.json,
+                       "the Settings application could not start: " + std::string(e.what()));
+    }
+    StepRunner runner(*session, *renderer);
+
+    if (fromFile) return runStepStream(runner, *renderer, options.runFile == "-" ? std::cin : file);
+    if (!options.steps.empty()) return runArgumentSteps(runner, *renderer, options.steps);
+    if (::isatty(STDIN_FILENO))
+        return runInteractive(runner, *renderer, std::cin, std::cout, !options.json);
+    return runner.run(showStep()) == StepRunner::Outcome::Failed ? kExitStepFailed : kExitOk;
+}
+
+int runDefaults(const Options& options, CLI::App& read, CLI::App& write, CLI::App& remove) {
+    std::filesystem::path device;
+    try {
+        device = prepareDevice(options.device);
+    } catch (const std::exception& e) {
+        return trouble(options.json, e.what());
+    }
+    DefaultsIo io{std::cout, std::cerr, options.json};
+    if (read.parsed()) return defaultsRead(device, options.domain, options.key, io);
+    if (remove.parsed()) return defaultsDelete(device, options.domain, options.key, io);
+    // write takes its arguments unparsed: "-bool" is a type, not an option of ours.
+    std::vector<std::string> arguments = write.remaining();
+    if (arguments.empty()) return trouble(options.json, "defaults write needs a DOMAIN");
+    const std::string domain = arguments.front();
+    arguments.erase(arguments.begin());
+    return defaultsWrite(device, domain, arguments, io);
+}
+
+}  // namespace
+
+int runCommandLine(int argc, char** argv) {
+    Options options;
+    CLI::App app{
+        "velto-settings: the Settings application for the VeltoSettings bundle, on a device root."};
+    app.footer(stepHelp());
+    app.fallthrough();
+    app.add_option("--device", options.device, "device root folder (default: the demo device)");
+    app.add_flag("--json", options.json, "JSON Lines output");
+    app.add_option("STEP", options.steps,
+                   "steps to run, one per argument, e.g. 'open Lock Screen'");
+
+    CLI::App* run =
+        app.add_subcommand("run", "run steps from FILE, one per line ('-': standard input)");
+    run->add_option("FILE", options.runFile)->required();
+
+    CLI::App* device = app.add_subcommand("device", "device roots");
+    device->require_subcommand(1);
+    CLI::App* init = device->add_subcommand("init", "create a device root");
+    declareDeviceInit(*init, options.deviceInit);
+
+    CLI::App* defaults = app.add_subcommand("defaults", "read and change preferences domains");
+    defaults->require_subcommand(1);
+    CLI::App* read = defaults->add_subcommand("read", "print a domain, or one key of it");
+    read->add_option("DOMAIN", options.domain)->required();
+    read->add_option("KEY", options.key);
+    CLI::App* write =
+        defaults->add_subcommand("write", "DOMAIN KEY -bool|-int|-float|-string VALUE");
+    write->prefix_command();
+    write->fallthrough(false);
+    CLI::App* remove = defaults->add_subcommand("delete", "remove one key, or the whole domain");
+    remove->add_option("DOMAIN", options.domain)->required();
+    remove->add_option("KEY", options.key);
+
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& e) {
+        const int status = app.exit(e);
+        return status == 0 ? kExitOk : kExitTrouble;
+    }
+
+    const bool subcommand = run->parsed() || device->parsed() || defaults->parsed();
+    if (subcommand && !options.steps.empty())
+        return trouble(options.json, "steps cannot be given together with " +
+                                         std::string(run->parsed()      ? "run"
+                                                     : device->parsed() ? "device"
+                                                                        : "defaults"));
+    if (init->parsed()) return runDeviceInit(options.deviceInit, options.json);
+    if (defaults->parsed()) return runDefaults(options, *read, *write, *remove);
+    return runSession(options, run->parsed());
+}
+
+}  // namespace velto::app

@@ -1,0 +1,96 @@
+#include "app/device_init_command.h"
+
+#include <CLI/CLI.hpp>
+#include <iostream>
+#include <nlohmann/json.hpp>
+#include <regex>
+
+#include "app/batch_run.h"
+#include "app/device_location.h"
+#include "device/demo_device.h"
+#include "device/device_init.h"
+
+namespace velto::app {
+
+void declareDeviceInit(CLI::App& command, DeviceInitRequest& request) {
+    command.add_option("DIR", request.folder, "folder of the new device root")->required();
+    command.add_option("--family", request.family, "iphone, ipad or ipod")
+        ->check(CLI::IsMember({"iphone", "ipad", "ipod"}))
+        ->capture_default_str();
+    command.add_option("--system-version", request.systemVersion, "X.Y[.Z]")->capture_default_str();
+    command.add_option("--scale", request.scale, "screen scale: 1, 2 or 3")
+        ->check(CLI::IsMember({1, 2, 3}))
+        ->capture_default_str();
+    command.add_flag("--no-facetime", request.noFaceTime, "the device offers no FaceTime");
+    command
+        .add_option("--app", request.apps,
+                    "an installed application: ID[,NAME[,system|user]], or whatsapp, bitesms, "
+                    "ringledger, recents (repeatable)")
+        ->allow_extra_args(false);
+    command
+        .add_option("--package", request.packages,
+                    "a package of the dpkg database: ID=VERSION (repeatable)")
+        ->allow_extra_args(false);
+    command.add_flag("--no-extension", request.noExtension,
+                     "the extension does not answer requests");
+    command.add_flag("--demo", request.demo,
+                     "the demo content: about thirty apps, the product installed, on");
+}
+
+namespace {
+
+plat::DeviceFamily familyOf(const std::string& name) {
+    if (name == "ipad") return plat::DeviceFamily::iPad;
+    if (name == "ipod") return plat::DeviceFamily::iPod;
+    return plat::DeviceFamily::iPhone;
+}
+
+int fail(bool json, const std::string& message) {
+    if (json)
+        std::cerr << nlohmann::json({{"error", message}}).dump() << "\n";
+    else
+        std::cerr << "velto-settings: device init: " << message << "\n";
+    return kExitTrouble;
+}
+
+}  // namespace
+
+int runDeviceInit(const DeviceInitRequest& request, bool json) {
+    device::DeviceOptions options;
+    options.family = familyOf(request.family);
+    if (!std::regex_match(request.systemVersion, std::regex("[0-9]+\\.[0-9]+(\\.[0-9]+)?")))
+        return fail(json, "'" + request.systemVersion + "' is not a system version (X.Y[.Z])");
+    options.systemVersion = request.systemVersion;
+    options.scale = request.scale;
+    options.faceTime = !request.noFaceTime;
+    options.extensionAnswers = !request.noExtension;
+    for (const std::string& text : request.apps) {
+        std::string error;
+        auto app = device::parseAppSpec(text, &error);
+        if (!app) return fail(json, "--app " + error);
+        options.apps.push_back(*app);
+    }
+    for (const std::string& text : request.packages) {
+        std::string error;
+        auto package = device::parsePackageSpec(text, &error);
+        if (!package) return fail(json, "--package " + error);
+        options.packages.push_back(*package);
+    }
+    if (request.demo) device::addDemoContent(options);
+
+    try {
+        device::initDevice(request.folder, options, resourcesFolder());
+    } catch (const std::exception& e) {
+        return fail(json, e.what());
+    }
+    if (json)
+        std::cout
+            << nlohmann::json({{"device", request.folder}, {"apps", options.apps.size()}}).dump()
+            << "\n";
+    else
+        std::cout << "device written to " << request.folder << " (" << options.apps.size()
+                  << " apps)\n";
+    return kExitOk;
+}
+
+}  // namespace velto::app

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace CLI {
+class App;
+}
+
+namespace velto::app {
+
+// `device init DIR [options]`: the options as the command line gives them.
+struct DeviceInitRequest {
+    std::string folder;
+    std::string family = "iphone";
+    std::string systemVersion = "14.4";
+    int scale = 3;
+    bool noFaceTime = false;
+    bool noExtension = false;
+    bool demo = false;
+    std::vector<std::string> apps;
+    std::vector<std::string> packages;
+};
+
+// Declares the subcommand's arguments on `command`, filling `request`.
+void declareDeviceInit(CLI::App& command, DeviceInitRequest& request);
+
+// Writes the device; answers the exit status, with a message on `err` on failure.
+int runDeviceInit(const DeviceInitRequest& request, bool json);
+
+}  // namespace velto::app

@@ -1,0 +1,204 @@
+#include "app/human_renderer.h"
+
+#include <algorithm>
+#include <sstream>
+
+namespace velto::app {
+
+namespace {
+
+const char* const kBold = "1";
+const char* const kDim = "2";
+const char* const kRed = "31";
+const char* const kGreen = "32";
+const char* const kYellow = "33";
+const char* const kCyan = "36";
+
+constexpr std::size_t kLabelWidth = 34;
+constexpr std::size_t kFooterWidth = 64;
+constexpr std::size_t kIconWidth = 14;
+
+// Columns a UTF-8 text takes: one per code point, which holds for the labels we show.
+std::size_t columns(const std::string& text) {
+    return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), [](char c) {
+        return (static_cast<unsigned char>(c) & 0xC0) != 0x80;
+    }));
+}
+
+std::string padded(const std::string& text, std::size_t width) {
+    const std::size_t used = columns(text);
+    return used >= width ? text : text + std::string(width - used, ' ');
+}
+
+std::string upper(std::string text) {
+    for (char& c : text)
+        if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
+    return text;
+}
+
+// Breaks a footer into lines of at most `width` columns, at spaces.
+std::vector<std::string> wrapped(const std::string& text, std::size_t width) {
+    std::vector<std::string> lines;
+    std::istringstream words(text);
+    std::string line;
+    for (std::string word; words >> word;) {
+        if (!line.empty() && columns(line) + 1 + columns(word) > width) {
+            lines.push_back(line);
+            line.clear();
+        }
+        line += (line.empty() ? "" : " ") + word;
+    }
+    if (!line.empty()) lines.push_back(line);
+    return lines;
+}
+
+}  // namespace
+
+std::string HumanRenderer::paint(const char* code, const std::string& text) const {
+    if (!colour_) return text;
+    return std::string("\033[") + code + "m" + text + "\033[0m";
+}
+
+void HumanRenderer::row(const RowView& row) {
+    std::string line = "  " + padded("#" + std::to_string(row.index), 4) + " ";
+    line += padded(row.label.value_or(""), kLabelWidth);
+    const std::string icon = row.icon ? "[icon " + std::to_string(row.icon->width) + "x" +
+                                            std::to_string(row.icon->height) + "]"
+                                      : "";
+    line += " " + paint(kDim, padded(icon, kIconWidth));
+    if (row.value) line += " " + (*row.value ? paint(kGreen, "[ on]") : paint(kDim, "[off]"));
+    if (row.detail) line += " " + paint(kCyan, ">");
+    if (row.cell == "PSButtonCell") line += " " + paint(kCyan, "(button)");
+    // Trailing blanks of the padding serve no one.
+    line.erase(line.find_last_not_of(' ') + 1);
+    out_ << line << "\n";
+}
+
+void HumanRenderer::presented(const PresentedView& presented) {
+    std::string head = presented.kind == "other" ? presented.className : presented.kind;
+    if (presented.popover) head += " (popover)";
+    out_ << "\n  " << paint(kYellow, "┌ " + head)
+         << (presented.title ? ": " + paint(kBold, *presented.title) : "") << "\n";
+    if (presented.message)
+        for (const std::string& line : wrapped(*presented.message, kFooterWidth))
+            out_ << "  │ " << line << "\n";
+    if (!presented.actions.empty()) {
+        std::string actions;
+        for (const ActionView& action : presented.actions) {
+            actions += (actions.empty() ? "" : "  ") + paint(kBold, "[" + action.title + "]");
+            if (action.style != "default") actions += " " + action.style;
+        }
+        out_ << "  │ " << actions << "\n";
+    }
+    out_ << "  " << paint(kYellow, "└") << "\n";
+}
+
+void HumanRenderer::journalLine(const plat::JournalEntry& entry, std::size_t runLength,
+                                std::optional<std::int64_t> lastIndex) {
+    using Kind = plat::JournalEntry::Kind;
+    std::string what;
+    switch (entry.kind) {
+        case Kind::Notification:
+        case Kind::LocalNotification:
+            what = entry.name;
+            break;
+        case Kind::Log:
+        case Kind::Shell:
+            what = entry.text;
+            break;
+        case Kind::Request:
+            what = entry.name + (runLength > 1 ? " x" + std::to_string(runLength) : "") +
+                   (entry.replied ? " (replied)" : " (no reply)");
+            break;
+        case Kind::Insert:
+        case Kind::Remove:
+        case Kind::Reload:
+            what = entry.index ? "#" + std::to_string(*entry.index) : "all rows";
+            if (lastIndex) what += " to #" + std::to_string(*lastIndex);
+            if (entry.animated) what += ", animated";
+            break;
+        case Kind::Present:
+            what = entry.name + (entry.text.empty() ? "" : " \"" + entry.text + "\"");
+            break;
+        case Kind::Dismiss:
+            what = entry.name + " (" + entry.text + ")";
+            break;
+        case Kind::Navigation:
+            what = entry.text + " " + entry.name;
+            break;
+        case Kind::Synchronize:
+            break;
+        case Kind::PreferenceWrite:
+            what = entry.name + " " + entry.text;
+            break;
+    }
+    const std::string kind = plat::kindName(entry.kind);
+    // The padding stays outside the colour, so a line with nothing after its kind ends clean.
+    out_ << "  " << paint(kDim, "· " + kind);
+    if (!what.empty()) out_ << padded("", 19 - std::min<std::size_t>(kind.size(), 18)) << what;
+    out_ << "\n";
+}
+
+void HumanRenderer::journal(const std::vector<plat::JournalEntry>& entries) {
+    using Kind = plat::JournalEntry::Kind;
+    // Runs of the same thing (a row inserted after the other, one icon request per row) read
+    // better as one line; the JSON output keeps every entry.
+    for (std::size_t i = 0; i < entries.size();) {
+        const plat::JournalEntry& first = entries[i];
+        const bool listOperation = first.kind == Kind::Insert || first.kind == Kind::Remove;
+        std::size_t end = i + 1;
+        while (end < entries.size()) {
+            const plat::JournalEntry& next = entries[end];
+            if (next.kind != first.kind || next.name != first.name || next.text != first.text ||
+                next.replied != first.replied || next.animated != first.animated)
+                break;
+            if (listOperation && (!next.index || !first.index)) break;
+            if (!listOperation && first.kind != Kind::Request) break;
+            ++end;
+        }
+        if (listOperation && end - i > 1)
+            journalLine(first, 1, entries[end - 1].index);
+        else
+            journalLine(first, end - i, std::nullopt);
+        i = end;
+    }
+}
+
+void HumanRenderer::page(const PageView& page, const std::vector<plat::JournalEntry>& journal) {
+    out_ << "\n";
+    if (page.depth > 1) out_ << paint(kCyan, "< Back") << "   ";
+    out_ << paint(kBold, page.title.value_or("(untitled)")) << "  " << paint(kDim, page.className)
+         << "\n";
+
+    for (const SectionView& section : page.sections) {
+        const RowView* header = section.header ? &page.rows[*section.header] : nullptr;
+        out_ << "\n";
+        if (header && header->label && !header->label->empty())
+            out_ << "  " << paint(kDim, upper(*header->label)) << "\n";
+        for (std::size_t index : section.rows)
+            row(page.rows[index]);
+        if (header && header->footer)
+            for (const std::string& line : wrapped(*header->footer, kFooterWidth))
+                out_ << "       " << paint(kDim, line) << "\n";
+    }
+    if (page.sections.empty()) out_ << "\n  " << paint(kDim, "(no rows)") << "\n";
+    if (page.presented) presented(*page.presented);
+
+    if (!journal.empty()) {
+        out_ << "\n";
+        this->journal(journal);
+    }
+    out_.flush();
+}
+
+void HumanRenderer::error(const std::string& step, const std::string& message) {
+    const std::string prefix =
+        colourErrors_ ? std::string("\033[") + kRed + "merror:\033[0m " : "error: ";
+    err_ << prefix << (step.empty() ? "" : step + ": ") << message << std::endl;
+}
+
+void HumanRenderer::note(const std::string& text) {
+    out_ << text << std::flush;
+}
+
+}  // namespace velto::app

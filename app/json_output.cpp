@@ -1,0 +1,161 @@
+#include "app/json_output.h"
+
+namespace velto::app {
+
+using json = nlohmann::ordered_json;
+
+namespace {
+
+json optional(const std::optional<std::string>& text) {
+    return text ? json(*text) : json(nullptr);
+}
+
+json rowJson(const RowView& row) {
+    json out = {{"index", row.index},
+                {"cell", row.cell},
+                {"label", optional(row.label)},
+                {"id", optional(row.id)},
+                {"footer", optional(row.footer)},
+                {"value", row.value ? json(*row.value) : json(nullptr)},
+                {"detail", optional(row.detail)},
+                {"action", optional(row.action)},
+                {"icon", nullptr}};
+    if (row.icon) out["icon"] = {{"width", row.icon->width}, {"height", row.icon->height}};
+    return out;
+}
+
+json presentedJson(const std::optional<PresentedView>& presented) {
+    if (!presented) return nullptr;
+    json actions = json::array();
+    for (const ActionView& action : presented->actions)
+        actions.push_back({{"title", action.title}, {"style", action.style}});
+    return {{"kind", presented->kind},
+            {"class", presented->className},
+            {"title", optional(presented->title)},
+            {"message", optional(presented->message)},
+            {"actions", actions},
+            {"popover", presented->popover}};
+}
+
+std::string base64(const plat::Bytes& bytes) {
+    static const char* alphabet =
+        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    std::string out;
+    for (std::size_t i = 0; i < bytes.size(); i += 3) {
+        const std::uint32_t chunk = (bytes[i] << 16) |
+                                    (i + 1 < bytes.size() ? bytes[i + 1] << 8 : 0) |
+                                    (i + 2 < bytes.size() ? bytes[i + 2] : 0);
+        out += alphabet[(chunk >> 18) & 63];
+        out += alphabet[(chunk >> 12) & 63];
+        out += i + 1 < bytes.size() ? alphabet[(chunk >> 6) & 63] : '=';
+        out += i + 2 < bytes.size() ? alphabet[chunk & 63] : '=';
+    }
+    return out;
+}
+
+}  // namespace
+
+json journalJson(const plat::JournalEntry& entry) {
+    using Kind = plat::JournalEntry::Kind;
+    json out = {{"kind", plat::kindName(entry.kind)}};
+    switch (entry.kind) {
+        case Kind::Notification:
+        case Kind::LocalNotification:
+            out["name"] = entry.name;
+            break;
+        case Kind::Log:
+            out["text"] = entry.text;
+            break;
+        case Kind::Request:
+            out["name"] = entry.name;
+            out["center"] = entry.text;
+            out["replied"] = entry.replied;
+            break;
+        case Kind::Shell:
+            out["command"] = entry.text;
+            break;
+        case Kind::Insert:
+        case Kind::Remove:
+        case Kind::Reload:
+            out["index"] = entry.index ? json(*entry.index) : json(nullptr);
+            out["animated"] = entry.animated;
+            out["page"] = entry.name;
+            break;
+        case Kind::Present:
+            out["class"] = entry.name;
+            out["title"] = entry.text;
+            out["animated"] = entry.animated;
+            break;
+        case Kind::Dismiss:
+            out["class"] = entry.name;
+            out["how"] = entry.text;
+            break;
+        case Kind::Navigation:
+            out["class"] = entry.name;
+            out["action"] = entry.text;
+            break;
+        case Kind::Synchronize:
+            break;
+        case Kind::PreferenceWrite:
+            out["domain"] = entry.name;
+            out["key"] = entry.text;
+            break;
+    }
+    return out;
+}
+
+json pageJson(const PageView& page, const std::vector<plat::JournalEntry>& journal) {
+    json rows = json::array();
+    for (const RowView& row : page.rows)
+        rows.push_back(rowJson(row));
+    json entries = json::array();
+    for (const auto& entry : journal)
+        entries.push_back(journalJson(entry));
+    return {{"page", page.className},
+            {"title", optional(page.title)},
+            {"depth", page.depth},
+            {"rows", rows},
+            {"presented", presentedJson(page.presented)},
+            {"journal", entries}};
+}
+
+json valueJson(const plat::Value& value) {
+    using Type = plat::Value::Type;
+    switch (value.type()) {
+        case Type::Nil:
+        case Type::Null:
+            return nullptr;
+        case Type::Boolean:
+            return value.boolValue();
+        case Type::Integer:
+            if (value.isUnsignedBig()) return value.unsignedValue();
+            return value.integerValue();
+        case Type::Real:
+            return value.doubleValue();
+        case Type::String:
+            return value.str();
+        case Type::Data:
+            return {{"data", base64(*value.asData())}};
+        case Type::Date:
+            return {{"date", *value.asDate()}};
+        case Type::Array: {
+            json out = json::array();
+            for (const plat::Value& item : *value.asArray())
+                out.push_back(valueJson(item));
+            return out;
+        }
+        case Type::Dictionary: {
+            json out = json::object();
+            for (const auto& [key, item] : *value.asDictionary())
+                out[key] = valueJson(item);
+            return out;
+        }
+        case Type::Uid:
+            return {{"uid", *value.asUid()}};
+        case Type::Object:
+            return {{"object", value.asObject()->className()}};
+    }
+    return nullptr;
+}
+
+}  // namespace velto::app

@@ -1,0 +1,30 @@
+#include "app/json_renderer.h"
+
+#include "app/json_output.h"
+
+namespace velto::app {
+
+namespace {
+
+// Invalid UTF-8 from a resource must not end the session: it is shown replaced.
+std::string line(const nlohmann::ordered_json& value) {
+    return value.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
+}
+
+}  // namespace
+
+void JsonRenderer::page(const PageView& page, const std::vector<plat::JournalEntry>& journal) {
+    out_ << line(pageJson(page, journal)) << std::endl;
+}
+
+void JsonRenderer::error(const std::string& step, const std::string& message) {
+    nlohmann::ordered_json out = {{"error", message}, {"step", nullptr}};
+    if (!step.empty()) out["step"] = step;
+    err_ << line(out) << std::endl;
+}
+
+void JsonRenderer::note(const std::string& text) {
+    out_ << line({{"note", text}}) << std::endl;
+}
+
+}  // namespace velto::app

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <ostream>
+
+#include "app/renderer.h"
+
+namespace velto::app {
+
+// JSON Lines: one object per shown page on the output, one per error on the error stream.
+// Notes (help) are objects too, {"note": text}, so the output stays one JSON value per line.
+class JsonRenderer : public Renderer {
+  public:
+    JsonRenderer(std::ostream& out, std::ostream& err) : out_(out), err_(err) {}
+    void page(const PageView& page, const std::vector<plat::JournalEntry>& journal) override;
+    void error(const std::string& step, const std::string& message) override;
+    void note(const std::string& text) override;
+
+  private:
+    std::ostream& out_;
+    std::ostream& err_;
+};
+
+}  // namespace velto::app

@@ -1,0 +1,110 @@
+#include "app/page_view.h"
+
+#include "platform/ui/alert_controller.h"
+#include "platform/ui/image.h"
+#include "platform/ui/image_picker_controller.h"
+#include "platform/ui/navigation_controller.h"
+
+namespace velto::app {
+
+namespace {
+
+std::optional<std::string> stringProperty(const plat::Specifier& row, const char* key) {
+    const plat::Value value = row.propertyForKey(key);
+    if (!value.isString()) return std::nullopt;
+    return value.str();
+}
+
+std::optional<std::string> nonEmpty(const std::string& text) {
+    if (text.empty()) return std::nullopt;
+    return text;
+}
+
+RowView rowView(const plat::Specifier& row, std::size_t index) {
+    RowView view;
+    view.index = index;
+    view.cell = plat::stringFromCellType(row.cellType());
+    view.label = row.name();
+    if (row.hasExplicitIdentifier()) view.id = row.identifier();
+    view.footer = stringProperty(row, plat::pskey::FooterText);
+    view.detail = nonEmpty(row.detailControllerClass());
+    view.action = nonEmpty(row.action());
+    if (auto icon = row.propertyForKey(plat::pskey::IconImage).as<plat::Image>())
+        view.icon = RowView::Icon{icon->pixelWidth(), icon->pixelHeight()};
+    return view;
+}
+
+const char* styleName(int style) {
+    switch (style) {
+        case plat::UIAlertActionStyleCancel:
+            return "cancel";
+        case plat::UIAlertActionStyleDestructive:
+            return "destructive";
+        default:
+            return "default";
+    }
+}
+
+PresentedView presentedView(const plat::ViewController& controller) {
+    PresentedView view;
+    view.className = controller.className();
+    view.title = controller.title();
+    view.popover = controller.presentsAsPopover();
+    if (auto* alert = dynamic_cast<const plat::AlertController*>(&controller)) {
+        view.kind =
+            alert->preferredStyle() == plat::UIAlertControllerStyleAlert ? "alert" : "sheet";
+        view.message = alert->message();
+        for (const auto& action : alert->actions())
+            view.actions.push_back({action->title(), styleName(action->style())});
+    } else if (dynamic_cast<const plat::ImagePickerController*>(&controller)) {
+        view.kind = "picker";
+    } else {
+        view.kind = "other";
+    }
+    return view;
+}
+
+}  // namespace
+
+std::shared_ptr<plat::ViewController> presentedOver(const plat::ListController& page) {
+    auto presented = page.presentedViewController();
+    // Some pages present from their navigation controller rather than themselves.
+    if (!presented)
+        if (auto navigation = page.navigationController())
+            presented = navigation->presentedViewController();
+    while (presented && presented->presentedViewController())
+        presented = presented->presentedViewController();
+    return presented;
+}
+
+PageView viewOf(plat::ListController& page, std::size_t depth) {
+    PageView view;
+    view.className = page.className();
+    view.depth = depth;
+
+    plat::SpecifierArrayPtr list = page.heldSpecifiers();
+    if (!list) list = page.specifiers();
+    view.title = page.navigationItem().title();
+    if (list)
+        for (std::size_t i = 0; i < list->count(); ++i)
+            view.rows.push_back(rowView(*list->objectAtIndex(i), i));
+
+    for (std::size_t section = 0; section < page.numberOfGroups(); ++section) {
+        SectionView shown;
+        if (auto group = page.groupSpecifierForSection(section); group && list)
+            shown.header = list->indexOfObject(group);
+        for (std::size_t row = 0; row < page.rowsForGroup(section); ++row) {
+            const std::size_t index = page.indexForRow(row, section);
+            shown.rows.push_back(index);
+            auto cell = page.tableViewCellForRowAtIndexPath(row, section);
+            if (cell && cell->control() && index < view.rows.size())
+                view.rows[index].value = cell->control()->isOn();
+        }
+        view.sections.push_back(std::move(shown));
+    }
+
+    if (auto presented = presentedOver(page)) view.presented = presentedView(*presented);
+    return view;
+}
+
+}  // namespace velto::app

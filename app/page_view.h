@@ -1,0 +1,69 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/prefs/list_controller.h"
+
+namespace velto::app {
+
+// What the user sees of one row. Switch values come from the cell the page made for the row,
+// so they show what the page's own cell hooks say.
+struct RowView {
+    std::size_t index = 0;
+    std::string cell;  // PSGroupCell, PSLinkCell, PSSwitchCell...
+    std::optional<std::string> label;
+    std::optional<std::string> id;  // only an identifier of its own; never the label standing in
+    std::optional<std::string> footer;
+    std::optional<bool> value;  // switches only
+    std::optional<std::string> detail;
+    std::optional<std::string> action;
+    struct Icon {
+        int width, height;
+    };
+    std::optional<Icon> icon;
+    bool group() const { return cell == "PSGroupCell"; }
+};
+
+// A section of the table: the group row heading it (none for rows before the first group)
+// and the flat indexes of its rows.
+struct SectionView {
+    std::optional<std::size_t> header;
+    std::vector<std::size_t> rows;
+};
+
+struct ActionView {
+    std::string title;
+    std::string style;  // default, cancel, destructive
+};
+
+// The controller presented over the page: an alert, an action sheet, the photo picker, or
+// something else ("other", named by its class).
+struct PresentedView {
+    std::string kind;
+    std::string className;
+    std::optional<std::string> title;
+    std::optional<std::string> message;
+    std::vector<ActionView> actions;
+    bool popover = false;
+};
+
+struct PageView {
+    std::string className;
+    std::optional<std::string> title;
+    std::size_t depth = 1;  // pages on the navigation stack, this one included
+    std::vector<RowView> rows;
+    std::vector<SectionView> sections;
+    std::optional<PresentedView> presented;
+};
+
+// Looks at the page as the table would: every shown row's cell is asked for. May raise what
+// the page's own hooks raise.
+PageView viewOf(plat::ListController& page, std::size_t depth);
+
+// The controller on top of what the page presents (nullptr when nothing is presented).
+std::shared_ptr<plat::ViewController> presentedOver(const plat::ListController& page);
+
+}  // namespace velto::app

@@ -1,0 +1,128 @@
+#include "app/session.h"
+
+#include <stdexcept>
+
+#include "app/step_error.h"
+#include "app/ui_restart.h"
+#include "bundle/bundle_classes.h"
+#include "device/extension_responder.h"
+#include "platform/prefs/runtime.h"
+
+namespace velto::app {
+
+namespace {
+
+const char* const kRootClass = "VeltoSettingsController";
+
+plat::Process::Options processOptions() {
+    plat::Process::Options options;
+    options.name = "Preferences";
+    // NSLog lines are journaled and shown with the page; they must not litter the terminal.
+    options.echoLog = false;
+    return options;
+}
+
+}  // namespace
+
+Session::Session(const std::filesystem::path& deviceRoot)
+    : process_(std::make_unique<plat::Process>(deviceRoot, processOptions())),
+      scope_(std::make_unique<plat::ProcessScope>(*process_)),
+      navigation_(std::make_shared<plat::NavigationController>()) {
+    velto::registerBundleClasses();
+    process_->logger().setSink([](const std::string&) {});
+    device::attachExtension(*process_);
+    process_->shell().setInterceptor([this](const std::string& command) {
+        return interceptRestart(command, [this] { restartRequested_ = true; });
+    });
+    startUserInterface();
+    settle();
+}
+
+Session::~Session() {
+    // Pages go before the process whose journal and slots they use.
+    navigation_->clear();
+    process_->shell().setInterceptor({});
+}
+
+plat::Size Session::contentSize() const {
+    switch (process_->deviceFacts().family) {
+        case plat::DeviceFamily::iPad:
+            return {768, 1024};
+        case plat::DeviceFamily::iPod:
+            return {320, 568};
+        case plat::DeviceFamily::iPhone:
+            break;
+    }
+    return {390, 844};
+}
+
+void Session::startUserInterface() {
+    auto root = std::dynamic_pointer_cast<plat::ListController>(
+        plat::Runtime::shared().instantiate(kRootClass));
+    if (!root) throw std::runtime_error(std::string("the bundle has no class ") + kRootClass);
+    if (!root->initForContentSize(contentSize()))
+        throw std::runtime_error(std::string(kRootClass) + " answered nil to initForContentSize:");
+    navigation_->setRootViewController(root);
+    root->specifiers();
+}
+
+std::shared_ptr<plat::ListController> Session::topPage() const {
+    return std::dynamic_pointer_cast<plat::ListController>(navigation_->topViewController());
+}
+
+void Session::open(const plat::SpecifierPtr& row) {
+    const std::string& className = row->detailControllerClass();
+    if (className.empty())
+        throw StepError("row '" + row->name().value_or("") + "' does not lead to a page");
+    auto page = std::dynamic_pointer_cast<plat::ListController>(
+        plat::Runtime::shared().instantiate(className));
+    if (!page) {
+        if (plat::Runtime::shared().classExists(className) &&
+            plat::Runtime::shared().isSubclass(className, "PSListController"))
+            throw StepError("page class " + className + " cannot be made");
+        if (plat::Runtime::shared().classExists(className))
+            throw StepError(className + " is not a settings page");
+        throw StepError("page class " + className + " is not available yet");
+    }
+    if (!page->initForContentSize(contentSize()))
+        throw StepError(className + " answered nil to initForContentSize:");
+    page->setSpecifier(row);
+    navigation_->pushViewController(page, true);
+    try {
+        page->specifiers();
+    } catch (...) {
+        // A page that fails to build its rows never appears.
+        navigation_->popViewControllerAnimated(false);
+        throw;
+    }
+}
+
+void Session::back() {
+    if (depth() <= 1) throw StepError("already on the root page");
+    navigation_->popViewControllerAnimated(true);
+}
+
+void Session::settle() {
+    // A restart rebuilds the root page, which may ask for more work; a few rounds at most.
+    for (int round = 0; round < 8; ++round) {
+        for (int pass = 0; pass < 1000; ++pass) {
+            process_->darwin().waitUntilDelivered();
+            if (process_->mainQueue().drain() == 0) break;
+        }
+        if (!restartRequested_.exchange(false)) return;
+        // The whole interface goes, as when backboardd dies: every page and every
+        // process-wide object the Settings application held.
+        navigation_->clear();
+        process_->slots().clear();
+        ++restarts_;
+        startUserInterface();
+    }
+}
+
+std::vector<plat::JournalEntry> Session::takeJournal() {
+    auto entries = process_->journal().since(journalMark_);
+    journalMark_ += entries.size();
+    return entries;
+}
+
+}  // namespace velto::app

@@ -1,0 +1,84 @@
+#include "app/step.h"
+
+#include <array>
+
+#include "app/step_error.h"
+
+namespace velto::app {
+
+namespace {
+
+enum class Argument { None, Required };
+
+struct StepWord {
+    const char* word;
+    StepKind kind;
+    Argument argument;
+    const char* what;  // what the argument is, for messages
+};
+
+constexpr std::array<StepWord, 15> kSteps = {{
+    {"show", StepKind::Show, Argument::None, ""},
+    {"open", StepKind::Open, Argument::Required, "a row"},
+    {"back", StepKind::Back, Argument::None, ""},
+    {"toggle", StepKind::Toggle, Argument::Required, "a row"},
+    {"tap", StepKind::Tap, Argument::Required, "a row"},
+    {"choose", StepKind::Choose, Argument::Required, "an action title"},
+    {"dismiss", StepKind::Dismiss, Argument::None, ""},
+    {"pick", StepKind::Pick, Argument::Required, "a picture file"},
+    {"cancel", StepKind::Cancel, Argument::None, ""},
+    {"notify", StepKind::Notify, Argument::Required, "a notification name"},
+    {"wait", StepKind::Wait, Argument::None, ""},
+    {"help", StepKind::Help, Argument::None, ""},
+    {"quit", StepKind::Quit, Argument::None, ""},
+    {"exit", StepKind::Quit, Argument::None, ""},
+    {"?", StepKind::Help, Argument::None, ""},
+}};
+
+std::string trim(const std::string& text) {
+    const char* space = " \t\r\n";
+    const std::size_t first = text.find_first_not_of(space);
+    if (first == std::string::npos) return "";
+    return text.substr(first, text.find_last_not_of(space) - first + 1);
+}
+
+}  // namespace
+
+std::optional<Step> parseStep(const std::string& line) {
+    const std::string text = trim(line);
+    if (text.empty() || text[0] == '#') return std::nullopt;
+
+    const std::size_t space = text.find_first_of(" \t");
+    const std::string word = text.substr(0, space);
+    const std::string argument = space == std::string::npos ? "" : trim(text.substr(space));
+
+    for (const StepWord& step : kSteps) {
+        if (word != step.word) continue;
+        if (step.argument == Argument::Required && argument.empty())
+            throw StepError(word + " needs " + step.what);
+        if (step.argument == Argument::None && !argument.empty())
+            throw StepError(word + " takes no argument");
+        return Step{step.kind, argument, text};
+    }
+    throw StepError("unknown step '" + word + "' (try help)");
+}
+
+const char* stepHelp() {
+    return "Steps act on the page on top of the navigation stack:\n"
+           "  show                 print the page\n"
+           "  open ROW             tap a link row: its page is made and pushed\n"
+           "  back                 pop the top page\n"
+           "  toggle ROW [on|off]  flip a switch (default: the opposite of what it shows)\n"
+           "  tap ROW              tap a button row\n"
+           "  choose TITLE         tap an action of the presented alert or sheet\n"
+           "  dismiss              tap outside the presented popover\n"
+           "  pick FILE            the photo picker returns the picture in FILE (PNG or JPEG)\n"
+           "  cancel               the photo picker is cancelled\n"
+           "  notify NAME          another process posts the Darwin notification NAME\n"
+           "  wait                 run the main queue until it is empty\n"
+           "  help                 this list\n"
+           "  quit                 end the session\n"
+           "ROW is a row's identifier, else its label, else #N for its index.\n";
+}
+
+}  // namespace velto::app

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+namespace velto::app {
+
+// One user action on the simulated Settings application.
+enum class StepKind {
+    Show,     // print the top page
+    Open,     // tap a link row (ROW)
+    Back,     // pop the top page
+    Toggle,   // flip a switch (ROW [on|off])
+    Tap,      // tap a button row (ROW)
+    Choose,   // tap an action of the presented alert or sheet (TITLE)
+    Dismiss,  // tap outside the presented popover
+    Pick,     // the presented photo picker returns a picture (FILE)
+    Cancel,   // the presented photo picker is cancelled
+    Notify,   // another process posts a Darwin notification (NAME)
+    Wait,     // run the main queue until it is empty
+    Help,     // list the steps
+    Quit,     // end the session
+};
+
+struct Step {
+    StepKind kind = StepKind::Show;
+    // The rest of the line after the step's word, trimmed; may hold spaces.
+    std::string argument;
+    // The whole step as written (trimmed), to name it in messages.
+    std::string text;
+};
+
+// Reads one line. nullopt for a blank line or a '#' comment. Throws StepError for an unknown
+// step, a missing argument, or an argument given to a step that takes none.
+std::optional<Step> parseStep(const std::string& line);
+
+// `show`, for the pages the program shows of its own accord.
+inline Step showStep() {
+    return Step{StepKind::Show, "", "show"};
+}
+
+// The steps with a line of explanation each.
+const char* stepHelp();
+
+}  // namespace velto::app

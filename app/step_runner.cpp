@@ -1,0 +1,216 @@
+#include "app/step_runner.h"
+
+#include <fstream>
+#include <iterator>
+
+#include "app/page_view.h"
+#include "app/row_lookup.h"
+#include "app/step_error.h"
+#include "platform/foundation/errors.h"
+#include "platform/prefs/runtime.h"
+#include "platform/ui/alert_controller.h"
+#include "platform/ui/image.h"
+#include "platform/ui/image_picker_controller.h"
+
+namespace velto::app {
+
+namespace {
+
+RowRef requireRow(const plat::ListController& page, const std::string& text) {
+    if (auto found = findRow(page.heldSpecifiers(), text)) return *found;
+    throw StepError("no row '" + text + "' on this page");
+}
+
+std::string shownName(const RowRef& ref) {
+    return "'" + ref.row->name().value_or("#" + std::to_string(ref.index)) + "'";
+}
+
+// "toggle ROW on" names the row without its last word when that word is on or off and the
+// rest names a row; otherwise the whole text is the row (a label may end in "on").
+struct ToggleRequest {
+    RowRef row;
+    std::optional<bool> value;
+};
+
+ToggleRequest toggleRequest(const plat::ListController& page, const std::string& argument) {
+    const std::size_t space = argument.find_last_of(" \t");
+    if (space != std::string::npos) {
+        const std::string last = argument.substr(space + 1);
+        if (last == "on" || last == "off") {
+            const std::string rest =
+                argument.substr(0, argument.find_last_not_of(" \t", space) + 1);
+            if (auto found = findRow(page.heldSpecifiers(), rest)) return {*found, last == "on"};
+        }
+    }
+    return {requireRow(page, argument), std::nullopt};
+}
+
+std::shared_ptr<plat::ViewController> requirePresented(const plat::ListController& page,
+                                                       const char* what) {
+    auto presented = presentedOver(page);
+    if (!presented) throw StepError(std::string("nothing is presented to ") + what);
+    return presented;
+}
+
+std::shared_ptr<plat::ImagePickerController> requirePicker(const plat::ListController& page) {
+    auto picker = std::dynamic_pointer_cast<plat::ImagePickerController>(presentedOver(page));
+    if (!picker) throw StepError("no photo picker is presented");
+    return picker;
+}
+
+plat::Bytes readHostFile(const std::string& file) {
+    std::ifstream in(file, std::ios::binary);
+    if (!in) throw StepError("cannot read " + file);
+    return plat::Bytes(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
+
+}  // namespace
+
+StepRunner::Outcome StepRunner::run(const Step& step) {
+    Outcome outcome = Outcome::Done;
+    try {
+        perform(step);
+        if (step.kind == StepKind::Quit) outcome = Outcome::Quit;
+    } catch (const StepError& e) {
+        renderer_.error(step.text, e.what());
+        outcome = Outcome::Failed;
+    } catch (const plat::RangeError& e) {
+        renderer_.error(step.text, std::string("range error: ") + e.what());
+        outcome = Outcome::Failed;
+    } catch (const plat::DispatchError& e) {
+        renderer_.error(step.text, std::string("unrecognized selector: ") + e.what());
+        outcome = Outcome::Failed;
+    } catch (const plat::InvalidArgumentError& e) {
+        renderer_.error(step.text, std::string("invalid argument: ") + e.what());
+        outcome = Outcome::Failed;
+    } catch (const std::exception& e) {
+        renderer_.error(step.text, e.what());
+        outcome = Outcome::Failed;
+    }
+    // Whatever the step left queued runs now, failed or not, as the run loop would.
+    try {
+        session_.settle();
+    } catch (const std::exception& e) {
+        renderer_.error(step.text, std::string("after the step: ") + e.what());
+        outcome = Outcome::Failed;
+    }
+    return outcome;
+}
+
+void StepRunner::show() {
+    auto page = session_.topPage();
+    const PageView view = viewOf(*page, session_.depth());
+    renderer_.page(view, session_.takeJournal());
+}
+
+void StepRunner::perform(const Step& step) {
+    auto page = session_.topPage();
+    switch (step.kind) {
+        case StepKind::Show:
+            show();
+            return;
+        case StepKind::Open:
+            session_.open(requireRow(*page, step.argument).row);
+            return;
+        case StepKind::Back:
+            session_.back();
+            return;
+        case StepKind::Toggle:
+            toggle(step.argument);
+            return;
+        case StepKind::Tap:
+            tap(step.argument);
+            return;
+        case StepKind::Choose:
+            choose(step.argument);
+            return;
+        case StepKind::Dismiss:
+            dismiss();
+            return;
+        case StepKind::Pick:
+            pick(step.argument);
+            return;
+        case StepKind::Cancel:
+            cancel();
+            return;
+        case StepKind::Notify:
+            session_.process().darwin().postFromOtherProcess(step.argument);
+            return;
+        case StepKind::Wait:
+        case StepKind::Quit:
+            return;  // settling after every step is all that waiting needs
+        case StepKind::Help:
+            renderer_.note(stepHelp());
+            return;
+    }
+}
+
+void StepRunner::toggle(const std::string& argument) {
+    auto page = session_.topPage();
+    const ToggleRequest request = toggleRequest(*page, argument);
+    const auto position = cellPosition(*page, request.row.index);
+    // What the switch shows is what the page's cell hook made of the row, not the stored value.
+    auto cell =
+        position ? page->tableViewCellForRowAtIndexPath(position->row, position->section) : nullptr;
+    if (!cell || !cell->control())
+        throw StepError("row " + shownName(request.row) + " is not a switch");
+    const bool value = request.value.value_or(!cell->control()->isOn());
+
+    const plat::SpecifierPtr& row = request.row.row;
+    if (row->setter().empty()) {
+        page->setPreferenceValue(plat::Value::boolean(value), row);
+        return;
+    }
+    plat::ObjectPtr target = row->target();
+    if (!target)
+        throw StepError("row " + shownName(request.row) + " has no target for " + row->setter());
+    plat::Runtime::shared().perform(*target, row->setter(),
+                                    {plat::Value::boolean(value), plat::Value(row)});
+}
+
+void StepRunner::tap(const std::string& argument) {
+    auto page = session_.topPage();
+    const RowRef ref = requireRow(*page, argument);
+    if (ref.row->action().empty()) {
+        if (!ref.row->detailControllerClass().empty())
+            throw StepError("row " + shownName(ref) + " is a link (use open)");
+        throw StepError("row " + shownName(ref) + " is not a button");
+    }
+    plat::ObjectPtr target = ref.row->target();
+    if (!target)
+        throw StepError("row " + shownName(ref) + " has no target for " + ref.row->action());
+    plat::Runtime::shared().perform(*target, ref.row->action(), {plat::Value(ref.row)});
+}
+
+void StepRunner::choose(const std::string& title) {
+    auto alert = std::dynamic_pointer_cast<plat::AlertController>(
+        requirePresented(*session_.topPage(), "choose from"));
+    if (!alert) throw StepError("what is presented is not an alert or sheet");
+    if (!alert->tapAction(title))
+        throw StepError("the presented alert has no action '" + title + "'");
+}
+
+void StepRunner::dismiss() {
+    auto presented = requirePresented(*session_.topPage(), "dismiss");
+    if (!presented->presentsAsPopover()) throw StepError("what is presented is not a popover");
+    if (auto alert = std::dynamic_pointer_cast<plat::AlertController>(presented)) {
+        alert->dismissByTappingOutside();
+        return;
+    }
+    // Any other popover goes the same way: away, with nobody told.
+    presented->dismissViewControllerAnimated(true, nullptr);
+}
+
+void StepRunner::pick(const std::string& file) {
+    auto picker = requirePicker(*session_.topPage());
+    auto image = plat::Image::imageWithData(readHostFile(file));
+    if (!image) throw StepError(file + " is not a PNG or JPEG picture");
+    if (!picker->pick(image, image)) throw StepError("the photo picker has no delegate");
+}
+
+void StepRunner::cancel() {
+    auto picker = requirePicker(*session_.topPage());
+    if (!picker->cancel()) throw StepError("the photo picker has no delegate");
+}
+
+}  // namespace velto::app

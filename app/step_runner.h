@@ -1,0 +1,38 @@
+#pragma once
+
+#include "app/renderer.h"
+#include "app/session.h"
+#include "app/step.h"
+
+namespace velto::app {
+
+// Carries out steps on a session as the user of the Settings application would, and shows
+// pages through a renderer.
+class StepRunner {
+  public:
+    StepRunner(Session& session, Renderer& renderer) : session_(session), renderer_(renderer) {}
+
+    enum class Outcome { Done, Failed, Quit };
+
+    // Runs one step, then lets the main queue and notification delivery settle. A step that
+    // cannot be carried out, or that the bundle raises from, is reported to the renderer as
+    // an error of the step and answers Failed; nothing escapes.
+    Outcome run(const Step& step);
+
+    // Shows the top page with what happened since the previous page was shown.
+    void show();
+
+  private:
+    void perform(const Step& step);
+    void toggle(const std::string& argument);
+    void tap(const std::string& argument);
+    void choose(const std::string& title);
+    void dismiss();
+    void pick(const std::string& file);
+    void cancel();
+
+    Session& session_;
+    Renderer& renderer_;
+};
+
+}  // namespace velto::app

@@ -1,0 +1,47 @@
+#include "device/device_init.h"
+
+#include <stdexcept>
+
+#include "device/app_installer.h"
+#include "device/bundle_install.h"
+#include "device/device_profile.h"
+#include "device/package_database.h"
+#include "device/plist_writing.h"
+#include "platform/system/device_root.h"
+
+namespace velto::device {
+
+namespace {
+
+void require(bool ok, const std::string& what, const std::filesystem::path& folder) {
+    if (!ok)
+        throw std::runtime_error("cannot write " + what + " into the device at " + folder.string());
+}
+
+}  // namespace
+
+void initDevice(const std::filesystem::path& folder, const DeviceOptions& options,
+                const std::filesystem::path& resources) {
+    std::error_code ec;
+    std::filesystem::create_directories(folder, ec);
+    if (ec || !std::filesystem::is_directory(folder))
+        throw std::runtime_error("cannot make the device folder " + folder.string() +
+                                 (ec ? ": " + ec.message() : ""));
+    const plat::DeviceRoot root(std::filesystem::canonical(folder));
+
+    require(writeDeviceProfile(root, options), "the device profile", folder);
+    require(writeSystemVersion(root, options.systemVersion), "the system version", folder);
+    // The bundle writes its settings here and expects the folder to be there, as it is on a device.
+    require(root.createDirectory("/var/mobile/Library/Preferences", true), "the preferences folder",
+            folder);
+    installBundle(root, resources);
+    for (const AppSpec& app : options.apps)
+        require(!installApp(root, app, options.family, options.scale).empty(),
+                "the application " + app.bundleIdentifier, folder);
+    require(writePackageDatabase(root, options.packages), "the package database", folder);
+    if (!options.mainSettings.isNil())
+        require(writeBinaryPlist(root, kMainSettingsFile, options.mainSettings),
+                "the main settings file", folder);
+}
+
+}  // namespace velto::device

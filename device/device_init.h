@@ -1,0 +1,20 @@
+#pragma once
+
+#include <filesystem>
+
+#include "device/device_options.h"
+
+namespace velto::device {
+
+inline constexpr const char* kMainSettingsFile =
+    "/var/mobile/Library/Preferences/com.norvale.velto.plist";
+
+// Writes a device root into `folder` (made if missing; files already there are overwritten,
+// others kept): the profile, the system version, the bundle installed from `resources`, the
+// applications with their icons, the package database and, when the options hold one, the
+// main settings file. Throws std::runtime_error, saying what failed, when a file cannot be
+// written.
+void initDevice(const std::filesystem::path& folder, const DeviceOptions& options,
+                const std::filesystem::path& resources);
+
+}  // namespace velto::device

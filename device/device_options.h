@@ -1,0 +1,26 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "device/app_spec.h"
+#include "platform/foundation/value.h"
+#include "platform/system/device_facts.h"
+
+namespace velto::device {
+
+// Everything `device init` can choose about a device.
+struct DeviceOptions {
+    plat::DeviceFamily family = plat::DeviceFamily::iPhone;
+    std::string systemVersion = "14.4";
+    int scale = 3;
+    bool faceTime = true;
+    // Whether the extension's SpringBoard side answers the bundle's requests.
+    bool extensionAnswers = true;
+    std::vector<AppSpec> apps;
+    std::vector<PackageSpec> packages;
+    // The main settings file's contents; nil leaves the file absent (every option off).
+    plat::Value mainSettings;
+};
+
+}  // namespace velto::device

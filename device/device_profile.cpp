@@ -1,0 +1,45 @@
+#include "device/device_profile.h"
+
+#include "device/plist_writing.h"
+#include "platform/foundation/plist.h"
+#include "platform/system/device_root.h"
+
+namespace velto::device {
+
+const char* productTypeFor(plat::DeviceFamily family) {
+    switch (family) {
+        case plat::DeviceFamily::iPad:
+            return "iPad8,1";
+        case plat::DeviceFamily::iPod:
+            return "iPod9,1";
+        case plat::DeviceFamily::iPhone:
+            break;
+    }
+    return "iPhone13,2";
+}
+
+bool writeDeviceProfile(const plat::DeviceRoot& root, const DeviceOptions& options) {
+    return writeBinaryPlist(
+        root, kDeviceProfile,
+        plat::Value::dictionary(
+            {{"DeviceFamily", plat::familyName(options.family)},
+             {"ProductType", productTypeFor(options.family)},
+             {"FaceTime", plat::Value::boolean(options.faceTime)},
+             {"ScreenScale", plat::Value::integer(options.scale)},
+             {"ExtensionAnswers", plat::Value::boolean(options.extensionAnswers)}}));
+}
+
+bool writeSystemVersion(const plat::DeviceRoot& root, const std::string& version) {
+    return writeBinaryPlist(
+        root, kSystemVersionFile,
+        plat::Value::dictionary({{"ProductName", "iPhone OS"}, {"ProductVersion", version}}));
+}
+
+bool extensionAnswers(const plat::DeviceRoot& root) {
+    const auto bytes = root.readFile(kDeviceProfile);
+    if (!bytes) return true;
+    const plat::Value answers = plat::propertyListFromData(*bytes).objectForKey("ExtensionAnswers");
+    return answers.isNil() || answers.boolValue();
+}
+
+}  // namespace velto::device

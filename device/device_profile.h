@@ -1,0 +1,29 @@
+#pragma once
+
+#include "device/device_options.h"
+
+namespace plat {
+class DeviceRoot;
+}
+
+namespace velto::device {
+
+// /DeviceProfile.plist: the facts no file carries on a real device. Besides the keys the
+// platform reads (DeviceFamily, ProductType, FaceTime, ScreenScale) it records whether the
+// extension answers requests ("ExtensionAnswers"), which on a device depends on whether
+// SpringBoard has the extension loaded.
+inline constexpr const char* kDeviceProfile = "/DeviceProfile.plist";
+inline constexpr const char* kSystemVersionFile =
+    "/System/Library/CoreServices/SystemVersion.plist";
+
+bool writeDeviceProfile(const plat::DeviceRoot& root, const DeviceOptions& options);
+bool writeSystemVersion(const plat::DeviceRoot& root, const std::string& version);
+
+// True unless the profile says the extension stays silent; a copy of a real device has no
+// such key, and its extension answers.
+bool extensionAnswers(const plat::DeviceRoot& root);
+
+// A product type the family really had.
+const char* productTypeFor(plat::DeviceFamily family);
+
+}  // namespace velto::device

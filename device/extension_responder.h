@@ -1,0 +1,40 @@
+#pragma once
+
+#include <filesystem>
+
+#include "platform/system/message_center.h"
+
+namespace plat {
+class Process;
+}
+
+namespace velto::device {
+
+// The extension's SpringBoard half, as far as the bundle talks to it: answers on the center
+// "com.norvale.velto" to
+//   "com.norvale.velto.appicon"  {"VeltoServiceMessageData": archived icon of the app whose
+//                                 bundle identifier the request's "VeltoServiceMessageData" holds}
+//   "com.norvale.velto.apps"     {"VeltoServiceMessageData": archived array of application
+//                                 records, one per installed app}
+//   "com.norvale.velto.product"  {"VeltoServiceMessageData": archived {"Version": ...} from the
+//                                 package database's entry for com.norvale.velto2}
+// Anything it does not know gets no reply. An app or package it cannot find gets a reply
+// without payload, as SpringBoard answers when it has nothing to give. The device is read
+// afresh for every request, so applications installed meanwhile are seen.
+plat::MessageResponder extensionResponder(std::filesystem::path deviceRoot);
+
+// Puts the extension in place for a process on its device, unless the device's profile says
+// the extension does not answer (then requests simply get no reply).
+void attachExtension(plat::Process& process);
+
+// The application record keys of the application-list reply.
+namespace records {
+inline constexpr const char* kBundleIdentifier = "VeltoBundleIdentifier";
+inline constexpr const char* kDisplayName = "VeltoFolderDisplayName";
+inline constexpr const char* kType = "VeltoType";
+inline constexpr const char* kImage = "VeltoFolderImage";
+}  // namespace records
+
+inline constexpr const char* kProductPackage = "com.norvale.velto2";
+
+}  // namespace velto::device

@@ -1,0 +1,76 @@
+#include "device/installed_app_list.h"
+
+#include "device/app_installer.h"
+#include "platform/foundation/plist.h"
+#include "platform/system/device_root.h"
+
+namespace velto::device {
+
+namespace {
+
+bool endsWith(const std::string& text, const std::string& suffix) {
+    return text.size() >= suffix.size() &&
+           text.compare(text.size() - suffix.size(), suffix.size(), suffix) == 0;
+}
+
+bool startsWith(const std::string& text, const std::string& prefix) {
+    return text.compare(0, prefix.size(), prefix) == 0;
+}
+
+plat::Value readPlist(const plat::DeviceRoot& root, const std::string& path) {
+    const auto bytes = root.readFile(path);
+    return bytes ? plat::propertyListFromData(*bytes) : plat::Value();
+}
+
+void collect(const plat::DeviceRoot& root, const std::string& folder, bool system,
+             std::vector<InstalledApp>& apps) {
+    for (const std::string& name : root.contentsOfDirectory(folder)) {
+        if (!endsWith(name, ".app")) continue;
+        const std::string path = folder + "/" + name;
+        const plat::Value info = readPlist(root, path + "/Info.plist");
+        const std::string identifier = info.objectForKey("CFBundleIdentifier").str();
+        if (identifier.empty()) continue;
+        std::string shown = info.objectForKey("CFBundleDisplayName").str();
+        if (shown.empty()) shown = info.objectForKey("CFBundleName").str();
+        if (shown.empty()) shown = name.substr(0, name.size() - 4);
+        apps.push_back({identifier, shown, system, path});
+    }
+}
+
+// "@2x" or "@3x" in a file name gives the scale; none means 1.
+double scaleOf(const std::string& fileName) {
+    for (int scale : {2, 3})
+        if (fileName.find("@" + std::to_string(scale) + "x") != std::string::npos) return scale;
+    return 1;
+}
+
+}  // namespace
+
+std::vector<InstalledApp> installedApps(const plat::DeviceRoot& root) {
+    std::vector<InstalledApp> apps;
+    collect(root, kSystemApplications, true, apps);
+    for (const std::string& uuid : root.contentsOfDirectory(kBundleContainers))
+        collect(root, std::string(kBundleContainers) + "/" + uuid, false, apps);
+    return apps;
+}
+
+const InstalledApp* findInstalledApp(const std::vector<InstalledApp>& apps,
+                                     const std::string& bundleIdentifier) {
+    for (const InstalledApp& app : apps)
+        if (app.bundleIdentifier == bundleIdentifier) return &app;
+    return nullptr;
+}
+
+plat::ImagePtr largestIcon(const plat::DeviceRoot& root, const InstalledApp& app) {
+    plat::ImagePtr best;
+    for (const std::string& name : root.contentsOfDirectory(app.folder)) {
+        if (!startsWith(name, "AppIcon") || !endsWith(name, ".png")) continue;
+        const auto bytes = root.readFile(app.folder + "/" + name);
+        if (!bytes) continue;
+        auto image = plat::Image::imageWithData(*bytes, scaleOf(name));
+        if (image && (!best || image->pixelWidth() > best->pixelWidth())) best = image;
+    }
+    return best;
+}
+
+}  // namespace velto::device

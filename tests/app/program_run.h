@@ -1,0 +1,50 @@
+#pragma once
+
+#include <filesystem>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+
+namespace apptest {
+
+// What one run of velto-settings left behind.
+struct ProgramResult {
+    int status = -1;  // exit status; -1 when it did not exit normally
+    std::string out;
+    std::string err;
+
+    // The output's JSON Lines, parsed (a line that is not JSON fails the test).
+    std::vector<nlohmann::json> outLines() const;
+    std::vector<nlohmann::json> errLines() const;
+};
+
+// The program under test: $VELTO_BINARY_DIR/app/velto-settings.
+std::filesystem::path programPath();
+
+// Runs the program with the arguments, feeding `input` on standard input (closed when there
+// is none). `environment` adds to or replaces variables of ours; XDG_STATE_HOME always points
+// into a scratch folder so no run touches the user's demo device.
+ProgramResult runProgram(const std::vector<std::string>& arguments, const std::string& input = "",
+                         const std::map<std::string, std::string>& environment = {});
+
+// A scratch folder removed with the object.
+class ScratchFolder {
+  public:
+    ScratchFolder();
+    ~ScratchFolder();
+    ScratchFolder(const ScratchFolder&) = delete;
+    ScratchFolder& operator=(const ScratchFolder&) = delete;
+    const std::filesystem::path& path() const { return path_; }
+    std::string operator/(const std::string& name) const { return (path_ / name).string(); }
+
+  private:
+    std::filesystem::path path_;
+};
+
+// `velto-settings device init FOLDER options...`, failing the test when it fails.
+void initDevice(const std::string& folder, const std::vector<std::string>& options = {});
+
+}  // namespace apptest
