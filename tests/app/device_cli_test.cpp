@@ -5,7 +5,7 @@
 #include <algorithm>
 
 #include "tests/app/page_fixtures.h"
-#include "tests/app/program_run.h"
+#include "tests/support/program_run.h"
 
 namespace apptest {
 namespace {

@@ -9,7 +9,7 @@
 
 #include <unistd.h>
 
-#include "tests/app/program_run.h"
+#include "tests/support/program_run.h"
 
 namespace apptest {
 namespace {

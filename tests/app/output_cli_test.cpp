@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/app/program_run.h"
+#include "tests/support/program_run.h"
 
 namespace apptest {
 namespace {

@@ -8,7 +8,7 @@
 #include "app/ui_restart.h"
 #include "device/device_init.h"
 #include "tests/app/page_fixtures.h"
-#include "tests/app/program_run.h"
+#include "tests/support/program_run.h"
 #include "tests/support/test_device.h"
 
 namespace apptest {

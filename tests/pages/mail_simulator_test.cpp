@@ -2,10 +2,8 @@
 // velto-settings with --json, on an iPhone and an iPad device root.
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <nlohmann/json.hpp>
@@ -13,6 +11,7 @@
 #include <vector>
 
 #include "tests/pages/mail_test_support.h"
+#include "tests/support/program_run.h"
 
 using nlohmann::json;
 
@@ -20,46 +19,14 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// The simulator of this build: $VELTO_BINARY_DIR/app, else beside this test's build folder.
-fs::path simulator() {
-    if (const char* dir = std::getenv("VELTO_BINARY_DIR"); dir && *dir)
-        return fs::path(dir) / "app" / "velto-settings";
-    std::error_code ec;
-    const fs::path self = fs::read_symlink("/proc/self/exe", ec);
-    return ec ? fs::path() : self.parent_path().parent_path() / "app" / "velto-settings";
-}
-
-std::string quoted(const std::string& word) {
-    std::string out = "'";
-    for (char c : word)
-        out += c == '\'' ? std::string("'\\''") : std::string(1, c);
-    return out + "'";
-}
-
 struct SimulatorRun {
     int status = -1;
     std::vector<json> shows;
 };
 
 SimulatorRun run(const std::vector<std::string>& words) {
-    std::string command = quoted(simulator().string());
-    for (const auto& word : words)
-        command += " " + quoted(word);
-    // Standard error carries the echoed log lines; the JSON comes on standard output alone.
-    command += " 2>/dev/null";
-    SimulatorRun result;
-    FILE* pipe = ::popen(command.c_str(), "r");
-    if (!pipe) return result;
-    std::string line;
-    char buffer[65536];
-    while (std::fgets(buffer, sizeof buffer, pipe)) {
-        line += buffer;
-        if (line.empty() || line.back() != '\n') continue;
-        result.shows.push_back(json::parse(line, nullptr, false));
-        line.clear();
-    }
-    result.status = ::pclose(pipe);
-    return result;
+    const apptest::ProgramResult result = apptest::runProgram(words);
+    return {result.status, result.outLines()};
 }
 
 // The journal entries of one show, as "kind text-or-name-or-how".
@@ -101,11 +68,11 @@ struct Family {
 class MailSimulatorTest : public ::testing::TestWithParam<Family> {
   protected:
     void SetUp() override {
-        if (!fs::exists(simulator())) GTEST_SKIP() << "velto-settings is not built";
         root = scratch.root() / "device";
-        const SimulatorRun init = run({"device", "init", root.string(), "--family", GetParam().name,
-                                       "--scale", std::to_string(GetParam().scale)});
-        ASSERT_EQ(init.status, 0);
+        ASSERT_EQ(apptest::runProgram({"device", "init", root.string(), "--family", GetParam().name,
+                                       "--scale", std::to_string(GetParam().scale)})
+                      .status,
+                  0);
         picturePath = scratch.root() / "landscape.png";
         const auto png = plat::UIImagePNGRepresentation(grid.picture().get());
         ASSERT_TRUE(png);
