@@ -8,7 +8,7 @@ namespace plat {
 // name, and string localisation through <table>.strings files (property lists, as compiled
 // bundles ship them; looked up in the bundle's folder and in en.lproj).
 class Bundle {
-public:
+  public:
     explicit Bundle(std::string devicePath) : path_(std::move(devicePath)) {}
 
     // The Settings application's own bundle.
@@ -22,7 +22,7 @@ public:
     std::string localizedStringForKey(const std::string& key, const std::string& value,
                                       const std::string& table) const;
 
-private:
+  private:
     std::string path_;
 };
 

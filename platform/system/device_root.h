@@ -15,7 +15,7 @@ namespace plat {
 // Nothing resolves outside the root: ".." stops at the root, and a path whose real location
 // (after symbolic links) lies outside is refused.
 class DeviceRoot {
-public:
+  public:
     explicit DeviceRoot(std::filesystem::path hostRoot);
 
     const std::filesystem::path& hostRoot() const { return hostRoot_; }
@@ -38,7 +38,7 @@ public:
     // Names in a folder, sorted; empty when it is not a readable folder.
     std::vector<std::string> contentsOfDirectory(std::string_view devicePath) const;
 
-private:
+  private:
     std::filesystem::path hostRoot_;
 };
 

@@ -24,7 +24,8 @@ struct JournalEntry {
         Dismiss,            // dismissal (name = class, text = how)
         Navigation,         // push/pop by the host (name = class, text = "push"/"pop")
         Synchronize,        // NSUserDefaults synchronize
-        PreferenceWrite,    // setPreferenceValue:specifier: stored a value (name = domain, text = key)
+        PreferenceWrite,    // setPreferenceValue:specifier: stored a value (name = domain, text =
+                            // key)
     };
 
     Kind kind = Kind::Log;
@@ -43,7 +44,7 @@ const char* kindName(JournalEntry::Kind kind);
 // The per-process record of everything observable. Thread-safe: the Darwin delivery thread
 // logs too.
 class Journal {
-public:
+  public:
     void append(JournalEntry entry);
     std::vector<JournalEntry> entries() const;
     // Entries from position `mark` on (a mark is a size() taken earlier).
@@ -55,7 +56,7 @@ public:
     void notification(const std::string& name);
     void log(const std::string& text);
 
-private:
+  private:
     mutable std::mutex mutex_;
     std::vector<JournalEntry> entries_;
 };

@@ -11,7 +11,7 @@ class Journal;
 // NSLog: "<local date time.ms> <process>[<pid>:<tid>] <message>" on standard error, and the
 // exact message text in the journal.
 class Logger {
-public:
+  public:
     Logger(Journal& journal, std::string processName)
         : journal_(journal), processName_(std::move(processName)) {}
 
@@ -20,7 +20,7 @@ public:
     void setSink(std::function<void(const std::string& line)> sink);
     std::string formatLine(const std::string& message) const;
 
-private:
+  private:
     Journal& journal_;
     std::string processName_;
     std::mutex mutex_;

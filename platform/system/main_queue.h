@@ -11,7 +11,7 @@ namespace plat {
 // dispatch_get_main_queue(): blocks may be queued from any thread; the owner of the main
 // thread (the host) runs them with drain().
 class MainQueue {
-public:
+  public:
     void async(std::function<void()> block);
     // Runs queued blocks, including those queued while draining, until none is left.
     // Answers how many ran.
@@ -20,7 +20,7 @@ public:
     // Waits until a block is queued or the time is up; true when work is pending.
     bool waitForWork(std::chrono::milliseconds timeout);
 
-private:
+  private:
     mutable std::mutex mutex_;
     std::condition_variable cv_;
     std::deque<std::function<void()>> blocks_;

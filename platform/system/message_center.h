@@ -14,15 +14,15 @@ class Journal;
 
 // The answering side of message centers (outside this program on a device: the extension's
 // SpringBoard half). Answers the reply dictionary, or nil for no reply.
-using MessageResponder = std::function<Value(const std::string& centerName,
-                                             const std::string& messageName, const Value& userInfo)>;
+using MessageResponder = std::function<Value(
+    const std::string& centerName, const std::string& messageName, const Value& userInfo)>;
 
 class MessageCenters;
 
 // A named center with synchronous request/reply. No responder, a responder that throws or
 // answers nil: the reply is nil, never a hang and never an exception to the caller.
 class MessageCenter : public Object {
-public:
+  public:
     MessageCenter(std::string name, MessageCenters& hub) : name_(std::move(name)), hub_(hub) {}
     std::string className() const override { return "CPDistributedMessagingCenter"; }
     const std::string& name() const { return name_; }
@@ -32,7 +32,7 @@ public:
     Value sendMessageAndReceiveReplyName(const std::string& messageName, const Value& userInfo,
                                          std::string* error = nullptr);
 
-private:
+  private:
     std::string name_;
     MessageCenters& hub_;
 };
@@ -40,7 +40,7 @@ private:
 // The process's view of message centers: makes center objects and routes their requests to
 // the pluggable responder. Every request is journaled with whether a reply came.
 class MessageCenters {
-public:
+  public:
     explicit MessageCenters(Journal& journal) : journal_(journal) {}
 
     // A new center object for the name (what `messageCenter:` hands out).
@@ -51,7 +51,7 @@ public:
     Value route(const std::string& centerName, const std::string& messageName,
                 const Value& userInfo, std::string* error);
 
-private:
+  private:
     Journal& journal_;
     mutable std::mutex mutex_;
     MessageResponder responder_;

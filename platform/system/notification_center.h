@@ -22,7 +22,7 @@ struct Notification {
 // NSNotificationCenter defaultCenter: in-process, synchronous on the posting thread.
 // Observers are held weakly (a gone observer is skipped, as with modern Foundation).
 class NotificationCenter {
-public:
+  public:
     using Handler = std::function<void(const Notification&)>;
 
     explicit NotificationCenter(Journal& journal) : journal_(journal) {}
@@ -36,7 +36,7 @@ public:
     void postNotificationName(const std::string& name, Value object, Value userInfo);
     std::size_t observerCount(const std::string& name) const;
 
-private:
+  private:
     struct Entry {
         std::uint64_t token;
         std::weak_ptr<void> observer;

@@ -18,7 +18,7 @@ struct ShellResult {
 
 // An open popen stream.
 class Pipe {
-public:
+  public:
     virtual ~Pipe() = default;
     // fgets: at most size-1 bytes, stopping after a newline; false at end of input or error.
     virtual bool fgets(char* buffer, int size) = 0;
@@ -31,7 +31,7 @@ public:
 // line is journaled. An interceptor may take chosen commands instead (the simulator turns
 // "killall backboardd" into a user-interface restart); those never reach the host.
 class Shell {
-public:
+  public:
     using Interceptor = std::function<std::optional<ShellResult>(const std::string& command)>;
 
     Shell(Journal& journal, const DeviceRoot& root) : journal_(journal), root_(root) {}
@@ -43,7 +43,7 @@ public:
     // system(command): the wait status.
     int system(const std::string& command);
 
-private:
+  private:
     Journal& journal_;
     const DeviceRoot& root_;
     Interceptor interceptor_;

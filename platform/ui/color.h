@@ -9,7 +9,7 @@ namespace plat {
 
 // UIColor in the sRGB space, components 0...1.
 class Color : public Object {
-public:
+  public:
     static std::shared_ptr<Color> colorWithRGBA(double red, double green, double blue,
                                                 double alpha);
     static std::shared_ptr<Color> colorWithWhite(double white, double alpha);
@@ -30,7 +30,7 @@ public:
     std::string description() const override;
     friend bool operator==(const Color& a, const Color& b);
 
-private:
+  private:
     Color(double r, double g, double b, double a, bool grey)
         : red_(r), green_(g), blue_(b), alpha_(a), grey_(grey) {}
     double red_, green_, blue_, alpha_;

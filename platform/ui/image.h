@@ -17,7 +17,7 @@ class Bundle;
 // UIImage: pixels (a cairo ARGB32 surface: premultiplied alpha, native-endian 32-bit words)
 // and a scale that maps points to pixels. Immutable once made.
 class Image : public Object {
-public:
+  public:
     ~Image() override;
 
     // A fully transparent image of the given pixel size.
@@ -47,7 +47,7 @@ public:
     std::vector<std::string> classChain() const override { return {"UIImage", "NSObject"}; }
     std::string description() const override;
 
-private:
+  private:
     Image(cairo_surface_t* surface, double scale) : surface_(surface), scale_(scale) {}
     cairo_surface_t* surface_;
     double scale_;
