@@ -34,13 +34,15 @@ void appendBigEndian(Bytes& out, std::uint64_t v, std::size_t width) {
         out.push_back(static_cast<std::uint8_t>(v >> (8 * i)));
 }
 
-// Strict UTF-8: no overlong forms, no surrogates, nothing above U+10FFFF. NSString holds
-// UTF-16, so bytes that are not UTF-8 cannot have come from one.
-bool isValidUtf8(const char* s, std::size_t n) {
+// Text libplist can carry: strict UTF-8 (no overlong forms, no surrogates, nothing above
+// U+10FFFF; NSString holds UTF-16, so bytes that are not UTF-8 cannot have come from one) and no
+// NUL, since libplist keeps strings NUL-terminated and would cut them short.
+bool isPlistText(const char* s, std::size_t n) {
     const auto* p = reinterpret_cast<const unsigned char*>(s);
     std::size_t i = 0;
     while (i < n) {
         const unsigned c = p[i];
+        if (c == 0) return false;
         if (c < 0x80) {
             ++i;
             continue;
@@ -77,9 +79,10 @@ bool isValidUtf8(const char* s, std::size_t n) {
 // (binary) or a deeply nested XML document overflows the stack. These checks bound both before
 // any node exists.
 
-// Walks the object graph of a binary plist (containers only) and answers whether the tree
-// libplist would build stays within kMaxPropertyListDepth and about the size of the file.
-// Table layouts Apple's reader calls corrupt are refused here as well.
+// Walks the object graph of a binary plist and answers whether the tree libplist would build
+// stays within kMaxPropertyListDepth and about the size of the file. Containers are followed;
+// of the other objects only strings are looked into. Table layouts Apple's reader calls
+// corrupt are refused here as well.
 bool binaryGraphIsBounded(const std::uint8_t* data, std::size_t size) {
     if (size < kHeaderSize + kTrailerSize + 1) return false;
     const std::uint8_t* trailer = data + size - kTrailerSize;
@@ -302,7 +305,7 @@ class NodeReader {
             case PLIST_STRING: {
                 std::uint64_t length = 0;
                 const char* s = plist_get_string_ptr(node, &length);
-                if (!s || !isValidUtf8(s, length)) return Value();
+                if (!s || !isPlistText(s, length)) return Value();
                 return Value::string(std::string(s, length));
             }
             case PLIST_DATA: {
@@ -372,7 +375,7 @@ class NodeReader {
             plist_dict_next_item(node, iter, &key, &item);
             std::unique_ptr<char, decltype(&std::free)> keyOwner(key, &std::free);
             if (!item) break;
-            if (!key || !isValidUtf8(key, std::strlen(key))) {
+            if (!key || !isPlistText(key, std::strlen(key))) {
                 ok = false;
                 break;
             }
@@ -424,8 +427,10 @@ class NodeWriter {
                 return plist_new_real(v.doubleValue());
             case Value::Type::String: {
                 const std::string& s = *v.asString();
-                if (!isValidUtf8(s.data(), s.size()))
-                    return fail("property lists cannot contain strings that are not UTF-8");
+                if (!isPlistText(s.data(), s.size()))
+                    return fail(
+                        "property lists cannot contain strings that are not UTF-8 or "
+                        "hold NUL characters");
                 return plist_new_string(s.c_str());
             }
             case Value::Type::Data: {
@@ -490,8 +495,9 @@ class NodeWriter {
         if (!enter(entries, depth)) return nullptr;
         NodePtr node(plist_new_dict());
         for (const auto& [key, item] : *entries) {
-            if (!isValidUtf8(key.data(), key.size()))
-                return fail("property list dictionaries may only have keys which are UTF-8");
+            if (!isPlistText(key.data(), key.size()))
+                return fail(
+                    "property list dictionaries may only have keys which are UTF-8 without NUL");
             plist_t child = write(item, depth + 1);
             if (!child) return nullptr;
             plist_dict_set_item(node.get(), key.c_str(), child);
