@@ -1,10 +1,11 @@
-// Devices made with `device init`, seen through the root page's rules.
+// Devices made with `device init`, seen through the root page's rules, and `defaults` on a
+// device's preferences.
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <fstream>
 
-#include "tests/app/page_fixtures.h"
 #include "tests/support/program_run.h"
 
 namespace apptest {
@@ -12,92 +13,70 @@ namespace {
 
 using nlohmann::json;
 
-bool has(const std::vector<std::string>& ids, const std::string& id) {
-    return std::find(ids.begin(), ids.end(), id) != ids.end();
-}
-
-// The root page of a device made with these options, with the master switch on.
-json rootPage(const ScratchFolder& scratch, const std::vector<std::string>& options) {
-    const std::string device = scratch / "device";
+// The root page of a new device made with these options, with the master switch on.
+json rootPage(const std::string& device, const std::vector<std::string>& options) {
     initDevice(device, options);
     const auto result = runProgram({"--device", device, "--json", "toggle Enabled on", "show"});
     EXPECT_EQ(result.status, 0) << result.err;
-    const auto lines = result.outLines();
-    return lines.empty() ? json::object({{"rows", json::array()}, {"journal", json::array()}})
-                         : lines.back();
+    return result.outLines().at(0);
 }
 
-TEST(DeviceCli, FamiliesLoadTheirOwnRootList) {
-    ScratchFolder phone, pad;
-    const auto phoneIds = rowIds(rootPage(phone, {"--family", "iphone"}));
-    const auto padIds = rowIds(rootPage(pad, {"--family", "ipad", "--scale", "2"}));
-    EXPECT_TRUE(has(phoneIds, "Phone"));
+// The row with this identifier or label; null when there is none.
+json row(const json& page, const std::string& name) {
+    for (const auto& row : page.at("rows"))
+        if (row.at("id") == name || row.at("label") == name) return row;
+    return nullptr;
+}
+
+TEST(DeviceCli, FamilySystemVersionFaceTimeAndAppsReachTheRootPagesRules) {
+    ScratchFolder scratch;
+    const json phone = rootPage(
+        scratch / "phone", {"--system-version", "12.4", "--scale", "2", "--app", "bitesms", "--app",
+                            "ringledger", "--app", "com.apple.mobilemail,Mail,system"});
+    for (const char* name : {"Phone", "Lock Screen", "FaceTime", "biteSMS", "RingLedger"})
+        EXPECT_NE(row(phone, name), nullptr) << name;
+    EXPECT_EQ(row(phone, "Recents"), nullptr);
+    // 60-point home-screen icons at 2x; not installed, the extension has no icon to give.
+    EXPECT_EQ(row(phone, "biteSMS")["icon"], json({{"width", 120}, {"height", 120}}));
+    EXPECT_EQ(row(phone, "Mail")["icon"], json({{"width", 120}, {"height", 120}}));
+    EXPECT_EQ(row(phone, "Messages")["icon"], nullptr);
+    for (const auto& entry : phone["journal"])
+        EXPECT_TRUE(entry["kind"] != "request" || entry["replied"] == true) << entry;
+
+    const json pad = rootPage(scratch / "pad", {"--family", "ipad", "--scale", "2", "--no-facetime",
+                                                "--app", "bitesms", "--no-extension"});
     // There is no Phone application on an iPad; its list has no row for it.
-    EXPECT_FALSE(has(padIds, "Phone"));
-    EXPECT_TRUE(has(padIds, "Messages"));
+    for (const char* name : {"Phone", "Lock Screen", "FaceTime"})
+        EXPECT_EQ(row(pad, name), nullptr) << name;
+    EXPECT_NE(row(pad, "Messages"), nullptr);
+    // Without the extension, requests go unanswered and rows have no icon.
+    EXPECT_EQ(row(pad, "biteSMS")["icon"], nullptr);
+    const json& journal = pad["journal"];
+    EXPECT_TRUE(std::any_of(journal.begin(), journal.end(),
+                            [](const json& entry) { return entry["kind"] == "request"; }));
+    for (const auto& entry : journal)
+        EXPECT_TRUE(entry["kind"] != "request" ||
+                    (entry["name"] == "com.norvale.velto.appicon" && entry["replied"] == false))
+            << entry;
 }
 
-TEST(DeviceCli, FaceTimeAndSystemVersionReachTheRootPagesRules) {
-    ScratchFolder older, newer;
-    const auto olderIds = rowIds(rootPage(older, {"--system-version", "12.4"}));
-    const auto newerIds = rowIds(rootPage(newer, {"--system-version", "14.4", "--no-facetime"}));
-    EXPECT_TRUE(has(olderIds, "Lock Screen"));
-    EXPECT_TRUE(has(olderIds, "FaceTime"));
-    EXPECT_FALSE(has(newerIds, "Lock Screen"));
-    EXPECT_FALSE(has(newerIds, "FaceTime"));
-}
-
-TEST(DeviceCli, InstalledAppsShowTheirRowsWithIconsAtTheDevicesScale) {
-    ScratchFolder scratch;
-    const json page = rootPage(scratch, {"--app", "bitesms", "--app", "ringledger", "--app",
-                                         "com.apple.mobilemail,Mail,system", "--scale", "2"});
-    const auto ids = rowIds(page);
-    EXPECT_TRUE(has(ids, "biteSMS"));
-    EXPECT_TRUE(has(ids, "RingLedger"));
-    EXPECT_FALSE(has(ids, "Recents"));
-    // 60-point home-screen icons at 2x.
-    EXPECT_EQ(rowWithId(page, "biteSMS")["icon"], json({{"width", 120}, {"height", 120}}));
-    EXPECT_EQ(rowWithId(page, "Mail")["icon"], json({{"width", 120}, {"height", 120}}));
-    // Not installed: the extension has no icon to give.
-    EXPECT_EQ(rowWithId(page, "Messages")["icon"], nullptr);
-    for (const auto& request : journalOf(page, "request"))
-        EXPECT_EQ(request["replied"], true);
-}
-
-TEST(DeviceCli, WithoutTheExtensionRequestsGoUnansweredAndRowsHaveNoIcon) {
-    ScratchFolder scratch;
-    const json page = rootPage(scratch, {"--app", "bitesms", "--no-extension"});
-    EXPECT_EQ(rowWithId(page, "biteSMS")["icon"], nullptr);
-    const auto requests = journalOf(page, "request");
-    ASSERT_FALSE(requests.empty());
-    for (const auto& request : requests) {
-        EXPECT_EQ(request["name"], "com.norvale.velto.appicon");
-        EXPECT_EQ(request["replied"], false);
-    }
-}
-
-TEST(DeviceCli, TheDemoDeviceIsRichAndSwitchedOn) {
-    ScratchFolder scratch;
-    const std::string device = scratch / "demo";
-    initDevice(device, {"--demo"});
-    const auto result = runProgram({"--device", device, "--json", "show"});
-    ASSERT_EQ(result.status, 0) << result.err;
-    const json page = result.outLines().at(0);
-    EXPECT_EQ(rowWithId(page, "VeltoEnabled")["value"], true);
-    for (const char* id : {"Phone", "Messages", "Mail", "biteSMS", "RingLedger"})
-        EXPECT_NE(rowWithId(page, id)["icon"], nullptr) << id;
-    EXPECT_EQ(rowWithId(page, "Recents"), nullptr);
-}
-
-TEST(DeviceCli, WithoutADeviceTheDemoIsMadeOnFirstUseUnderTheStateFolder) {
+TEST(DeviceCli, WithoutADeviceARichDemoIsMadeOnFirstUseUnderTheStateFolder) {
     ScratchFolder state;
     const std::map<std::string, std::string> environment{{"XDG_STATE_HOME", state.path().string()}};
     for (int run = 0; run < 2; ++run) {
         const auto result = runProgram({"--json", "show"}, "", environment);
         ASSERT_EQ(result.status, 0) << result.err;
-        EXPECT_EQ(rowWithId(result.outLines().at(0), "VeltoEnabled")["value"], true);
+        const json page = result.outLines().at(0);
+        EXPECT_EQ(row(page, "VeltoEnabled")["value"], true);
+        for (const char* name : {"Phone", "Messages", "Mail", "biteSMS", "RingLedger"})
+            EXPECT_NE(row(page, name)["icon"], nullptr) << name;
+        EXPECT_EQ(row(page, "Recents"), nullptr);
     }
     EXPECT_TRUE(std::filesystem::exists(state.path() / "velto-settings/demo/DeviceProfile.plist"));
+    // `device init --demo` makes the same device anywhere.
+    initDevice(state / "demo", {"--demo"});
+    EXPECT_TRUE(std::filesystem::exists(
+        state.path() / "demo/var/mobile/Library/Preferences/com.norvale.velto.plist"));
 }
 
 TEST(DeviceCli, BadOptionsAreRefusedWithoutADevice) {
@@ -111,11 +90,83 @@ TEST(DeviceCli, BadOptionsAreRefusedWithoutADevice) {
                                                     {"--system-version", "fourteen"}}) {
         std::vector<std::string> arguments{"device", "init", scratch / "device"};
         arguments.insert(arguments.end(), options.begin(), options.end());
-        const auto result = runProgram(arguments);
-        EXPECT_EQ(result.status, 1) << options[1];
+        EXPECT_EQ(runProgram(arguments).status, 1) << options[1];
         EXPECT_FALSE(std::filesystem::exists(scratch.path() / "device/DeviceProfile.plist"))
             << options[1];
     }
+}
+
+class DefaultsCli : public ::testing::Test {
+  protected:
+    void SetUp() override { initDevice(device_); }
+
+    ProgramResult defaults(const std::vector<std::string>& arguments) {
+        std::vector<std::string> all{"--device", device_, "--json", "defaults"};
+        all.insert(all.end(), arguments.begin(), arguments.end());
+        return runProgram(all);
+    }
+    json read(const std::string& domain, const std::string& key) {
+        return defaults({"read", domain, key}).outLines().at(0);
+    }
+
+    ScratchFolder scratch_;
+    std::string device_ = scratch_ / "device";
+};
+
+TEST_F(DefaultsCli, WrittenValuesReadBackWithTheirTypesFromWhereTheBundleReadsThem) {
+    for (const auto& [key, type, text, value] :
+         std::vector<std::tuple<std::string, std::string, std::string, json>>{
+             {"VeltoEnabled", "-bool", "YES", true},
+             {"Count", "-int", "-12", -12},
+             {"Ratio", "-float", "0.5", 0.5},
+             {"Name", "-string", "two words", "two words"},
+             {"Plain", "", "text", "text"}}) {
+        std::vector<std::string> arguments{"write", "com.norvale.velto", key};
+        if (!type.empty()) arguments.push_back(type);
+        arguments.push_back(text);
+        ASSERT_EQ(defaults(arguments).status, 0) << key;
+        EXPECT_EQ(read("com.norvale.velto", key), value) << key;
+    }
+    EXPECT_EQ(defaults({"read", "com.norvale.velto"}).outLines().at(0).size(), 5u);
+
+    // A binary property list in the bundle's place, and the session sees what it holds.
+    std::ifstream file(scratch_.path() /
+                       "device/var/mobile/Library/Preferences/com.norvale.velto.plist");
+    std::string magic(8, '\0');
+    file.read(magic.data(), 8);
+    EXPECT_EQ(magic, "bplist00");
+    const auto shown = runProgram({"--device", device_, "--json", "show"});
+    EXPECT_EQ(row(shown.outLines().at(0), "VeltoEnabled")["value"], true);
+
+    // A device path names a domain anywhere on the device.
+    ASSERT_EQ(defaults({"write", "/var/mobile/Library/Other/thing", "K", "-int", "3"}).status, 0);
+    EXPECT_TRUE(
+        std::filesystem::exists(scratch_.path() / "device/var/mobile/Library/Other/thing.plist"));
+    EXPECT_EQ(read("/var/mobile/Library/Other/thing.plist", "K"), 3);
+}
+
+TEST_F(DefaultsCli, BadValuesAreRefusedAndDeleteRemovesAKeyOrTheWholeDomain) {
+    for (const std::vector<std::string>& value : {std::vector<std::string>{"-bool", "maybe"},
+                                                  {"-int", "12abc"},
+                                                  {"-float", ""},
+                                                  {"-date", "now"},
+                                                  {}}) {
+        std::vector<std::string> arguments{"write", "com.norvale.velto", "Key"};
+        arguments.insert(arguments.end(), value.begin(), value.end());
+        const auto result = defaults(arguments);
+        EXPECT_EQ(result.status, 1);
+        EXPECT_EQ(result.errLines().size(), 1u);
+    }
+    EXPECT_EQ(defaults({"read", "com.norvale.velto"}).status, 1);  // left alone
+
+    ASSERT_EQ(defaults({"write", "com.norvale.velto", "A", "-bool", "true"}).status, 0);
+    ASSERT_EQ(defaults({"write", "com.norvale.velto", "B", "-bool", "true"}).status, 0);
+    ASSERT_EQ(defaults({"delete", "com.norvale.velto", "A"}).status, 0);
+    EXPECT_EQ(defaults({"read", "com.norvale.velto", "A"}).status, 1);
+    EXPECT_EQ(read("com.norvale.velto", "B"), true);
+    ASSERT_EQ(defaults({"delete", "com.norvale.velto"}).status, 0);
+    EXPECT_EQ(defaults({"read", "com.norvale.velto"}).status, 1);
+    EXPECT_EQ(defaults({"delete", "com.norvale.velto"}).status, 1);
 }
 
 }  // namespace

@@ -1,20 +1,54 @@
-// The session driven through the program's command line, as a script would drive it.
+// The session driven through the program's command line, as a script would drive it, and the
+// page host underneath it in-process: navigation lifetimes and restarts of the interface.
 
 #include <gtest/gtest.h>
 
 #include <fstream>
 
-#include "tests/app/page_fixtures.h"
+#include "app/session.h"
+#include "app/step_error.h"
+#include "app/ui_restart.h"
+#include "platform/foundation/plist_file.h"
+#include "platform/system/device_root.h"
 #include "tests/support/program_run.h"
 
 namespace apptest {
 namespace {
 
 using nlohmann::json;
+using plat::Value;
+
+json rowWithId(const json& page, const std::string& id) {
+    for (const auto& row : page.at("rows"))
+        if (row.at("id") == id) return row;
+    return nullptr;
+}
+
+std::vector<json> journalOf(const json& page, const std::string& kind) {
+    std::vector<json> entries;
+    for (const auto& entry : page.at("journal"))
+        if (entry.at("kind") == kind) entries.push_back(entry);
+    return entries;
+}
+
+// Points the last row of a device's root list (About, which a new device shows with the master
+// switch off) at `pageClass` and, given one, gives the master switch another setter. The list
+// loses its title, so a page shows the title of the row that opened it, or none.
+void editRootList(const std::string& device, const std::string& pageClass,
+                  const std::string& masterSetter = "") {
+    const plat::DeviceRoot root(device);
+    const std::string path = "/System/Library/PreferenceBundles/VeltoSettings.bundle/Velto.plist";
+    const Value list = plat::dictionaryWithContentsOfFile(root, path);
+    const Value items = list.objectForKey("items");
+    items.objectAtIndex(items.count() - 1).setValueForKey("detail", pageClass);
+    if (!masterSetter.empty()) items.objectAtIndex(1).setValueForKey("set", masterSetter);
+    list.removeObjectForKey("title");
+    ASSERT_TRUE(plat::writePropertyListToFile(root, list, path, false));
+}
 
 class NavigationCli : public ::testing::Test {
   protected:
-    void SetUp() override { initDevice(device_); }
+    void SetUp() override { initDevice(device_, {"--app", "bitesms"}); }
 
     ProgramResult run(std::vector<std::string> steps, const std::string& input = "") {
         steps.insert(steps.begin(), {"--device", device_, "--json"});
@@ -25,39 +59,27 @@ class NavigationCli : public ::testing::Test {
     std::string device_ = scratch_ / "device";
 };
 
-TEST_F(NavigationCli, NewDeviceShowsOnlyTheMasterSwitchAndTheLastTwoRows) {
-    const auto result = run({"show"});
-    ASSERT_EQ(result.status, 0) << result.err;
-    const auto lines = result.outLines();
-    ASSERT_EQ(lines.size(), 1u);
-    const json& page = lines[0];
-    EXPECT_EQ(page["page"], "VeltoSettingsController");
-    EXPECT_EQ(page["depth"], 1);
-    EXPECT_EQ(page["presented"], nullptr);
-    ASSERT_EQ(page["rows"].size(), 4u);
-    EXPECT_EQ(page["rows"][0]["cell"], "PSGroupCell");
-    EXPECT_EQ(page["rows"][0]["value"], nullptr);
-    const json master = rowWithId(page, "VeltoEnabled");
-    EXPECT_EQ(master["cell"], "PSSwitchCell");
-    EXPECT_EQ(master["value"], false);
-    for (std::size_t i = 0; i < page["rows"].size(); ++i)
-        EXPECT_EQ(page["rows"][i]["index"], i);
-    // Start-up itself is in the first page's journal: the root page was pushed.
-    const auto pushes = journalOf(page, "navigation");
-    ASSERT_EQ(pushes.size(), 1u);
-    EXPECT_EQ(pushes[0]["class"], "VeltoSettingsController");
-}
-
-TEST_F(NavigationCli, MasterSwitchStoresTheValuePostsTheNotificationAndShowsTheRows) {
+TEST_F(NavigationCli, TheMasterSwitchStoresTheValuePostsTheNotificationAndShowsTheRows) {
     const auto result = run({"show", "toggle Enabled", "show"});
     ASSERT_EQ(result.status, 0) << result.err;
-    const auto lines = result.outLines();
-    ASSERT_EQ(lines.size(), 2u);
-    const json& after = lines[1];
-    EXPECT_EQ(rowWithId(after, "VeltoEnabled")["value"], true);
-    EXPECT_GT(after["rows"].size(), lines[0]["rows"].size());
+    const auto pages = result.outLines();
+    ASSERT_EQ(pages.size(), 2u);
+    // A new device shows only the master switch, off, and the last two rows.
+    const json& before = pages[0];
+    EXPECT_EQ(before["page"], "VeltoSettingsController");
+    EXPECT_EQ(before["presented"], nullptr);
+    ASSERT_EQ(before["rows"].size(), 4u);
+    EXPECT_EQ(before["rows"][1]["cell"], "PSSwitchCell");
+    EXPECT_EQ(rowWithId(before, "VeltoEnabled")["value"], false);
+    // Start-up itself is in the first page's journal: the root page was pushed.
+    const auto pushes = journalOf(before, "navigation");
+    ASSERT_EQ(pushes.size(), 1u);
+    EXPECT_EQ(pushes[0]["class"], "VeltoSettingsController");
 
-    // The journal of the second page holds only what the switch did.
+    // The second page's journal holds only what the switch did.
+    const json& after = pages[1];
+    EXPECT_EQ(rowWithId(after, "VeltoEnabled")["value"], true);
+    EXPECT_GT(after["rows"].size(), 4u);
     EXPECT_TRUE(journalOf(after, "navigation").empty());
     const auto notifications = journalOf(after, "notification");
     ASSERT_EQ(notifications.size(), 1u);
@@ -66,50 +88,57 @@ TEST_F(NavigationCli, MasterSwitchStoresTheValuePostsTheNotificationAndShowsTheR
     ASSERT_FALSE(inserts.empty());
     EXPECT_EQ(inserts.front()["index"], 2);
     EXPECT_EQ(inserts.front()["animated"], true);
-
-    const auto stored = runProgram(
-        {"--device", device_, "--json", "defaults", "read", "com.norvale.velto", "VeltoEnabled"});
-    ASSERT_EQ(stored.status, 0) << stored.err;
+    const auto stored = run({"defaults", "read", "com.norvale.velto", "VeltoEnabled"});
     EXPECT_EQ(stored.outLines().at(0), true);
-}
 
-TEST_F(NavigationCli, ToggleWithAStateSetsItAndWithoutOneFlipsWhatTheSwitchShows) {
-    auto result = run({"toggle Enabled on", "toggle Enabled on", "show"});
-    ASSERT_EQ(result.status, 0) << result.err;
-    EXPECT_EQ(rowWithId(result.outLines().at(0), "VeltoEnabled")["value"], true);
-
-    result = run({"toggle VeltoEnabled", "show"});
-    ASSERT_EQ(result.status, 0) << result.err;
-    const json page = result.outLines().at(0);
-    EXPECT_EQ(rowWithId(page, "VeltoEnabled")["value"], false);
-    EXPECT_FALSE(journalOf(page, "remove").empty());
-}
-
-TEST_F(NavigationCli, RowsAreNamedByIdentifierLabelOrIndex) {
-    for (const std::string name : {"VeltoEnabled", "Enabled", "#1"}) {
-        const auto result = run({"toggle " + name + " on", "show"});
-        ASSERT_EQ(result.status, 0) << name << ": " << result.err;
-        EXPECT_EQ(rowWithId(result.outLines().at(0), "VeltoEnabled")["value"], true) << name;
-        ASSERT_EQ(run({"toggle " + name + " off"}).status, 0);
+    // Every page, row and journal entry has the fields scripts read.
+    for (const char* key : {"page", "title", "rows", "presented", "journal"})
+        EXPECT_TRUE(after.contains(key)) << key;
+    for (std::size_t i = 0; i < after["rows"].size(); ++i) {
+        EXPECT_EQ(after["rows"][i]["index"], i);
+        for (const char* key : {"cell", "label", "id", "footer", "value", "detail", "icon"})
+            EXPECT_TRUE(after["rows"][i].contains(key)) << key << " in " << after["rows"][i];
+    }
+    for (const auto& entry : after["journal"]) {
+        const std::string kind = entry["kind"];
+        EXPECT_TRUE(kind != "request" || (entry.contains("replied") && entry.contains("name")));
+        EXPECT_TRUE((kind != "insert" && kind != "remove" && kind != "reload") ||
+                    (entry.contains("index") && entry.contains("animated")))
+            << entry;
     }
 }
 
-TEST_F(NavigationCli, StepsThatCannotBeCarriedOutFailWithStatusTwoAndChangeNothing) {
-    const std::vector<std::pair<std::string, std::string>> cases = {
-        {"toggle Nowhere", "no row"},
-        {"toggle #99", "no row"},
-        {"toggle #0", "not a switch"},
-        {"tap Enabled", "not a button"},
-        {"open Enabled", "does not lead to a page"},
-        {"back", "root page"},
-        {"choose OK", "nothing is presented"},
-        {"dismiss", "nothing is presented"},
-        {"pick /nonexistent.png", "no photo picker"},
-        {"cancel", "no photo picker"},
-        {"frobnicate", "unknown step"},
-        {"show everything", "takes no argument"},
-    };
-    for (const auto& [step, message] : cases) {
+TEST_F(NavigationCli, RowsAreNamedByIdentifierLabelOrIndexAndToggleSetsOrFlips) {
+    for (const std::string name : {"VeltoEnabled", "Enabled", "#1"}) {
+        const auto result = run(
+            {"toggle " + name + " on", "toggle " + name + " on", "show", "toggle " + name, "show"});
+        ASSERT_EQ(result.status, 0) << name << ": " << result.err;
+        const auto pages = result.outLines();
+        ASSERT_EQ(pages.size(), 2u);
+        EXPECT_EQ(rowWithId(pages[0], "VeltoEnabled")["value"], true) << name;
+        EXPECT_EQ(rowWithId(pages[1], "VeltoEnabled")["value"], false) << name;
+        EXPECT_FALSE(journalOf(pages[1], "remove").empty()) << name;
+    }
+}
+
+TEST_F(NavigationCli, StepsThatCannotBeCarriedOutOrRaiseFailWithStatusTwoAndChangeNothing) {
+    // The bundle raises when the master switch's setter does not exist.
+    editRootList(device_, "SomedaySettingsController", "noSuchSetter:specifier:");
+    for (const auto& [step, message] : std::vector<std::pair<std::string, std::string>>{
+             {"toggle Nowhere", "no row"},
+             {"toggle #99", "no row"},
+             {"toggle #0", "not a switch"},
+             {"tap Enabled", "not a button"},
+             {"open Enabled", "does not lead to a page"},
+             {"open About", "page class SomedaySettingsController is not available yet"},
+             {"toggle Enabled", "noSuchSetter:specifier:"},
+             {"back", "root page"},
+             {"choose OK", "nothing is presented"},
+             {"dismiss", "nothing is presented"},
+             {"pick /nonexistent.png", "no photo picker"},
+             {"cancel", "no photo picker"},
+             {"frobnicate", "unknown step"},
+             {"show everything", "takes no argument"}}) {
         const auto result = run({step});
         EXPECT_EQ(result.status, 2) << step;
         const auto errors = result.errLines();
@@ -118,85 +147,133 @@ TEST_F(NavigationCli, StepsThatCannotBeCarriedOutFailWithStatusTwoAndChangeNothi
         EXPECT_NE(errors[0]["error"].get<std::string>().find(message), std::string::npos)
             << step << ": " << errors[0]["error"];
     }
-    // None of them touched the settings file.
-    EXPECT_EQ(runProgram({"--device", device_, "defaults", "read", "com.norvale.velto"}).status, 1);
+    // None of them wrote the settings file.
+    EXPECT_EQ(run({"defaults", "read", "com.norvale.velto"}).status, 1);
 }
 
-TEST_F(NavigationCli, EveryStepIsCheckedBeforeTheFirstOneRuns) {
-    const auto result = run({"toggle Enabled", "show", "frobnicate"});
+TEST_F(NavigationCli, EveryStepIsCheckedBeforeTheFirstRunsAndTheRunStopsAtAFailure) {
+    auto result = run({"toggle Enabled", "show", "frobnicate"});
     EXPECT_EQ(result.status, 2);
     EXPECT_TRUE(result.out.empty());
-    EXPECT_EQ(runProgram({"--device", device_, "defaults", "read", "com.norvale.velto"}).status, 1);
-}
-
-TEST_F(NavigationCli, TheRunStopsAtTheFirstFailingStep) {
-    const auto result = run({"show", "back", "show"});
+    EXPECT_EQ(run({"defaults", "read", "com.norvale.velto"}).status, 1);
+    result = run({"show", "back", "show"});
     EXPECT_EQ(result.status, 2);
     EXPECT_EQ(result.outLines().size(), 1u);
 }
 
-TEST_F(NavigationCli, OpeningAPageWhoseClassDoesNotExistYetFailsCleanly) {
-    writeRootList(device_, {{"Someday", "SomedaySettingsController"}});
-    const auto result = run({"open Someday"});
-    EXPECT_EQ(result.status, 2);
-    const auto errors = result.errLines();
-    ASSERT_EQ(errors.size(), 1u);
-    EXPECT_EQ(errors[0]["error"], "page class SomedaySettingsController is not available yet");
-}
-
-TEST_F(NavigationCli, WhatTheBundleRaisesIsAnErrorOfTheStepNotACrash) {
-    writeRootList(device_, {{"Again", "VeltoSettingsController"}}, "noSuchSetter:specifier:");
-    const auto result = run({"toggle Enabled", "show"});
-    EXPECT_EQ(result.status, 2);
-    const auto errors = result.errLines();
-    ASSERT_EQ(errors.size(), 1u) << result.err;
-    EXPECT_EQ(errors[0]["step"], "toggle Enabled");
-    EXPECT_NE(errors[0]["error"].get<std::string>().find("noSuchSetter:specifier:"),
-              std::string::npos);
-}
-
 TEST_F(NavigationCli, OpenPushesTheRowsPageAndBackReturns) {
     // The root class stands in for a detail page: it is a page class that certainly exists.
-    writeRootList(device_, {{"Again", "VeltoSettingsController"}});
-    const auto result = run({"open Again", "show", "back", "show"});
+    editRootList(device_, "VeltoSettingsController");
+    const auto result = run({"open About", "show", "back", "show"});
     ASSERT_EQ(result.status, 0) << result.err;
-    const auto lines = result.outLines();
-    ASSERT_EQ(lines.size(), 2u);
-    EXPECT_EQ(lines[0]["depth"], 2);
-    // The row that opened the page names it.
-    EXPECT_EQ(lines[0]["title"], "Again");
-    const auto pushed = journalOf(lines[0], "navigation");
-    ASSERT_EQ(pushed.size(), 2u);
-    EXPECT_EQ(pushed[1]["action"], "push");
-    EXPECT_EQ(lines[1]["depth"], 1);
-    EXPECT_EQ(lines[1]["title"], nullptr);
-    const auto popped = journalOf(lines[1], "navigation");
-    ASSERT_EQ(popped.size(), 1u);
-    EXPECT_EQ(popped[0]["action"], "pop");
+    const auto pages = result.outLines();
+    ASSERT_EQ(pages.size(), 2u);
+    EXPECT_EQ(pages[0]["depth"], 2);
+    EXPECT_EQ(pages[0]["title"], "About");  // the row that opened the page names it
+    EXPECT_EQ(journalOf(pages[0], "navigation").at(1)["action"], "push");  // after start-up's
+    EXPECT_EQ(pages[1]["depth"], 1);
+    EXPECT_EQ(pages[1]["title"], nullptr);
+    EXPECT_EQ(journalOf(pages[1], "navigation").at(0)["action"], "pop");
 }
 
 TEST_F(NavigationCli, RunReadsStepsFromAFileOrStandardInputSkippingComments) {
-    const std::string script = "# switch Velto on\n\n  toggle Enabled  \nshow\n";
-    auto result = run({"run", "-"}, script);
+    auto result = run({"run", "-"}, "# switch Velto on\n\n  toggle Enabled  \nshow\n");
     ASSERT_EQ(result.status, 0) << result.err;
     ASSERT_EQ(result.outLines().size(), 1u);
     EXPECT_EQ(rowWithId(result.outLines()[0], "VeltoEnabled")["value"], true);
 
     const std::string file = scratch_ / "steps.txt";
     std::ofstream(file) << "toggle Enabled\nshow\nbogus step\nshow\n";
-    result = runProgram({"--device", device_, "--json", "run", file});
+    result = run({"run", file});
     EXPECT_EQ(result.status, 2);
     // The steps before the bad line ran; the one after did not.
     ASSERT_EQ(result.outLines().size(), 1u);
     EXPECT_EQ(rowWithId(result.outLines()[0], "VeltoEnabled")["value"], false);
     EXPECT_NE(result.errLines().at(0)["error"].get<std::string>().find("line 3"),
               std::string::npos);
-}
 
-TEST_F(NavigationCli, AMissingDeviceOrScriptIsTroubleNotAStepFailure) {
+    // A missing device or script is trouble, not a step failure.
     EXPECT_EQ(runProgram({"--device", scratch_ / "absent", "show"}).status, 1);
     EXPECT_EQ(run({"run", scratch_ / "absent.txt"}).status, 1);
-    EXPECT_EQ(runProgram({"--device", device_, "run", "-", "show"}).status, 1);
+    EXPECT_EQ(run({"run", "-", "show"}).status, 1);
+}
+
+TEST_F(NavigationCli, WithoutJsonThePageIsForPeopleAndErrorsNameTheStep) {
+    auto result = runProgram({"--device", device_, "toggle Enabled", "show"});
+    ASSERT_EQ(result.status, 0) << result.err;
+    for (const char* text :
+         {"Velto  VeltoSettingsController", "OTHER APPLICATIONS", "#1   Enabled", "[ on]",
+          "[icon 180x180] >", "notification       com.norvale.veltosettingschanged"})
+        EXPECT_NE(result.out.find(text), std::string::npos) << text << " in\n" << result.out;
+    EXPECT_EQ(result.out.find('\033'), std::string::npos);  // not a terminal: no colour
+
+    result = runProgram({"--device", device_, "open Nowhere"});
+    EXPECT_EQ(result.status, 2);
+    EXPECT_TRUE(result.out.empty());
+    EXPECT_EQ(result.err, "error: open Nowhere: no row 'Nowhere' on this page\n");
+
+    // Without steps or a terminal, the root page is printed.
+    result = runProgram({"--device", device_});
+    EXPECT_NE(result.out.find("VeltoSettingsController"), std::string::npos) << result.out;
+    result = run({});
+    ASSERT_EQ(result.outLines().size(), 1u);
+    EXPECT_EQ(result.outLines()[0]["page"], "VeltoSettingsController");
+}
+
+TEST_F(NavigationCli, KillingBackboarddRestartsTheInterfaceWithoutReachingTheHost) {
+    velto::app::Session session(device_);
+    std::weak_ptr<plat::ListController> before = session.topPage();
+    const std::size_t centers = session.process().messageCenters().centersMade();
+    session.takeJournal();
+
+    EXPECT_EQ(session.process().shell().system("killall backboardd"), 0);
+    session.settle();
+    EXPECT_TRUE(before.expired());
+    ASSERT_NE(session.topPage(), nullptr);
+    EXPECT_EQ(session.depth(), 1u);
+    EXPECT_EQ(session.restarts(), 1);
+    // A new Settings application: the root page made its message center afresh.
+    EXPECT_EQ(session.process().messageCenters().centersMade(), centers + 1);
+    const auto journal = session.takeJournal();
+    ASSERT_FALSE(journal.empty());
+    EXPECT_EQ(journal[0].kind, plat::JournalEntry::Kind::Shell);
+    EXPECT_EQ(journal[0].text, "killall backboardd");
+}
+
+TEST(UiRestart, OnlyCommandsThatEndTheInterfaceRestartItAndNoKillallReachesTheHost) {
+    int restarts = 0;
+    const auto status = [&](const std::string& command) {
+        const auto result = velto::app::interceptRestart(command, [&] { ++restarts; });
+        return result ? result->status : -1;  // -1: declined, the command runs for real
+    };
+    for (const char* command : {"killall backboardd", "/usr/bin/killall -9 backboardd",
+                                "killall 'SpringBoard'", "sbreload"})
+        EXPECT_EQ(status(command), 0) << command;
+    EXPECT_EQ(restarts, 4);
+    EXPECT_GT(status("killall Preferences"), 0);
+    EXPECT_EQ(status("'/usr/bin/dpkg-query' '-Wf' '${Version}' 'com.norvale.velto2'"), -1);
+    EXPECT_EQ(restarts, 4);
+}
+
+TEST_F(NavigationCli, APoppedPageIsReleasedAFailedOpenPushesNothing) {
+    editRootList(device_, "VeltoSettingsController");
+    {
+        velto::app::Session session(device_);
+        session.open(session.topPage()->heldSpecifiers()->objectAtIndex(3));
+        ASSERT_EQ(session.depth(), 2u);
+        std::weak_ptr<plat::ListController> pushed = session.topPage();
+        session.back();
+        EXPECT_TRUE(pushed.expired());
+        EXPECT_EQ(session.depth(), 1u);
+        EXPECT_THROW(session.back(), velto::app::StepError);
+    }
+    editRootList(device_, "SomedaySettingsController");
+    velto::app::Session session(device_);
+    session.takeJournal();
+    EXPECT_THROW(session.open(session.topPage()->heldSpecifiers()->objectAtIndex(3)),
+                 velto::app::StepError);
+    EXPECT_EQ(session.depth(), 1u);
+    EXPECT_TRUE(session.takeJournal().empty());
 }
 
 }  // namespace

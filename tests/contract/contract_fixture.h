@@ -4,61 +4,76 @@
 
 #include <cairo.h>
 
-#include <cmath>
 #include <cstdint>
+#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <string>
 
-#include "bundle/bundle_classes.h"
 #include "platform/foundation/plist.h"
 #include "platform/foundation/value.h"
 #include "platform/ui/color.h"
 #include "platform/ui/image.h"
-#include "tests/support/test_device.h"
+#include "tests/support/bundle_device.h"
 
 namespace contracttest {
 
-inline constexpr const char* kBundle = "/System/Library/PreferenceBundles/VeltoSettings.bundle";
-inline constexpr const char* kPreferences = "/var/mobile/Library/Preferences";
-inline constexpr const char* kMainFile = "/var/mobile/Library/Preferences/com.norvale.velto.plist";
+inline constexpr const char* kBundle = testsupport::BundleDevice::kBundle;
+inline constexpr const char* kMainFile = testsupport::BundleDevice::kMainSettings;
 inline constexpr const char* kChanged = "com.norvale.veltosettingschanged";
 
-// A fresh device with the bundle's resources installed where the Settings app finds them.
+// A settings dictionary of booleans.
+inline plat::Value bools(std::initializer_list<std::pair<const char*, bool>> flags) {
+    plat::Dictionary settings;
+    for (const auto& [key, on] : flags)
+        settings[key] = plat::Value::boolean(on);
+    return plat::Value::dictionary(std::move(settings));
+}
+
+// "#RRGGBBAA" of a colour and of an opaque pixel, so that colours compare at 8 bits a channel.
+inline std::string hexOf(const plat::ColorPtr& color) {
+    return color ? color->hexString() : "no colour";
+}
+inline std::string hexOf(std::uint32_t opaqueArgb) {
+    char buffer[10];
+    std::snprintf(buffer, sizeof buffer, "#%06XFF", opaqueArgb & 0xffffffu);
+    return buffer;
+}
+
+// A fresh device with the bundle's classes and resources installed.
 class ContractTest : public ::testing::Test {
   protected:
-    void SetUp() override {
-        velto::registerBundleClasses();
-        device.setProfile("iPhone", 3);
-        device.setSystemVersion("14.4");
-        device.install(testsupport::sourceDir() / "resources", kBundle);
-    }
-
     // The bytes of a device file, as a string ("" when missing).
     std::string fileText(const std::string& devicePath) {
         auto bytes = device.process().root().readFile(devicePath);
         return bytes ? std::string(bytes->begin(), bytes->end()) : std::string();
     }
-    bool isBinaryPlist(const std::string& devicePath) {
-        return fileText(devicePath).rfind("bplist00", 0) == 0;
+    std::size_t changedPosts() {
+        std::size_t n = 0;
+        for (auto& name : device.notifications())
+            n += name == kChanged;
+        return n;
+    }
+    // The product colour as the bundle's "nav" swatch shows it.
+    std::string productHex() {
+        auto swatch = plat::Image::imageWithContentsOfFile(std::string(kBundle) + "/nav@3x.png");
+        return swatch ? hexOf(swatch->pixel(swatch->pixelWidth() / 2, 10)) : "no swatch";
     }
 
     // New contents written in place with the same size and modification time, so that only
     // an explicit re-read can notice them.
     void rewriteKeepingStamp(const std::string& devicePath, const plat::Value& value) {
         const auto host = device.host(devicePath);
-        const auto size = std::filesystem::file_size(host);
         const auto time = std::filesystem::last_write_time(host);
         auto bytes = plat::dataFromPropertyList(value, plat::PropertyListFormat::Binary);
-        ASSERT_TRUE(bytes);
-        ASSERT_EQ(bytes->size(), size);
-        std::fstream(host, std::ios::in | std::ios::out | std::ios::binary)
+        ASSERT_TRUE(bytes && bytes->size() == std::filesystem::file_size(host));
+        std::ofstream(host, std::ios::binary)
             .write(reinterpret_cast<const char*>(bytes->data()),
                    static_cast<std::streamsize>(bytes->size()));
         std::filesystem::last_write_time(host, time);
     }
 
-    testsupport::TestDevice device;
+    testsupport::BundleDevice device;
 };
 
 // A flat picture painted with cairo, independently of the code under test: `inner` fills
@@ -73,38 +88,11 @@ inline plat::ImagePtr paint(int width, int height, double scale, Rgba background
     cairo_set_operator(cr, CAIRO_OPERATOR_SOURCE);
     cairo_set_source_rgba(cr, background.r, background.g, background.b, background.a);
     cairo_paint(cr);
-    if (w > 0 && h > 0) {
-        cairo_set_source_rgba(cr, inner.r, inner.g, inner.b, inner.a);
-        cairo_rectangle(cr, x, y, w, h);
-        cairo_fill(cr);
-    }
+    cairo_set_source_rgba(cr, inner.r, inner.g, inner.b, inner.a);
+    cairo_rectangle(cr, x, y, w, h);
+    cairo_fill(cr);
     cairo_destroy(cr);
     return plat::Image::adopt(surface, scale);
-}
-
-inline unsigned alphaOf(std::uint32_t argb) {
-    return argb >> 24;
-}
-inline unsigned redOf(std::uint32_t argb) {
-    return (argb >> 16) & 0xff;
-}
-inline unsigned greenOf(std::uint32_t argb) {
-    return (argb >> 8) & 0xff;
-}
-inline unsigned blueOf(std::uint32_t argb) {
-    return argb & 0xff;
-}
-
-// Whether a colour matches an opaque pixel's colour within one step of 255.
-inline ::testing::AssertionResult sameColor(const plat::ColorPtr& color, std::uint32_t argb) {
-    if (!color) return ::testing::AssertionFailure() << "no colour";
-    const double tolerance = 1.0 / 255 + 1e-9;
-    if (std::fabs(color->red() - redOf(argb) / 255.0) <= tolerance &&
-        std::fabs(color->green() - greenOf(argb) / 255.0) <= tolerance &&
-        std::fabs(color->blue() - blueOf(argb) / 255.0) <= tolerance && color->alpha() == 1)
-        return ::testing::AssertionSuccess();
-    return ::testing::AssertionFailure()
-           << color->description() << " is not pixel " << std::hex << argb;
 }
 
 }  // namespace contracttest

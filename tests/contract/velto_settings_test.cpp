@@ -1,131 +1,86 @@
-#include <algorithm>
 #include <atomic>
-#include <functional>
 #include <thread>
 #include <vector>
 
 #include "contract/velto_settings.h"
 #include "tests/contract/contract_fixture.h"
 
-using contracttest::kChanged;
-using contracttest::kMainFile;
+namespace {
+
+using namespace contracttest;
 using plat::Value;
 using velto::VeltoSettings;
 
-namespace {
-
-class VeltoSettingsTest : public contracttest::ContractTest {
+class VeltoSettingsTest : public ContractTest {
   protected:
-    struct Flags {
-        bool enabled, phone, favorites, logging;
-        bool operator==(const Flags&) const = default;
-    };
-    static Flags flags(const VeltoSettings& s) {
-        return {s.isVeltoEnabled(), s.isVeltoEnabled_Phone(), s.isShowFavoritesContactImage(),
-                s.isLoggingEnabled()};
+    // enabled, phone, favourites, logging
+    static std::vector<bool> flags() {
+        auto s = VeltoSettings::sharedSettings();
+        return {s->isVeltoEnabled(), s->isVeltoEnabled_Phone(), s->isShowFavoritesContactImage(),
+                s->isLoggingEnabled()};
     }
-    static constexpr Flags kAllOff{false, false, false, false};
-
-    void writeMain(Value settings, bool xml = false) {
-        device.writePlist(kMainFile, settings, xml);
-    }
-    std::vector<std::string> storedExclusions() {
-        std::vector<std::string> ids;
-        Value list = device.readPlist(kMainFile).objectForKey("VeltoExcludedApps");
-        EXPECT_TRUE(list.isArray());
-        for (std::size_t i = 0; i < list.count(); ++i)
-            ids.push_back(list.objectAtIndex(i).str());
-        return ids;
-    }
-    std::size_t changedPosts() {
-        std::size_t n = 0;
-        for (auto& name : device.notifications())
-            n += name == kChanged;
-        return n;
-    }
+    const std::vector<bool> allOff = {false, false, false, false};
 };
 
 TEST_F(VeltoSettingsTest, FlagsFollowTheFileAndAnythingUnreadableReadsAllOff) {
     auto settings = VeltoSettings::sharedSettings();
-    EXPECT_EQ(flags(*settings), kAllOff);  // no file at all
-    EXPECT_TRUE(settings->excludedApps().empty());
+    EXPECT_EQ(flags(), allOff);  // no file at all
 
     // Each key on its own, stored with the kinds of value boolValue accepts.
-    writeMain(Value::dictionary({{"VeltoEnabled", Value::boolean(true)},
-                                 {"PhoneAppEnabled", Value::integer(2)},
-                                 {"ShowFavoritesContactImage", "YES"},
-                                 {"VeltoEnableLogging", Value::boolean(false)}}));
+    device.writePlist(kMainFile, Value::dictionary({{"VeltoEnabled", Value::boolean(true)},
+                                                    {"PhoneAppEnabled", Value::integer(2)},
+                                                    {"ShowFavoritesContactImage", "YES"},
+                                                    {"VeltoExcludedApps", Value::array({"a"})}}));
     settings->loadSettings();
-    EXPECT_EQ(flags(*settings), (Flags{true, true, true, false}));
+    EXPECT_EQ(flags(), (std::vector<bool>{true, true, true, false}));
+    EXPECT_EQ(settings->excludedApps(), std::vector<std::string>{"a"});
 
-    // The same options written by a tool that prefers XML are read alike.
-    writeMain(Value::dictionary({{"VeltoEnableLogging", Value::boolean(true)}}), true);
+    // A file that is no property list, then values of the wrong kind, read all off.
+    device.writeText(kMainFile, "bplist00\xd1\x01\x02");
     settings->loadSettings();
-    EXPECT_EQ(flags(*settings), (Flags{false, false, false, true}));
-
-    // Values of the wrong kind answer false rather than trip the reader.
-    writeMain(Value::dictionary({{"VeltoEnabled", Value::dictionary({{"on", "1"}})},
-                                 {"PhoneAppEnabled", Value::array({Value::boolean(true)})},
-                                 {"VeltoExcludedApps", "com.example.notalist"}}));
-    settings->loadSettings();
-    EXPECT_EQ(flags(*settings), kAllOff);
+    EXPECT_EQ(flags(), allOff);
     EXPECT_TRUE(settings->excludedApps().empty());
-
-    const Value allOn = Value::dictionary(
-        {{"VeltoEnabled", Value::boolean(true)}, {"VeltoEnableLogging", Value::boolean(true)}});
-    const std::vector<std::pair<const char*, std::function<void()>>> unreadable = {
-        {"xml that is no property list",
-         [&] { device.writeText(kMainFile, "<?xml version=\"1.0\"?><html><body/></html>"); }},
-        {"truncated binary", [&] { device.writeText(kMainFile, "bplist00\xd1\x01\x02"); }},
-        {"array root", [&] { device.writePlist(kMainFile, Value::array({"VeltoEnabled"})); }},
-        {"empty file", [&] { device.writeText(kMainFile, ""); }},
-    };
-    for (const auto& [what, write] : unreadable) {
-        writeMain(allOn);
-        settings->loadSettings();
-        ASSERT_TRUE(settings->isVeltoEnabled());
-        write();
-        settings->loadSettings();
-        EXPECT_EQ(flags(*settings), kAllOff) << what;
-    }
+    device.writeSettings({{"VeltoEnableLogging", true}});
+    settings->loadSettings();
+    ASSERT_EQ(flags(), (std::vector<bool>{false, false, false, true}));
+    device.writePlist(kMainFile,
+                      Value::dictionary({{"VeltoEnabled", Value::dictionary({{"on", "1"}})},
+                                         {"PhoneAppEnabled", Value::array({Value::boolean(true)})},
+                                         {"VeltoExcludedApps", "a"}}));
+    settings->loadSettings();
+    EXPECT_EQ(flags(), allOff);
+    EXPECT_TRUE(settings->excludedApps().empty());
 }
 
 TEST_F(VeltoSettingsTest, OneInstancePerProcessThatFollowsTheFile) {
-    writeMain(Value::dictionary({{"VeltoEnabled", Value::boolean(true)}}));
+    device.writeSettings({{"VeltoEnabled", true}});
     auto settings = VeltoSettings::sharedSettings();
     EXPECT_EQ(VeltoSettings::sharedSettings(), settings);
     EXPECT_TRUE(settings->isVeltoEnabled());
 
-    // A value stored by the platform's preference write is not answered stale.
-    writeMain(Value::dictionary(
-        {{"VeltoEnabled", Value::boolean(false)}, {"PhoneAppEnabled", Value::boolean(true)}}));
-    EXPECT_FALSE(settings->isVeltoEnabled());
-    EXPECT_TRUE(settings->isVeltoEnabled_Phone());
+    // A file changed or removed by someone else is not answered stale.
+    device.writeSettings({{"VeltoEnabled", false}, {"PhoneAppEnabled", true}});
+    EXPECT_EQ(flags(), (std::vector<bool>{false, true, false, false}));
     device.process().root().removeItem(kMainFile);
-    EXPECT_EQ(flags(*settings), kAllOff);
+    EXPECT_EQ(flags(), allOff);
 
     // loadSettings reads again even when the file looks untouched (same inode, size and time).
-    writeMain(Value::dictionary(
-        {{"VeltoEnabled", Value::boolean(true)}, {"PhoneAppEnabled", Value::boolean(false)}}));
+    device.writeSettings({{"VeltoEnabled", true}, {"PhoneAppEnabled", false}});
     ASSERT_TRUE(settings->isVeltoEnabled());
-    rewriteKeepingStamp(kMainFile, Value::dictionary({{"VeltoEnabled", Value::boolean(false)},
-                                                      {"PhoneAppEnabled", Value::boolean(true)}}));
+    rewriteKeepingStamp(kMainFile, bools({{"VeltoEnabled", false}, {"PhoneAppEnabled", true}}));
     settings->loadSettings();
-    EXPECT_FALSE(settings->isVeltoEnabled());
-    EXPECT_TRUE(settings->isVeltoEnabled_Phone());
+    EXPECT_EQ(flags(), (std::vector<bool>{false, true, false, false}));
 
     // Another Settings process has its own instance, read from its own device.
     testsupport::TestDevice other;
-    other.writePlist(kMainFile, Value::dictionary({{"VeltoEnabled", Value::boolean(true)}}));
-    auto otherSettings = VeltoSettings::sharedSettings();
-    EXPECT_NE(otherSettings, settings);
-    EXPECT_TRUE(otherSettings->isVeltoEnabled());
+    other.writePlist(kMainFile, bools({{"VeltoEnabled", true}}));
+    EXPECT_NE(VeltoSettings::sharedSettings(), settings);
+    EXPECT_TRUE(VeltoSettings::sharedSettings()->isVeltoEnabled());
 }
 
 TEST_F(VeltoSettingsTest, LoadingOnOtherThreadsWhileTheMainThreadAsks) {
-    writeMain(Value::dictionary({{"VeltoEnabled", Value::boolean(true)},
-                                 {"VeltoExcludedApps", Value::array({"com.example.a"})}}));
-
+    device.writePlist(kMainFile, Value::dictionary({{"VeltoEnabled", Value::boolean(true)},
+                                                    {"VeltoExcludedApps", Value::array({"a"})}}));
     // As on a device: the settings-changed notification reloads on the delivery thread.
     auto& darwin = device.process().darwin();
     darwin.addObserver(
@@ -149,10 +104,8 @@ TEST_F(VeltoSettingsTest, LoadingOnOtherThreadsWhileTheMainThreadAsks) {
     int wrong = 0;
     for (int i = 0; i < 2000; ++i) {
         if (i % 100 == 0) darwin.postFromOtherProcess(kChanged);
-        auto settings = VeltoSettings::sharedSettings();
-        wrong += !settings->isVeltoEnabled();
-        wrong += !settings->isAppExcluded("com.example.a", true);
-        wrong += settings->isAppExcluded("com.example.b", false);
+        auto s = VeltoSettings::sharedSettings();
+        wrong += !s->isVeltoEnabled() + !s->isAppExcluded("a", true) + s->isAppExcluded("b", false);
     }
     for (auto& loader : loaders)
         loader.join();
@@ -160,43 +113,40 @@ TEST_F(VeltoSettingsTest, LoadingOnOtherThreadsWhileTheMainThreadAsks) {
     EXPECT_EQ(wrong, 0);
 
     // The last reload, made on the delivery thread, is what the main thread sees afterwards.
-    writeMain(Value::dictionary({{"VeltoEnabled", Value::boolean(false)}}));
+    device.writeSettings({{"VeltoEnabled", false}});
     darwin.postFromOtherProcess(kChanged);
     darwin.waitUntilDelivered();
     EXPECT_FALSE(VeltoSettings::sharedSettings()->isVeltoEnabled());
 }
 
-TEST_F(VeltoSettingsTest, ExclusionChangesArePersistedOnceEachAndAnnounced) {
+TEST_F(VeltoSettingsTest, ExclusionsArePersistedOnceEachAndCountOnlyWhileTheMasterSwitchIsOn) {
     auto settings = VeltoSettings::sharedSettings();
     // Written by someone else after this process read the file: must survive our writes.
-    device.writePlist(kMainFile,
-                      Value::dictionary({{"VeltoEnabled", Value::boolean(true)},
-                                         {"VeltoEnabledMail", Value::boolean(true)},
-                                         {"Note", "kept"}}),
-                      true);
+    const Value others = bools({{"VeltoEnabled", true}, {"VeltoEnabledMail", true}});
+    device.writePlist(kMainFile, others, true);
 
-    settings->addToExcludedApps("com.example.mail");
-    settings->addToExcludedApps("com.example.chat");
-    settings->addToExcludedApps("com.example.mail");
-    EXPECT_TRUE(isBinaryPlist(kMainFile));
-    auto stored = storedExclusions();
-    EXPECT_EQ(stored.size(), 2u);
-    EXPECT_EQ(std::count(stored.begin(), stored.end(), "com.example.mail"), 1);
-    EXPECT_EQ(std::count(stored.begin(), stored.end(), "com.example.chat"), 1);
-    Value file = device.readPlist(kMainFile);
-    EXPECT_EQ(file.objectForKey("VeltoEnabledMail"), Value::boolean(true));
-    EXPECT_EQ(file.objectForKey("VeltoEnabled"), Value::boolean(true));
-    EXPECT_EQ(file.objectForKey("Note").str(), "kept");
+    for (const char* id : {"mail", "chat", "mail"})
+        settings->addToExcludedApps(id);
+    EXPECT_TRUE(fileText(kMainFile).starts_with("bplist00"));
+    EXPECT_EQ(device.mainSettings().objectForKey("VeltoExcludedApps").count(), 2u);
     EXPECT_EQ(changedPosts(), 3u);
-    // The change is in this process's copy at once, without a reload by the caller.
-    EXPECT_TRUE(settings->isAppExcluded("com.example.chat", true));
+    // Both are in this process's copy at once, without a reload by the caller.
+    for (bool ignoreAllOther : {false, true}) {
+        EXPECT_TRUE(settings->isAppExcluded("mail", ignoreAllOther));
+        EXPECT_TRUE(settings->isAppExcluded("chat", ignoreAllOther));
+        EXPECT_FALSE(settings->isAppExcluded("other", ignoreAllOther));
+    }
+    EXPECT_FALSE(settings->isAppExcluded("MAIL", true));
+    EXPECT_FALSE(settings->isAppExcluded(std::nullopt, true));
 
-    settings->removeFromExcludedApps("com.example.mail");
-    settings->removeFromExcludedApps("com.example.absent");
-    EXPECT_EQ(storedExclusions(), std::vector<std::string>{"com.example.chat"});
-    EXPECT_FALSE(settings->isAppExcluded("com.example.mail", true));
-    EXPECT_EQ(device.readPlist(kMainFile).objectForKey("VeltoEnabledMail"), Value::boolean(true));
+    settings->removeFromExcludedApps("mail");
+    settings->removeFromExcludedApps("absent");
+    EXPECT_FALSE(settings->isAppExcluded("mail", true));
     EXPECT_EQ(changedPosts(), 5u);
+    Value file = device.mainSettings();
+    EXPECT_EQ(file.objectForKey("VeltoExcludedApps"), Value::array({"chat"}));
+    file.removeObjectForKey("VeltoExcludedApps");
+    EXPECT_EQ(file, others);
 
     // A nil identifier changes nothing and tells nobody.
     const std::string before = fileText(kMainFile);
@@ -205,32 +155,15 @@ TEST_F(VeltoSettingsTest, ExclusionChangesArePersistedOnceEachAndAnnounced) {
     EXPECT_EQ(fileText(kMainFile), before);
     EXPECT_EQ(changedPosts(), 5u);
 
-    // Starting from no file at all gives a file holding just the list.
+    // Starting from no file at all gives a file holding just the list. The master switch is
+    // off then: every app is excluded unless only the list counts.
     device.process().root().removeItem(kMainFile);
-    settings->addToExcludedApps("com.example.first");
-    EXPECT_EQ(storedExclusions(), std::vector<std::string>{"com.example.first"});
-    EXPECT_EQ(device.readPlist(kMainFile).count(), 1u);
-}
-
-TEST_F(VeltoSettingsTest, MasterSwitchOffExcludesEverythingUnlessOnlyTheListCounts) {
-    writeMain(Value::dictionary({{"VeltoEnabled", Value::boolean(false)},
-                                 {"VeltoExcludedApps", Value::array({"com.example.listed"})}}));
-    auto settings = VeltoSettings::sharedSettings();
-    settings->loadSettings();
-    EXPECT_TRUE(settings->isAppExcluded("com.example.listed", false));
-    EXPECT_TRUE(settings->isAppExcluded("com.example.other", false));
-    EXPECT_TRUE(settings->isAppExcluded("com.example.listed", true));
-    EXPECT_FALSE(settings->isAppExcluded("com.example.other", true));
-    EXPECT_FALSE(settings->isAppExcluded("COM.EXAMPLE.LISTED", true));
-    EXPECT_FALSE(settings->isAppExcluded(std::nullopt, true));
-
-    writeMain(Value::dictionary({{"VeltoEnabled", Value::boolean(true)},
-                                 {"VeltoExcludedApps", Value::array({"com.example.listed"})}}));
-    settings->loadSettings();
-    for (bool ignoreAllOther : {false, true}) {
-        EXPECT_TRUE(settings->isAppExcluded("com.example.listed", ignoreAllOther));
-        EXPECT_FALSE(settings->isAppExcluded("com.example.other", ignoreAllOther));
-    }
+    settings->addToExcludedApps("first");
+    EXPECT_EQ(device.mainSettings(),
+              Value::dictionary({{"VeltoExcludedApps", Value::array({"first"})}}));
+    EXPECT_TRUE(settings->isAppExcluded("first", false) && settings->isAppExcluded("other", false));
+    EXPECT_TRUE(settings->isAppExcluded("first", true));
+    EXPECT_FALSE(settings->isAppExcluded("other", true));
 }
 
 }  // namespace

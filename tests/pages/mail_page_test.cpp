@@ -1,482 +1,405 @@
-// The Mail page: its rows, the enable switch, the picture icons, the photo picker and the
-// restore sheet, on a device with the bundle installed.
+// The Mail page on a device with the bundle installed: its rows, the enable switch, the
+// picture icons, the photo picker, the restore sheet, and the avatar files they write.
 
+#include <cairo.h>
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <filesystem>
+
+#include "pages/mail_app_settings_controller.h"
 #include "platform/foundation/errors.h"
 #include "platform/ui/alert_controller.h"
-#include "tests/pages/mail_test_support.h"
+#include "tests/support/bundle_device.h"
 
-using mailtest::MailPageHarness;
-using plat::JournalEntry;
+using plat::Image;
 using plat::Value;
-using velto::MailAppSettingsController;
+using Mail = velto::MailAppSettingsController;
 
 namespace {
 
 using Ids = std::vector<std::string>;
 
-const char* const kMailApp = "/System/Library/PreferenceBundles/VeltoSettings.bundle/MailApp.plist";
+const Ids kRows = {"MailGroup",          "MailEnabled",  "PicturesGroup",
+                   "Default Avatar",     "My Avatar",    "Default Group Avatar",
+                   "DefaultAvatarGroup", "ChooseAvatar", "RestoreAvatar"};
+const Ids kHead = {"MailGroup", "MailEnabled"};
+const Ids kPictures = {"Default Avatar", "My Avatar", "Default Group Avatar"};
+const std::string kFolder = "/var/mobile/Library/Mail/Velto";
+const std::string kImagePath = kFolder + "/default_avatar_mail@3x.png";
+const std::string kThumbnailPath = kFolder + "/default_avatar_thumb_mail@3x.png";
+const std::string kStockPath =
+    "/System/Library/PreferenceBundles/VeltoSettings.bundle/recent@3x.png";
+const std::string kReload = "reload MailAppSettingsController";
+const std::string kPickerGone =
+    "dismiss UIImagePickerController dismissViewControllerAnimated animated";
+const std::string kSheetGone = "dismiss UIAlertController action animated";
+const std::string kPosted = "notification com.norvale.veltoemailavatarsettingschanged";
+const std::string kUnableToStore = "log com.norvale.Velto => Error: Unable to store the image..";
+const std::string kSavedImage = "log Saved contact image at: " + kImagePath;
+const std::string kSavedThumbnail = "log Saved contact thumb nail image at: " + kThumbnailPath;
+
+// A removal that worked logs an error line, with (null) for the error, after the info line.
+Ids removal(const std::string& path) {
+    return {"log com.norvale.Velto => Infp: Removing item at path '" + path + "'..",
+            "log com.norvale.Velto => Error: While removing item at path '" + path +
+                "' error => (null)"};
+}
+Ids picked(const std::string& image, const std::string& thumbnail) {
+    return {image, thumbnail, kReload, "log Posting notification....", kPosted, kPickerGone};
+}
+
+// Four by two blocks of ten pixels, twice as wide as high, block 5 fully transparent.
+const std::uint32_t kBlocks[] = {0xffdc1e1e, 0xff1ec828, 0xff1428d2, 0xfff0dc14,
+                                 0xff7814a0, 0,          0xfffafafa, 0xff0a0a0a};
+plat::ImagePtr landscape() {
+    auto picture = Image::blank(40, 20, 1);
+    auto* pixels =
+        reinterpret_cast<std::uint32_t*>(cairo_image_surface_get_data(picture->surface()));
+    for (int i = 0; i < 40 * 20; ++i)
+        pixels[i] = kBlocks[i / 400 * 4 + i % 40 / 10];
+    cairo_surface_mark_dirty(picture->surface());
+    return picture;
+}
+
+// `out` shows `source` stretched over the whole of it (not cropped, letterboxed or drawn
+// smaller): alike at the middle of each cell of a 4 × 4 raster and at the far corner.
+void expectStretched(const Image& out, const Image& source) {
+    std::vector<std::pair<double, double>> at = {{0.999, 0.999}};
+    for (int i = 0; i < 16; ++i)
+        at.emplace_back((i % 4 + 0.5) / 4, (i / 4 + 0.5) / 4);
+    for (const auto& [fx, fy] : at) {
+        const auto a = out.pixel(fx * out.pixelWidth(), fy * out.pixelHeight());
+        const auto b = source.pixel(fx * source.pixelWidth(), fy * source.pixelHeight());
+        for (int shift : {0, 8, 16, 24})
+            EXPECT_NEAR(a >> shift & 0xff, b >> shift & 0xff, 3) << fx << ", " << fy;
+    }
+}
+
+// Alpha of an icon's corner: 0 when cut round, opaque when square. Its middle stays opaque.
+unsigned cornerAlpha(const plat::SpecifierPtr& row) {
+    const auto icon = row->propertyForKey("iconImage").as<Image>();
+    EXPECT_EQ(icon->pixel(icon->pixelWidth() / 2, icon->pixelHeight() / 2) >> 24, 0xffu);
+    return icon->pixel(0, 0) >> 24;
+}
 
 class MailPageTest : public ::testing::Test {
   protected:
-    // The identifiers of the resource as installed, in file order.
-    Ids resourceIds() const {
-        Ids ids;
-        const Value items = device.readPlist(kMailApp).objectForKey("items");
-        for (std::size_t i = 0; i < items.count(); ++i)
-            ids.push_back(items.objectAtIndex(i).objectForKey("id").str());
-        return ids;
-    }
-    Ids firstTwo() const {
-        Ids ids = resourceIds();
-        ids.resize(2);
-        return ids;
-    }
-    Ids shownIds() const { return testsupport::BundleDevice::ids(mail.page->specifiers()); }
+    void SetUp() override { device.writeSettings({{"VeltoEnabledMail", true}}); }
 
-    void flipSwitch(bool on) {
-        const auto row = mail.row("MailEnabled");
-        plat::Runtime::shared().perform(*mail.page, row->setter(),
-                                        {Value::boolean(on), Value(row)});
+    std::shared_ptr<Mail> open() {
+        page = device.open<Mail>("MailAppSettingsController");
+        page->specifiers();
+        return page;
+    }
+    Ids ids() const { return testsupport::BundleDevice::ids(page->specifiers()); }
+    plat::SpecifierPtr row(const std::string& id) const {
+        for (const auto& candidate : *page->specifiers())
+            if (candidate->identifier() == id) return candidate;
+        ADD_FAILURE() << "no row " << id;
+        return nullptr;
+    }
+    // The user's side: the switch and the buttons, through the selectors the resource names.
+    void flip(bool on) {
+        const auto toggle = row("MailEnabled");
+        plat::Runtime::shared().perform(*page, toggle->setter(),
+                                        {Value::boolean(on), Value(toggle)});
+    }
+    void tap(const std::string& id) {
+        plat::Runtime::shared().perform(*page, row(id)->action(), {Value(row(id))});
+    }
+    std::shared_ptr<plat::ImagePickerController> choose() {
+        tap("ChooseAvatar");
+        return Mail::imagePicker();
+    }
+    std::shared_ptr<plat::AlertController> restoreSheet() {
+        tap("RestoreAvatar");
+        return std::dynamic_pointer_cast<plat::AlertController>(page->presentedViewController());
+    }
+    // The whole flows on a page opened afresh; what they journaled from the user's choice on.
+    Ids pick(const plat::ImagePtr& picture) {
+        open();
+        const auto picker = choose();
+        const auto at = mark();
+        EXPECT_TRUE(picker && picker->pick(picture, nullptr));
+        return journal(at);
+    }
+    Ids restore() {
+        open();
+        const auto sheet = restoreSheet();
+        const auto at = mark();
+        EXPECT_TRUE(sheet && sheet->tapAction("Default Avatar"));
+        return journal(at);
+    }
+    // A shown controller put by hand into the popover slot, which nothing fills.
+    std::shared_ptr<plat::ViewController> fillPopoverSlot() {
+        auto shown = std::make_shared<plat::ViewController>();
+        host->presentViewController(shown, false, nullptr);
+        device.process().slots().set<plat::ViewController>(Mail::kPopoverSlot, shown);
+        return shown;
     }
 
-    std::vector<std::string> kindsSince(std::size_t mark) const {
-        std::vector<std::string> kinds;
+    std::size_t mark() const { return device.journal().size(); }
+    // The journal since a mark, an entry a line: "log <text>", "dismiss <class> <how> animated"...
+    Ids journal(std::size_t mark) const {
+        Ids out;
         for (const auto& e : device.journal().since(mark))
-            kinds.push_back(plat::kindName(e.kind));
-        return kinds;
+            out.push_back(plat::kindName(e.kind) + (e.name.empty() ? "" : " " + e.name) +
+                          (e.text.empty() ? "" : " " + e.text) + (e.animated ? " animated" : ""));
+        return out;
     }
 
     testsupport::BundleDevice device;
-    MailPageHarness mail{device};
+    std::shared_ptr<Mail> page;
+    std::shared_ptr<plat::ViewController> host = std::make_shared<plat::ViewController>();
 };
 
-// --- Rows ------------------------------------------------------------------------------
+// --- Rows, the enable switch and the picture icons ---------------------------------------
 
-TEST_F(MailPageTest, OnlyTheFirstTwoRowsWhileMailIsOffOrUnknown) {
-    mail.open();  // no settings file at all
-    EXPECT_EQ(shownIds(), firstTwo());
-
-    device.writeSettings({{"VeltoEnabledMail", false}, {"VeltoEnabledRoundedPictures", true}});
-    mail.open();
-    EXPECT_EQ(shownIds(), firstTwo());
-
-    // A settings file that is not a property list reads as nothing stored.
-    device.writeText(testsupport::BundleDevice::kMainSettings, "VeltoEnabledMail = YES");
-    mail.open();
-    EXPECT_EQ(shownIds(), firstTwo());
-}
-
-TEST_F(MailPageTest, EveryRowOfTheResourceWhileMailIsOnAndTheListIsKept) {
-    device.writeSettings({{"VeltoEnabledMail", true}});
-    mail.open();
-    EXPECT_EQ(shownIds(), resourceIds());
-
-    // Built once: later asks answer the same list, whatever the file says by then.
-    const auto first = mail.page->specifiers();
-    device.writeSettings({{"VeltoEnabledMail", false}});
-    EXPECT_EQ(mail.page->specifiers(), first);
-    EXPECT_EQ(shownIds(), resourceIds());
-    // A reload builds them again, from the file as it is now.
-    mail.page->reloadSpecifiers();
-    EXPECT_NE(mail.page->specifiers(), first);
-    EXPECT_EQ(shownIds(), firstTwo());
-}
-
-TEST_F(MailPageTest, TheResourceProvidesWhatThePageReliesOn) {
-    device.writeSettings({{"VeltoEnabledMail", true}});
-    mail.open();
-    const auto list = mail.page->specifiers();
-    // The switch is among the rows that always stay and writes what the page reads.
-    const auto toggle = mail.row("MailEnabled");
-    EXPECT_LT(*list->indexOfObject(toggle), 2u);
-    EXPECT_EQ(toggle->setter(), "mailAppEnabledOrDisabled:specifier:");
-    EXPECT_EQ(toggle->propertyForKey("key").str(), "VeltoEnabledMail");
-    EXPECT_EQ(toggle->propertyForKey("defaults").str(), "com.norvale.velto");
-    for (const auto& name : mail.page->getImageCellSpecifierNames()) {
-        int rows = 0;
-        for (const auto& item : *list) {
-            if (item->name() != name) continue;
-            ++rows;
-            EXPECT_TRUE(item->propertyForKey("iconImage").as<plat::Image>()) << name;
-        }
-        EXPECT_EQ(rows, 1) << "rows named " << name;
-    }
-    EXPECT_EQ(mail.row("ChooseAvatar")->action(), "selectDefaultAvatarMail:");
-    EXPECT_EQ(mail.row("RestoreAvatar")->action(), "restoreAvatarsMail:");
-    for (const auto& selector :
-         {"mailAppEnabledOrDisabled:specifier:", "selectDefaultAvatarMail:", "restoreAvatarsMail:"})
-        EXPECT_TRUE(
-            plat::Runtime::shared().respondsToSelector("MailAppSettingsController", selector))
-            << selector;
-}
-
-TEST_F(MailPageTest, AResourceWithoutRowsWrapsTheCountDownAndRaises) {
-    device.writeResource("MailApp", Value::dictionary({{"items", Value::array()}}));
-    auto page = device.open<MailAppSettingsController>("MailAppSettingsController");
-    EXPECT_THROW(page->specifiers(), plat::RangeError);
-
-    // Enabled, nothing is removed and the empty list stands.
-    device.writeSettings({{"VeltoEnabledMail", true}});
-    page = device.open<MailAppSettingsController>("MailAppSettingsController");
-    ASSERT_TRUE(page->specifiers());
-    EXPECT_EQ(page->specifiers()->count(), 0u);
-}
-
-// --- The enable switch -----------------------------------------------------------------
-
-TEST_F(MailPageTest, SwitchingOnStoresSynchronizesThenInsertsFreshRowsAnimated) {
-    mail.open();
-    const std::size_t mark = device.journal().size();
-    flipSwitch(true);
-
-    EXPECT_TRUE(device.mainSettings().objectForKey("VeltoEnabledMail").boolValue());
-    const auto kinds = kindsSince(mark);
-    ASSERT_GE(kinds.size(), 3u);
-    EXPECT_EQ(kinds[0], "preference-write");
-    // The row's own notification, posted by the platform's store, comes with it.
-    EXPECT_EQ(kinds[1], "notification");
-    EXPECT_EQ(kinds[2], "synchronize");
-    const Ids all = resourceIds();
-    std::vector<std::string> inserts;
-    for (std::size_t i = 2; i < all.size(); ++i)
-        inserts.push_back("+" + std::to_string(i) + "a");
-    EXPECT_EQ(device.listOperations(mark), inserts);
-    EXPECT_EQ(shownIds(), all);
-}
-
-TEST_F(MailPageTest, SwitchingOnAgainInsertsTheRowsASecondTime) {
-    device.writeSettings({{"VeltoEnabledMail", true}});
-    mail.open();
-    const auto before = mail.page->specifiers()->items();
-    flipSwitch(true);
-
-    // Fresh rows go in at 2, 3, ... in front of the ones already shown.
-    const Ids all = resourceIds();
-    Ids expected(all.begin(), all.begin() + 2);
-    expected.insert(expected.end(), all.begin() + 2, all.end());
-    expected.insert(expected.end(), all.begin() + 2, all.end());
-    EXPECT_EQ(shownIds(), expected);
-    const auto after = mail.page->specifiers();
-    for (std::size_t i = 2; i < all.size(); ++i) {
-        EXPECT_NE(after->objectAtIndex(i), before[i]) << "row " << i << " is not fresh";
-        EXPECT_EQ(after->objectAtIndex(i + all.size() - 2), before[i]);
-    }
-}
-
-TEST_F(MailPageTest, SwitchingOffRemovesFromTheLastRowDownToTwoAnimated) {
-    device.writeSettings({{"VeltoEnabledMail", true}});
-    mail.open();
-    const std::size_t count = mail.page->specifiers()->count();
-    const std::size_t mark = device.journal().size();
-    flipSwitch(false);
-
-    EXPECT_FALSE(device.mainSettings().objectForKey("VeltoEnabledMail").boolValue());
-    std::vector<std::string> removals;
-    for (std::size_t i = count - 1; i > 1; --i)
-        removals.push_back("-" + std::to_string(i) + "a");
-    EXPECT_EQ(device.listOperations(mark), removals);
-    EXPECT_EQ(shownIds(), firstTwo());
-
-    // Off again: nothing beyond row 1 is left, so nothing is removed.
-    const std::size_t again = device.journal().size();
-    flipSwitch(false);
-    EXPECT_TRUE(device.listOperations(again).empty());
-}
-
-TEST_F(MailPageTest, TheSwitchOnAPageWithoutRowsOnlyStores) {
-    auto page = device.open<MailAppSettingsController>("MailAppSettingsController");
-    const auto switchRow = page->loadSpecifiersFromPlistName("MailApp", page)->objectAtIndex(1);
-    const std::size_t mark = device.journal().size();
-    page->mailAppEnabledOrDisabled(Value::boolean(true), switchRow);
-
-    EXPECT_TRUE(device.mainSettings().objectForKey("VeltoEnabledMail").boolValue());
-    EXPECT_TRUE(device.listOperations(mark).empty());
+TEST_F(MailPageTest, TheRowsFollowTheEnableStateAndTheSwitchEditsThemWithoutLooking) {
+    std::filesystem::remove(device.host(device.kMainSettings));
+    open();
+    EXPECT_EQ(ids(), kHead);
+    // Flipped before the rows are built: stored, and nothing else.
+    page = device.open<Mail>("MailAppSettingsController");
+    auto at = mark();
+    page->mailAppEnabledOrDisabled(
+        Value::boolean(true), page->loadSpecifiersFromPlistName("MailApp", page)->objectAtIndex(1));
+    EXPECT_TRUE(device.listOperations(at).empty());
     EXPECT_FALSE(page->heldSpecifiers());
+    const auto built = page->specifiers();
+    EXPECT_EQ(ids(), kRows);
+    // Kept until reloaded, then built from the file as it is by then.
+    device.writeSettings({{"VeltoEnabledMail", false}, {"VeltoEnabledRoundedPictures", true}});
+    EXPECT_EQ(page->specifiers(), built);
+    page->reloadSpecifiers();
+    EXPECT_EQ(ids(), kHead);
+
+    // Off with nothing past row 1: nothing to remove.
+    at = mark();
+    flip(false);
+    EXPECT_TRUE(device.listOperations(at).empty());
+    at = mark();
+    flip(true);
+    const Ids done = journal(at);
+    ASSERT_GE(done.size(), 3u);
+    EXPECT_EQ(Ids(done.begin(), done.begin() + 3),
+              (Ids{"preference-write com.norvale.velto VeltoEnabledMail",
+                   "notification com.norvale.veltosettingschanged", "synchronize"}));
+    EXPECT_EQ(device.listOperations(at), (Ids{"+2a", "+3a", "+4a", "+5a", "+6a", "+7a", "+8a"}));
+    // On again: fresh rows go in at 2, 3, ... in front of those shown.
+    const auto shown = page->specifiers()->items();
+    flip(true);
+    Ids twice = kRows;
+    twice.insert(twice.begin() + 2, kRows.begin() + 2, kRows.end());
+    EXPECT_EQ(ids(), twice);
+    EXPECT_NE(page->specifierAtIndex(2), shown[2]);
+    EXPECT_EQ(page->specifierAtIndex(9), shown[2]);
+    // Off: every row from the last down to 2.
+    at = mark();
+    flip(false);
+    EXPECT_FALSE(device.mainSettings().objectForKey("VeltoEnabledMail").boolValue());
+    EXPECT_EQ(device.listOperations(at), (Ids{"-15a", "-14a", "-13a", "-12a", "-11a", "-10a", "-9a",
+                                              "-8a", "-7a", "-6a", "-5a", "-4a", "-3a", "-2a"}));
+
+    // Without rows the count down from count - 1 wraps and fails out of range.
+    device.writeResource("MailApp", Value::dictionary({{"items", Value::array()}}));
+    EXPECT_THROW(open(), plat::RangeError);
 }
 
-// --- Picture icons ---------------------------------------------------------------------
-
-bool roundIcon(const plat::SpecifierPtr& row) {
-    const auto icon = row->propertyForKey("iconImage").as<plat::Image>();
-    if (!icon) return false;
-    const auto corner = icon->pixel(0, 0) >> 24;
-    const auto centre = icon->pixel(icon->pixelWidth() / 2, icon->pixelHeight() / 2) >> 24;
-    EXPECT_EQ(centre, 0xffu) << "the middle of an icon stays opaque";
-    return corner == 0;
-}
-
-TEST_F(MailPageTest, PictureRowIconsFollowTheRoundedPicturesOption) {
-    const Ids pictures = {"Default Avatar", "My Avatar", "Default Group Avatar"};
+TEST_F(MailPageTest, PictureIconsFollowTheRoundedOptionWhenBuiltOrInserted) {
     device.writeSettings({{"VeltoEnabledMail", true}, {"VeltoEnabledRoundedPictures", true}});
-    mail.open();
-    for (const auto& id : pictures)
-        EXPECT_TRUE(roundIcon(mail.row(id))) << id;
+    open();
+    for (const auto& id : kPictures)
+        EXPECT_EQ(cornerAlpha(row(id)), 0u) << id;
 
-    device.writeSettings({{"VeltoEnabledMail", true}, {"VeltoEnabledRoundedPictures", false}});
-    // Read again at the next build, not before.
-    EXPECT_TRUE(roundIcon(mail.row("My Avatar")));
-    mail.page->reloadSpecifiers();
-    for (const auto& id : pictures) {
-        const auto row = mail.row(id);
-        EXPECT_FALSE(roundIcon(row)) << id;
-        // Square: the central square of the icon, corners as opaque as the stock icon's.
-        const auto icon = row->propertyForKey("iconImage").as<plat::Image>();
-        EXPECT_EQ(icon->pixelWidth(), icon->pixelHeight());
-        EXPECT_EQ(icon->pixel(0, 0) >> 24, 0xffu) << id;
-    }
-}
+    // Changed elsewhere: read again at the next build, not before.
+    device.writeSettings({{"VeltoEnabledMail", true}});
+    EXPECT_EQ(cornerAlpha(row("My Avatar")), 0u);
+    page->reloadSpecifiers();
+    for (const auto& id : kPictures)
+        EXPECT_EQ(cornerAlpha(row(id)), 0xffu) << id;
 
-TEST_F(MailPageTest, RowsInsertedBySwitchingOnAreReshapedFromTheFileAtThatMoment) {
-    mail.open();
-    device.writeSettings({{"VeltoEnabledRoundedPictures", true}});
-    flipSwitch(true);
-    for (const auto& id : {"Default Avatar", "My Avatar", "Default Group Avatar"})
-        EXPECT_TRUE(roundIcon(mail.row(id))) << id;
-}
+    // The rows the switch inserts (found first) are reshaped from the file at that moment.
+    device.writeSettings({{"VeltoEnabledMail", true}, {"VeltoEnabledRoundedPictures", true}});
+    flip(true);
+    for (const auto& id : kPictures)
+        EXPECT_EQ(cornerAlpha(row(id)), 0u) << id;
 
-TEST_F(MailPageTest, InsertionReshapesOnlyNamedPictureRowsThatHaveAnIcon) {
-    device.writeSettings({{"VeltoEnabledRoundedPictures", true}});
-    mail.open();
-    const auto fresh = mail.page->loadSpecifiersFromPlistName("MailApp", mail.page);
-    const auto icon = fresh->objectAtIndex(3)->propertyForKey("iconImage").as<plat::Image>();
-    ASSERT_TRUE(icon);
-
-    // A picture row's name but no icon: inserted as it is.
-    auto bare = plat::Specifier::preferenceSpecifierNamed("My Avatar", mail.page, "", "", "",
+    // Any insertion: only a row with a picture row's name and an icon is reshaped.
+    const auto named = page->loadSpecifiersFromPlistName("MailApp", page)->objectAtIndex(3);
+    const auto icon = named->propertyForKey("iconImage");
+    auto bare = plat::Specifier::preferenceSpecifierNamed("My Avatar", page, "", "", "",
                                                           plat::PSStaticTextCell, "");
-    mail.page->insertSpecifier(bare, 2, false);
-    EXPECT_TRUE(bare->propertyForKey("iconImage").isNil());
-
-    // An icon on a row of another name: left square.
-    auto other = plat::Specifier::preferenceSpecifierNamed("Signature", mail.page, "", "", "",
+    auto other = plat::Specifier::preferenceSpecifierNamed("Signature", page, "", "", "",
                                                            plat::PSStaticTextCell, "");
-    other->setProperty(Value(icon), "iconImage");
-    mail.page->insertSpecifier(other, 3, true);
-    EXPECT_EQ(other->propertyForKey("iconImage").as<plat::Image>(), icon);
-
-    // The named row with its icon: cut round, and inserted where it was asked to go.
-    const auto group = fresh->objectAtIndex(3);
-    const std::size_t mark = device.journal().size();
-    mail.page->insertSpecifier(group, 4, true);
-    EXPECT_TRUE(roundIcon(group));
-    EXPECT_EQ(mail.page->specifiers()->objectAtIndex(4), group);
-    EXPECT_EQ(device.listOperations(mark), std::vector<std::string>{"+4a"});
+    other->setProperty(icon, "iconImage");
+    const auto at = mark();
+    page->insertSpecifier(bare, 2, false);
+    page->insertSpecifier(other, 3, true);
+    page->insertSpecifier(named, 4, true);
+    EXPECT_EQ(device.listOperations(at), (Ids{"+2", "+3a", "+4a"}));
+    EXPECT_TRUE(bare->propertyForKey("iconImage").isNil());
+    EXPECT_EQ(other->propertyForKey("iconImage").as<Image>(), icon.as<Image>());
+    EXPECT_EQ(cornerAlpha(named), 0u);
+    // Reshaping the whole list offers the bare row too, which still gets no icon.
+    page->setPicturesForSpecifiers(page->specifiers(), true);
+    EXPECT_TRUE(bare->propertyForKey("iconImage").isNil());
 }
 
-// --- The photo picker ------------------------------------------------------------------
+// --- The photo picker and the restore sheet ----------------------------------------------
 
-class MailPickerTest : public MailPageTest {
-  protected:
-    void SetUp() override { device.writeSettings({{"VeltoEnabledMail", true}}); }
-
-    std::shared_ptr<plat::ImagePickerController> openPicker() {
-        mail.open();
-        mail.tap("ChooseAvatar");
-        return MailAppSettingsController::imagePicker();
-    }
-};
-
-TEST_F(MailPickerTest, OnAnIPhoneThePickerIsPresentedFullScreenForEditingFromTheLibrary) {
+TEST_F(MailPageTest, OnAnIPhoneThePickerIsFullScreenAndTheSheetOffersRestoreThenCancel) {
     device.setProfile("iPhone", 3);
-    const auto picker = openPicker();
-    ASSERT_TRUE(picker);
-    EXPECT_EQ(mail.page->presentedViewController(), picker);
-    EXPECT_TRUE(picker->allowsEditing());
-    EXPECT_EQ(picker->sourceType(), plat::UIImagePickerControllerSourceTypePhotoLibrary);
-    EXPECT_EQ(picker->delegate(), std::dynamic_pointer_cast<plat::ImagePickerDelegate>(mail.page));
-    EXPECT_EQ(picker->modalPresentationStyle(), plat::UIModalPresentationFullScreen);
-    EXPECT_FALSE(picker->popoverPresentationController().hasAnchor());
-    const auto presents = device.entries(JournalEntry::Kind::Present);
-    ASSERT_EQ(presents.size(), 1u);
-    EXPECT_EQ(presents[0].name, "UIImagePickerController");
-    EXPECT_TRUE(presents[0].animated);
-}
+    const auto inSlot = fillPopoverSlot();
+    open();
+    const auto first = choose();
+    ASSERT_TRUE(first);
+    EXPECT_EQ(page->presentedViewController(), first);
+    EXPECT_TRUE(first->allowsEditing());
+    EXPECT_EQ(first->sourceType(), plat::UIImagePickerControllerSourceTypePhotoLibrary);
+    EXPECT_EQ(first->delegate(), std::dynamic_pointer_cast<plat::ImagePickerDelegate>(page));
+    EXPECT_EQ(first->modalPresentationStyle(), plat::UIModalPresentationFullScreen);
 
-TEST_F(MailPickerTest, OnAnIPadThePickerIsAPopoverAtTheButtonsCell) {
-    device.setProfile("iPad", 2);
-    mail.open();
-    const auto cell = mail.showCell("ChooseAvatar");
-    ASSERT_TRUE(cell);
-    cell->setBounds({{0, 0}, {703, 52}});
-    mail.tap("ChooseAvatar");
-    const auto picker = MailAppSettingsController::imagePicker();
-    ASSERT_TRUE(picker);
-    EXPECT_EQ(picker->modalPresentationStyle(), plat::UIModalPresentationPopover);
-    EXPECT_EQ(picker->popoverPresentationController().sourceView(), cell);
-    EXPECT_EQ(picker->popoverPresentationController().sourceRect(), cell->bounds());
-    EXPECT_EQ(mail.page->presentedViewController(), picker);
-}
-
-TEST_F(MailPickerTest, ChoosingAgainReplacesTheHeldPicker) {
-    const auto first = openPicker();
-    first->cancel();
-    mail.tap("ChooseAvatar");
-    const auto second = MailAppSettingsController::imagePicker();
-    ASSERT_TRUE(second);
+    // Cancelled with the older modal dismissal; a new picker each time; without an edited
+    // picture (the original is never used) dismissed the newer way. Nothing is stored.
+    auto at = mark();
+    ASSERT_TRUE(first->cancel());
+    const auto second = choose();
     EXPECT_NE(second, first);
-}
+    ASSERT_TRUE(second->pick(nullptr, landscape()));
+    EXPECT_EQ(journal(at),
+              (Ids{"dismiss UIImagePickerController dismissModalViewControllerAnimated animated",
+                   "present UIImagePickerController animated", kPickerGone}));
+    EXPECT_FALSE(Mail::imagePicker());
 
-TEST_F(MailPickerTest, AFinishedPickIsDismissedAndTheSlotEmptied) {
-    const auto picker = openPicker();
-    ASSERT_TRUE(picker->pick(mailtest::landscapeGrid().picture(), nullptr));
-    EXPECT_FALSE(MailAppSettingsController::imagePicker());
-    EXPECT_FALSE(mail.page->presentedViewController());
-    const auto dismissals = device.entries(JournalEntry::Kind::Dismiss);
-    ASSERT_EQ(dismissals.size(), 1u);
-    EXPECT_EQ(dismissals[0].name, "UIImagePickerController");
-    EXPECT_EQ(dismissals[0].text, "dismissViewControllerAnimated");
-    EXPECT_TRUE(dismissals[0].animated);
-}
-
-TEST_F(MailPickerTest, CancellingUsesTheOlderModalDismissalAndTouchesNothing) {
-    const auto picker = openPicker();
-    const std::size_t mark = device.journal().size();
-    ASSERT_TRUE(picker->cancel());
-    EXPECT_FALSE(MailAppSettingsController::imagePicker());
-    EXPECT_FALSE(mail.page->presentedViewController());
-    const auto entries = device.journal().since(mark);
-    ASSERT_EQ(entries.size(), 1u);
-    EXPECT_EQ(entries[0].kind, JournalEntry::Kind::Dismiss);
-    EXPECT_EQ(entries[0].text, "dismissModalViewControllerAnimated");
-    EXPECT_TRUE(entries[0].animated);
-    EXPECT_FALSE(device.exists("/var/mobile/Library/Mail"));
-}
-
-TEST_F(MailPickerTest, APickWithoutAnEditedPictureWritesAndPostsNothing) {
-    const auto picker = openPicker();
-    const std::size_t mark = device.journal().size();
-    // Only the original comes back: it is never used.
-    ASSERT_TRUE(picker->pick(nullptr, mailtest::landscapeGrid().picture()));
-    const auto entries = device.journal().since(mark);
-    ASSERT_EQ(entries.size(), 1u);
-    EXPECT_EQ(entries[0].kind, JournalEntry::Kind::Dismiss);
-    EXPECT_EQ(entries[0].text, "dismissViewControllerAnimated");
-    EXPECT_FALSE(device.exists("/var/mobile/Library/Mail"));
-    EXPECT_FALSE(MailAppSettingsController::imagePicker());
-}
-
-TEST_F(MailPickerTest, ThePopoverSlotIsNeverFilledAndOnlyAnIPadPickEmptiesIt) {
-    // The flows themselves leave it empty.
-    auto picker = openPicker();
-    picker->pick(mailtest::landscapeGrid().picture(), nullptr);
-    EXPECT_FALSE(MailAppSettingsController::popover());
-
-    // Something that is shown, put there by hand: an iPhone pick leaves it be.
-    auto& slots = device.process().slots();
-    auto host = std::make_shared<plat::ViewController>();
-    auto shown = std::make_shared<plat::ViewController>();
-    host->presentViewController(shown, false, nullptr);
-    slots.set<plat::ViewController>(MailAppSettingsController::kPopoverSlot, shown);
-    openPicker()->pick(mailtest::landscapeGrid().picture(), nullptr);
-    EXPECT_EQ(MailAppSettingsController::popover(), shown);
-    EXPECT_EQ(host->presentedViewController(), shown);
-
-    // An iPad pick dismisses it, animated, and empties the slot.
-    device.setProfile("iPad", 2);
-    const std::size_t mark = device.journal().size();
-    openPicker()->pick(mailtest::landscapeGrid().picture(), nullptr);
-    EXPECT_FALSE(MailAppSettingsController::popover());
-    EXPECT_FALSE(host->presentedViewController());
-    const auto entries = device.journal().since(mark);
-    ASSERT_FALSE(entries.empty());
-    std::size_t firstDismiss = entries.size();
-    for (std::size_t i = 0; i < entries.size(); ++i) {
-        if (entries[i].kind == JournalEntry::Kind::Dismiss) {
-            firstDismiss = i;
-            break;
-        }
-    }
-    ASSERT_LT(firstDismiss, entries.size());
-    EXPECT_EQ(entries[firstDismiss].name, "UIViewController");
-    EXPECT_TRUE(entries[firstDismiss].animated);
-    // It goes before anything is written.
-    for (std::size_t i = 0; i < firstDismiss; ++i)
-        EXPECT_NE(entries[i].kind, JournalEntry::Kind::Log) << entries[i].text;
-}
-
-// --- The restore sheet -----------------------------------------------------------------
-
-class MailRestoreSheetTest : public MailPickerTest {
-  protected:
-    std::shared_ptr<plat::AlertController> openSheet() {
-        mail.tap("RestoreAvatar");
-        return std::dynamic_pointer_cast<plat::AlertController>(
-            mail.page->presentedViewController());
-    }
-    void pickSomething() { openPicker()->pick(mailtest::landscapeGrid().picture(), nullptr); }
-};
-
-TEST_F(MailRestoreSheetTest, OnAnIPhoneTheSheetOffersRestoreThenCancel) {
-    device.setProfile("iPhone", 3);
-    pickSomething();
-    const auto sheet = openSheet();
+    // A stored pick leaves the popover slot alone here.
+    pick(landscape());
+    EXPECT_EQ(Mail::popover(), inSlot);
+    at = mark();
+    auto sheet = restoreSheet();
     ASSERT_TRUE(sheet);
-    EXPECT_EQ(sheet->title(), std::nullopt);
-    EXPECT_EQ(sheet->message(), std::nullopt);
+    EXPECT_EQ(journal(at), Ids{"present UIAlertController animated"});
+    EXPECT_FALSE(sheet->title() || sheet->message());
     EXPECT_EQ(sheet->preferredStyle(), plat::UIAlertControllerStyleActionSheet);
     EXPECT_FALSE(sheet->presentsAsPopover());
-    ASSERT_EQ(sheet->actions().size(), 2u);
-    EXPECT_EQ(sheet->actions()[0]->title(), "Default Avatar");
-    EXPECT_EQ(sheet->actions()[0]->style(), plat::UIAlertActionStyleDestructive);
-    EXPECT_EQ(sheet->actions()[1]->title(), "Cancel");
-    EXPECT_EQ(sheet->actions()[1]->style(), plat::UIAlertActionStyleCancel);
-    const auto presents = device.entries(JournalEntry::Kind::Present);
-    EXPECT_EQ(presents.back().name, "UIAlertController");
-    EXPECT_TRUE(presents.back().animated);
-
-    // Cancel: the sheet goes, the files stay, nobody is told.
-    const std::size_t mark = device.journal().size();
+    at = mark();
     EXPECT_TRUE(sheet->tapAction("Cancel"));
-    EXPECT_FALSE(mail.page->presentedViewController());
-    for (const auto& e : device.journal().since(mark))
-        EXPECT_EQ(e.kind, JournalEntry::Kind::Dismiss);
-    EXPECT_TRUE(device.exists(mailtest::kImagePath));
-    EXPECT_TRUE(device.exists(mailtest::kThumbnailPath));
-
-    // Default Avatar: the restore runs.
-    EXPECT_TRUE(openSheet()->tapAction("Default Avatar"));
-    EXPECT_FALSE(device.exists(mailtest::kImagePath));
-    EXPECT_TRUE(device.exists(mailtest::kThumbnailPath));
-    EXPECT_EQ(device.notifications().back(), mailtest::kAvatarNotification);
+    EXPECT_EQ(journal(at), Ids{kSheetGone});
 }
 
-TEST_F(MailRestoreSheetTest, OnAnIPadTheSheetIsAPopoverAtTheButtonWithoutCancel) {
+TEST_F(MailPageTest, OnAnIPadThePickerAndTheSheetArePopoversAtTheirButtons) {
     device.setProfile("iPad", 2);
-    pickSomething();
-    const auto cell = mail.showCell("RestoreAvatar");
-    ASSERT_TRUE(cell);
-    cell->setBounds({{0, 0}, {540, 48}});
-    const auto sheet = openSheet();
+    fillPopoverSlot();
+    open();
+    // The buttons' cells, rows 0 and 1 of the third group; showing one records it on its row.
+    const auto chooseCell = page->tableViewCellForRowAtIndexPath(0, 2);
+    chooseCell->setBounds({{0, 0}, {703, 52}});
+    const auto picker = choose();
+    ASSERT_TRUE(picker);
+    EXPECT_EQ(picker->modalPresentationStyle(), plat::UIModalPresentationPopover);
+    EXPECT_EQ(picker->popoverPresentationController().sourceView(), chooseCell);
+    EXPECT_EQ(picker->popoverPresentationController().sourceRect(), chooseCell->bounds());
+    // A pick dismisses a popover held in the slot first, animated, and empties the slot.
+    const auto at = mark();
+    ASSERT_TRUE(picker->pick(landscape(), nullptr));
+    EXPECT_EQ(journal(at).front(),
+              "dismiss UIViewController dismissViewControllerAnimated animated");
+    EXPECT_FALSE(Mail::popover());
+    EXPECT_FALSE(host->presentedViewController());
+
+    const auto restoreCell = page->tableViewCellForRowAtIndexPath(1, 2);
+    restoreCell->setBounds({{0, 0}, {540, 48}});
+    auto sheet = restoreSheet();
     ASSERT_TRUE(sheet);
-    ASSERT_EQ(sheet->actions().size(), 1u);
-    EXPECT_EQ(sheet->actions()[0]->title(), "Default Avatar");
-    EXPECT_EQ(sheet->actions()[0]->style(), plat::UIAlertActionStyleDestructive);
-    EXPECT_EQ(sheet->popoverPresentationController().sourceView(), cell);
-    EXPECT_EQ(sheet->popoverPresentationController().sourceRect(), cell->bounds());
     EXPECT_TRUE(sheet->presentsAsPopover());
-
-    // Tapping outside: gone, files untouched.
-    const std::size_t before = device.notifications().size();
+    EXPECT_EQ(sheet->popoverPresentationController().sourceView(), restoreCell);
+    EXPECT_EQ(sheet->popoverPresentationController().sourceRect(), restoreCell->bounds());
+    // Tapped outside: gone, nothing restored.
+    const auto before = mark();
     EXPECT_TRUE(sheet->dismissByTappingOutside());
-    EXPECT_TRUE(device.exists(mailtest::kImagePath));
-    EXPECT_EQ(device.notifications().size(), before);
-
-    EXPECT_TRUE(openSheet()->tapAction("Default Avatar"));
-    EXPECT_FALSE(device.exists(mailtest::kImagePath));
-    EXPECT_EQ(device.notifications().size(), before + 1);
+    EXPECT_EQ(journal(before), Ids{"dismiss UIAlertController tap-outside animated"});
 }
 
-TEST_F(MailRestoreSheetTest, ASheetOutlivingItsPageRestoresNothing) {
-    pickSomething();
-    const auto sheet = openSheet();
-    ASSERT_TRUE(sheet);
-    const auto restore = sheet->actions()[0];
-    mail.page->dismissViewControllerAnimated(false, nullptr);
-    mail.page.reset();
-    restore->handler()(*restore);
-    EXPECT_TRUE(device.exists(mailtest::kImagePath));
+// --- The avatar files --------------------------------------------------------------------
+
+TEST_F(MailPageTest, APickWritesBothFilesStretchedAtTheScreenScaleThenTellsTheExtension) {
+    std::atomic<int> heard{0}, bothThere{0};
+    auto& root = device.process().root();
+    const auto token = device.process().darwin().addObserver(
+        nullptr,
+        [&](plat::DarwinNotifyCenter*, void*, const std::string&, const void*, const Value&) {
+            ++heard;
+            bothThere += root.fileExists(kImagePath) && root.fileExists(kThumbnailPath);
+        },
+        "com.norvale.veltoemailavatarsettingschanged",
+        plat::SuspensionBehavior::DeliverImmediately);
+    // 2 × 60 points for the picture, 8 more each way for the thumbnail, times the scale.
+    for (const auto& [scale, image, thumbnail] : {std::tuple{2.0, 240, 256}, {3.0, 360, 384}}) {
+        SCOPED_TRACE(scale);
+        device.setProfile("iPhone", scale);
+        EXPECT_EQ(pick(landscape()), picked(kSavedImage, kSavedThumbnail));
+        EXPECT_FALSE(Mail::imagePicker());
+        EXPECT_EQ(root.contentsOfDirectory(kFolder),
+                  (Ids{"default_avatar_mail@3x.png", "default_avatar_thumb_mail@3x.png"}));
+        for (const auto& [path, pixels] :
+             {std::pair{kImagePath, image}, {kThumbnailPath, thumbnail}}) {
+            const auto file = Image::imageWithContentsOfFile(path);
+            ASSERT_TRUE(file) << path;
+            EXPECT_EQ(file->pixelWidth(), pixels);
+            EXPECT_EQ(file->pixelHeight(), pixels);
+            // Block 5 stays transparent: a canvas that is not opaque, kept in a PNG.
+            expectStretched(*file, *landscape());
+        }
+        if (scale == 2)
+            std::filesystem::create_hard_link(device.host(kImagePath), device.root() / "held.png");
+    }
+    device.process().darwin().waitUntilDelivered();
+    device.process().darwin().removeObserver(token);
+    EXPECT_EQ(heard, 2);
+    EXPECT_EQ(bothThere, 2);
+    // Not the general settings notification.
+    EXPECT_EQ(device.notifications(), Ids(2, "com.norvale.veltoemailavatarsettingschanged"));
+    // The second pick was written beside the first file and renamed over it, not into it.
+    EXPECT_EQ(Image::imageWithContentsOfFile("/held.png")->pixelWidth(), 240);
+}
+
+TEST_F(MailPageTest, OnlyAFailedFolderCreationStopsTheWritesAndTheExtensionIsToldAnyway) {
+    device.writeText("/var/mobile/Library/Mail", "a file where the Mail folder belongs");
+    EXPECT_EQ(pick(landscape()), picked(kUnableToStore, kUnableToStore));
+    EXPECT_EQ(restore(), (Ids{kSheetGone, kUnableToStore, kReload, kPosted}));
+    EXPECT_FALSE(device.exists(kFolder));
+
+    // Only existence is asked: a file in the folder's place passes, and the writes' failure
+    // goes unnoticed.
+    std::filesystem::remove(device.host("/var/mobile/Library/Mail"));
+    device.writeText(kFolder, "not a folder");
+    EXPECT_EQ(pick(landscape()), picked(kSavedImage, kSavedThumbnail));
+    EXPECT_FALSE(device.exists(kImagePath) || device.exists(kThumbnailPath));
+}
+
+TEST_F(MailPageTest, RestoringLeavesOnlyAThumbnailOfTheStockPicture) {
+    device.setProfile("iPhone", 2);
+    pick(landscape());
+    const Ids image = removal(kImagePath), thumbnail = removal(kThumbnailPath);
+    EXPECT_EQ(restore(), (Ids{kSheetGone, image[0], image[1], thumbnail[0], thumbnail[1],
+                              kSavedThumbnail, kReload, kPosted}));
+    // The second time the image is already gone and skipped without a word.
+    EXPECT_EQ(restore(),
+              (Ids{kSheetGone, thumbnail[0], thumbnail[1], kSavedThumbnail, kReload, kPosted}));
+    EXPECT_FALSE(device.exists(kImagePath));
+    auto file = Image::imageWithContentsOfFile(kThumbnailPath);
+    ASSERT_TRUE(file);
+    EXPECT_EQ(file->pixelWidth(), 256);
+    expectStretched(*file, *Image::imageWithContentsOfFile(kStockPath));
+
+    // Without the stock picture it comes back fully transparent.
+    std::filesystem::remove(device.host(kStockPath));
+    restore();
+    file = Image::imageWithContentsOfFile(kThumbnailPath);
+    ASSERT_TRUE(file);
+    EXPECT_EQ(file->pixelWidth(), 256);
+    expectStretched(*file, *Image::blank(1, 1, 1));
 }
 
 }  // namespace

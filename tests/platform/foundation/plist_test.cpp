@@ -6,6 +6,8 @@
 
 #include <chrono>
 #include <limits>
+#include <tuple>
+#include <vector>
 
 #include "platform/foundation/plist_file.h"
 #include "platform/ui/color.h"
@@ -20,113 +22,145 @@ using plat::Value;
 using namespace plisttest;
 using I = std::int64_t;
 
+const auto n = [](I i) { return Value::integer(i); };
+
 // What the oracles' README says a correct reader gets, kinds included.
 Value appleDictionary() {
     using namespace std::chrono;
-    const auto date = sys_days{2004y / October / 26} + 10h + 33min + 33s;
-    const double since2001 = (date - sys_seconds{sys_days{2001y / January / 1}}).count();
-    Bytes gunk;
-    for (int i = 0; i < 10; ++i) {
-        const Bytes piece = bytesOf("<lots of binary gunk>");
-        gunk.insert(gunk.end(), piece.begin(), piece.end());
-        gunk.insert(gunk.end(), {0, 1, 2, 3});
-    }
-    auto ints = [](std::initializer_list<I> list) {
-        Value a = Value::array();
-        for (I i : list)
-            a.addObject(Value::integer(i));
-        return a;
-    };
+    const duration<double> date =
+        sys_days{2004y / October / 26} + 10h + 33min + 33s - sys_days{2001y / January / 1};
+    std::string gunk;
+    for (int i = 0; i < 10; ++i)
+        gunk += std::string("<lots of binary gunk>\0\1\2\3", 25);
     return Value::dictionary({
         {"aString", "Doodah"},
-        {"anInt", Value::integer(728)},
-        {"aNegativeInt", Value::integer(-5)},
-        {"aNegativeBigInt", Value::integer(-80000000000)},
-        {"aBigInt", Value::integer(9223372036854775764)},
+        {"anInt", n(728)},
+        {"aNegativeInt", n(-5)},
+        {"aNegativeBigInt", n(-80000000000)},
+        {"aBigInt", n(9223372036854775764)},
         {"aBigInt2", Value::unsignedInteger(9223372036854775852u)},
         {"aFloat", Value::real(0.5)},
-        {"aDate", Value::date(since2001)},
-        {"aList", Value::array({"A", "B", Value::integer(12), Value::real(32.5), ints({1, 2, 3})})},
-        {"aDict", Value::dictionary(
-                      {{"aFalseValue", Value::boolean(false)},
-                       {"aTrueValue", Value::boolean(true)},
-                       {"aUnicodeValue", "M\u00e4ssig, Ma\u00df"},
-                       {"anotherString", "<hello & 'hi' there!>"},
-                       {"deeperDict",
-                        Value::dictionary({{"a", Value::integer(17)},
-                                           {"b", Value::real(32.5)},
-                                           {"c", Value::array({Value::integer(1), Value::integer(2),
-                                                               "text"})}})}})},
+        {"aDate", Value::date(date.count())},
+        {"aList",
+         Value::array({"A", "B", n(12), Value::real(32.5), Value::array({n(1), n(2), n(3)})})},
+        {"aDict",
+         Value::dictionary(
+             {{"aFalseValue", Value::boolean(false)},
+              {"aTrueValue", Value::boolean(true)},
+              {"aUnicodeValue", "M\u00e4ssig, Ma\u00df"},
+              {"anotherString", "<hello & 'hi' there!>"},
+              {"deeperDict", Value::dictionary({{"a", n(17)},
+                                                {"b", Value::real(32.5)},
+                                                {"c", Value::array({n(1), n(2), "text"})}})}})},
         {"anEmptyDict", Value::dictionary()},
         {"anEmptyList", Value::array()},
         {"someData", Value::data(bytesOf("<binary gunk>"))},
-        {"someMoreData", Value::data(gunk)},
-        {"nestedData", Value::array({Value::data(gunk)})},
+        {"someMoreData", Value::data(bytesOf(gunk))},
+        {"nestedData", Value::array({Value::data(bytesOf(gunk))})},
         {"\u00c5benraa", "That was a unicode key."},
     });
 }
 
+void put(Bytes& to, std::uint64_t v, int width) {
+    for (int shift = 8 * (width - 1); shift >= 0; shift -= 8)
+        to.push_back(v >> shift & 0xff);
+}
+
+// A binary plist put together by hand (objects as marker + payload, 4-byte references and
+// offsets, root object 0), for files no writer would make.
+Bytes bplist(const std::vector<Bytes>& objects) {
+    Bytes out = bytesOf("bplist00"), table;
+    for (const auto& object : objects) {
+        put(table, out.size(), 4);
+        out.insert(out.end(), object.begin(), object.end());
+    }
+    const std::uint64_t tableOffset = out.size();
+    out.insert(out.end(), table.begin(), table.end());
+    out.insert(out.end(), {0, 0, 0, 0, 0, 0, 4, 4});
+    for (std::uint64_t field : {std::uint64_t(objects.size()), std::uint64_t{0}, tableOffset})
+        put(out, field, 8);
+    return out;
+}
+
+// An array object for bplist().
+Bytes array(std::initializer_list<std::uint64_t> refs) {
+    Bytes out{static_cast<std::uint8_t>(0xA0 | refs.size())};
+    for (std::uint64_t ref : refs)
+        put(out, ref, 4);
+    return out;
+}
+
+// `levels` arrays, each holding the next `width` times; the last is empty.
+Bytes nestedBinary(std::uint64_t levels, int width = 1) {
+    std::vector<Bytes> objects;
+    for (std::uint64_t i = 1; i < levels; ++i)
+        objects.push_back(width == 1 ? array({i}) : array({i, i}));
+    objects.push_back({0xA0});
+    return bplist(objects);
+}
+Bytes nestedXml(std::size_t levels) {
+    std::string open, close;
+    for (std::size_t i = 0; i < levels; ++i)
+        open += "<array>", close += "</array>";
+    return bytesOf("<plist version=\"1.0\">" + open + close + "</plist>");
+}
+
 TEST(PropertyListOracle, AppleFilesReadWithEveryValueAndKind) {
-    PropertyListFormat format{};
-    const Value binary = plat::propertyListFromData(oracle("apple-binary.plist"), &format);
-    EXPECT_EQ(format, PropertyListFormat::Binary);
-    expectSame(binary, appleDictionary());
-    EXPECT_TRUE(binary.objectForKey("aBigInt2").isUnsignedBig());
-    EXPECT_EQ(binary.objectForKey("aBigInt2").unsignedValue(), 9223372036854775852u);
-    const Value xml = plat::propertyListFromData(oracle("apple-xml.plist"), &format);
-    EXPECT_EQ(format, PropertyListFormat::XML);
-    expectSame(xml, appleDictionary());
+    for (auto [file, expected] : {std::pair{"apple-binary.plist", PropertyListFormat::Binary},
+                                  {"apple-xml.plist", PropertyListFormat::XML}}) {
+        PropertyListFormat format{};
+        const Value read = plat::propertyListFromData(oracle(file), &format);
+        EXPECT_EQ(format, expected) << file;
+        expectSame(read, appleDictionary());  // aBigInt2 included: unsigned, not wrapped
+    }
 }
 
 TEST(PropertyListWrite, BinaryAndXmlRoundTripEveryKind) {
-    const auto binary = plat::dataFromPropertyList(appleDictionary(), PropertyListFormat::Binary);
-    ASSERT_TRUE(binary);
-    EXPECT_EQ(std::string(binary->begin(), binary->begin() + 8), "bplist00");
-    // aBigInt2 as Apple writes it: 16 bytes, high half zero; negatives in 8 bytes.
-    EXPECT_TRUE(contains(*binary, {0x14, 0, 0, 0, 0, 0, 0, 0, 0, 0x80, 0, 0, 0, 0, 0, 0, 0x2c}));
-    EXPECT_TRUE(contains(*binary, {0x13, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xfb}));
-    expectSame(plat::propertyListFromData(*binary), appleDictionary());
-
-    const auto xml = plat::dataFromPropertyList(appleDictionary(), PropertyListFormat::XML);
-    ASSERT_TRUE(xml);
-    const std::string text(xml->begin(), xml->end());
-    EXPECT_EQ(text.rfind("<?xml", 0), 0u);
-    EXPECT_NE(text.find("<integer>9223372036854775852</integer>"), std::string::npos);
-    expectSame(plat::propertyListFromData(*xml), appleDictionary());
-
-    // Integer widths and extremes, dates before 2001, past 2038 and with fractions, strings
-    // beyond the BMP, UIDs.
+    // Beyond Apple's files (in binary: XML keeps whole seconds): integer widths and extremes,
+    // dates before 2001, past 2038 and with fractions, strings beyond the BMP, UIDs.
     const Value more = Value::array(
-        {Value::integer(255), Value::integer(256), Value::integer(65536),
-         Value::integer(4294967296), Value::integer(std::numeric_limits<I>::min()),
-         Value::integer(std::numeric_limits<I>::max()),
+        {n(255), n(256), n(65536), n(4294967296), n(std::numeric_limits<I>::min()),
+         n(std::numeric_limits<I>::max()),
          Value::unsignedInteger(std::numeric_limits<std::uint64_t>::max()), Value::real(0.1),
          Value::real(-1e300), Value::date(-0.25), Value::date(-1234567.875),
          Value::date(63113904000.5), Value::date(1.000001), "\xF0\x9F\x98\x80 caf\u00e9",
-         Value::uid(300), Value::boolean(false), Value::integer(0), Value::data({})});
+         Value::uid(300), Value::boolean(false), n(0), Value::data({})});
+    for (auto [format, magic] :
+         {std::pair{PropertyListFormat::Binary, "bplist00"}, {PropertyListFormat::XML, "<?xml"}}) {
+        const auto bytes = plat::dataFromPropertyList(appleDictionary(), format);
+        ASSERT_TRUE(bytes);
+        EXPECT_EQ(std::string(bytes->begin(), bytes->end()).rfind(magic, 0), 0u);  // starts so
+        expectSame(plat::propertyListFromData(*bytes), appleDictionary());
+    }
     expectSame(
         plat::propertyListFromData(*plat::dataFromPropertyList(more, PropertyListFormat::Binary)),
         more);
+    // aBigInt2 as Apple writes it: 16 bytes, high half zero; negatives in 8 bytes.
+    const Bytes apple = *plat::dataFromPropertyList(appleDictionary(), PropertyListFormat::Binary);
+    EXPECT_TRUE(contains(apple, {0x14, 0, 0, 0, 0, 0, 0, 0, 0, 0x80, 0, 0, 0, 0, 0, 0, 0x2c}));
+    EXPECT_TRUE(contains(apple, {0x13, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xfb}));
 }
 
 TEST(PropertyListWrite, RefusesWhatIsNotAPropertyListWithFoundationsReasons) {
-    const std::string prefix = "Property list invalid for format: ";
-    std::string why;
-    EXPECT_FALSE(plat::dataFromPropertyList(Value(), PropertyListFormat::Binary, &why));
-    EXPECT_EQ(why, prefix + "200 (property lists cannot contain NULL)");
     const Value withNull = Value::dictionary({{"a", Value::array({Value::null()})}});
-    EXPECT_FALSE(plat::dataFromPropertyList(withNull, PropertyListFormat::Binary, &why));
-    EXPECT_EQ(why, prefix + "200 (property lists cannot contain objects of type 'CFNull')");
-    EXPECT_FALSE(plat::dataFromPropertyList(withNull, PropertyListFormat::XML, &why));
-    EXPECT_EQ(why, prefix + "100 (property lists cannot contain objects of type 'CFNull')");
-    const Value colour = Value::array({Value(plat::Color::whiteColor())});
-    EXPECT_FALSE(plat::dataFromPropertyList(colour, PropertyListFormat::Binary, &why));
-    EXPECT_EQ(why, prefix + "200 (property lists cannot contain objects of type 'UIColor')");
     const Value loop = Value::array({"x"});
     loop.addObject(Value::dictionary({{"back", loop}}));
-    EXPECT_FALSE(plat::dataFromPropertyList(loop, PropertyListFormat::Binary, &why));
-    EXPECT_EQ(why, prefix + "200 (property lists cannot contain recursive container references)");
+    const std::tuple<Value, PropertyListFormat, std::string> cases[] = {
+        {Value(), PropertyListFormat::Binary, "NULL"},
+        {withNull, PropertyListFormat::Binary, "objects of type 'CFNull'"},
+        {withNull, PropertyListFormat::XML, "objects of type 'CFNull'"},
+        {Value::array({plat::Color::whiteColor()}), PropertyListFormat::Binary,
+         "objects of type 'UIColor'"},
+        {loop, PropertyListFormat::Binary, "recursive container references"},
+    };
+    for (const auto& [value, format, what] : cases) {
+        std::string why;
+        EXPECT_FALSE(plat::dataFromPropertyList(value, format, &why));
+        EXPECT_EQ(why, "Property list invalid for format: " + std::to_string(int(format)) +
+                           " (property lists cannot contain " + what + ")");
+    }
     loop.removeAllObjects();  // lets the array be freed
+    std::string why;
     EXPECT_FALSE(plat::dataFromPropertyList(Value("x"), PropertyListFormat::OpenStep, &why));
     EXPECT_NE(why.find("not supported for writing"), std::string::npos);
     // Text libplist would mangle: not UTF-8, or cut short at a NUL.
@@ -140,21 +174,16 @@ TEST(PropertyListWrite, RefusesWhatIsNotAPropertyListWithFoundationsReasons) {
 
 TEST(PropertyListRead, MalformedAndHostileInputGivesNil) {
     const Bytes binary = oracle("apple-binary.plist"), xml = oracle("apple-xml.plist");
-    for (std::size_t n = 0; n < binary.size(); ++n)
-        EXPECT_TRUE(plat::propertyListFromData(Bytes(binary.begin(), binary.begin() + n)).isNil())
-            << "binary prefix " << n;
-    for (std::size_t n = 0; n + 20 < xml.size(); n += 37)
-        EXPECT_TRUE(plat::propertyListFromData(Bytes(xml.begin(), xml.begin() + n)).isNil())
-            << "xml prefix " << n;
+    for (std::size_t len = 0; len < binary.size(); ++len)
+        EXPECT_TRUE(plat::propertyListFromData(Bytes(binary.begin(), binary.begin() + len)).isNil())
+            << "binary prefix " << len;
+    for (std::size_t len = 0; len + 20 < xml.size(); len += 37)
+        EXPECT_TRUE(plat::propertyListFromData(Bytes(xml.begin(), xml.begin() + len)).isNil())
+            << "xml prefix " << len;
     for (const char* text : {"", "garbage", "<plist><dict><key>a</key></plist>",
                              "<plist><string>\xff\xfe</string></plist>", "bplist00"})
         EXPECT_TRUE(plat::propertyListFromData(bytesOf(text)).isNil()) << text;
 
-    // Each level refers twice to the next: 2^40 nodes if expanded.
-    std::vector<Bytes> doubling;
-    for (std::uint64_t i = 0; i < 40; ++i)
-        doubling.push_back(array({i + 1, i + 1}));
-    doubling.push_back({0x09});
     const std::pair<const char*, Bytes> cases[] = {
         {"self-reference", bplist({array({0})})},
         {"two-object cycle", bplist({array({1}), array({0})})},
@@ -162,7 +191,7 @@ TEST(PropertyListRead, MalformedAndHostileInputGivesNil) {
         {"absurd count", bplist({{0x5f, 0x13, 0x7f, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff}})},
         {"non-ASCII in an ASCII string", bplist({{0x52, 0xc3, 0xa9}})},
         {"NUL in a key", bplist({{0xd1, 0, 0, 0, 1, 0, 0, 0, 2}, {0x52, 'a', 0}, {0x09}})},
-        {"shared children", bplist(doubling)},
+        {"shared children (2^40 nodes if expanded)", nestedBinary(41, 2)},
         {"binary chain past the stack", nestedBinary(100000)},
         {"XML nesting past the stack", nestedXml(100000)},
     };
@@ -176,56 +205,48 @@ TEST(PropertyListRead, NestingLimitIsTheSameForReadingAndWriting) {
     EXPECT_EQ(depthOf(plat::propertyListFromData(nestedXml(limit))), limit);
     EXPECT_TRUE(plat::propertyListFromData(nestedBinary(limit + 1)).isNil());
     EXPECT_TRUE(plat::propertyListFromData(nestedXml(limit + 1)).isNil());
-    EXPECT_TRUE(plat::dataFromPropertyList(nestedValue(limit), PropertyListFormat::Binary));
-    EXPECT_FALSE(plat::dataFromPropertyList(nestedValue(limit + 1), PropertyListFormat::Binary));
+    Value deep = Value::array();
+    for (std::size_t i = 1; i < limit; ++i)
+        deep = Value::array({deep});
+    EXPECT_TRUE(plat::dataFromPropertyList(deep, PropertyListFormat::Binary));
+    EXPECT_FALSE(plat::dataFromPropertyList(Value::array({deep}), PropertyListFormat::Binary));
 }
 
-TEST(PropertyListFile, ReadsOnlyTheRightRootAndWritesXml) {
+TEST(PropertyListFile, ReadsOnlyTheRightRootWritesXmlAndWritesInPlaceOrAtomically) {
     testsupport::TestDevice device;
     const plat::DeviceRoot& root = device.process().root();
-    const Bytes apple = oracle("apple-binary.plist");
-    device.writeText("/var/a.plist", std::string(apple.begin(), apple.end()));
-    expectSame(plat::dictionaryWithContentsOfFile("/var/a.plist"), appleDictionary());
-    EXPECT_TRUE(plat::arrayWithContentsOfFile(root, "/var/a.plist").isNil());
     device.writePlist("/var/list.plist", Value::array({"x"}));
-    EXPECT_EQ(plat::arrayWithContentsOfFile("/var/list.plist"), Value::array({"x"}));
-    EXPECT_TRUE(plat::dictionaryWithContentsOfFile(root, "/var/list.plist").isNil());
-    EXPECT_TRUE(plat::dictionaryWithContentsOfFile("/var/missing.plist").isNil());
-    EXPECT_TRUE(plat::dictionaryWithContentsOfFile("/var").isNil());
-    device.writeText("/var/corrupt.plist", "<plist><dict><key>a</key><true/>");
-    EXPECT_TRUE(plat::dictionaryWithContentsOfFile("/var/corrupt.plist").isNil());
-
-    const Value settings =
-        Value::dictionary({{"on", Value::boolean(true)}, {"n", Value::integer(3)}});
+    const Value settings = Value::dictionary({{"on", Value::boolean(true)}, {"n", n(3)}});
     EXPECT_TRUE(plat::writePropertyListToFile(settings, "/var/s.plist", true));
     EXPECT_TRUE(plat::writePropertyListToFile(root, settings, "/var/t.plist", false));
     for (const char* path : {"/var/s.plist", "/var/t.plist"}) {
         EXPECT_EQ(root.readFile(path)->at(0), '<') << path;
-        expectSame(plat::dictionaryWithContentsOfFile(path), settings);
+        expectSame(plat::dictionaryWithContentsOfFile(root, path), settings);
     }
+    EXPECT_TRUE(plat::arrayWithContentsOfFile(root, "/var/s.plist").isNil());
+    EXPECT_EQ(plat::arrayWithContentsOfFile("/var/list.plist"), Value::array({"x"}));
+    device.writeText("/var/corrupt.plist", "<plist><dict><key>a</key><true/>");
+    for (const char* path : {"/var/list.plist", "/var/missing.plist", "/var", "/var/corrupt.plist"})
+        EXPECT_TRUE(plat::dictionaryWithContentsOfFile(path).isNil()) << path;
     EXPECT_FALSE(plat::writePropertyListToFile(Value::dictionary({{"a", Value::null()}}),
                                                "/var/null.plist", true));
     EXPECT_FALSE(plat::writePropertyListToFile(Value("text"), "/var/text.plist", true));
     EXPECT_FALSE(device.exists("/var/null.plist") || device.exists("/var/text.plist"));
-}
 
-TEST(PropertyListFile, InPlaceWritesKeepTheFileAtomicWritesReplaceIt) {
-    testsupport::TestDevice device;
-    const plat::DeviceRoot& root = device.process().root();
-    device.writeText("/var/f.plist", "old");
-    const auto host = device.host("/var/f.plist");
+    // In place keeps the inode (and so a hard link sees the change); atomic replaces it.
+    const auto host = device.host("/var/s.plist");
     ASSERT_EQ(::link(host.c_str(), device.host("/var/link.plist").c_str()), 0);
     auto inode = [&] {
         struct stat st {};
         return ::stat(host.c_str(), &st) == 0 ? st.st_ino : 0;
     };
     const auto before = inode();
-    EXPECT_TRUE(plat::writeDataToFile(bytesOf("in place"), "/var/f.plist", false));
+    EXPECT_TRUE(plat::writeDataToFile(bytesOf("in place"), "/var/s.plist", false));
     EXPECT_EQ(inode(), before);
     EXPECT_EQ(*root.readFile("/var/link.plist"), bytesOf("in place"));
-    EXPECT_TRUE(plat::writeDataToFile(root, bytesOf("atomic"), "/var/f.plist", true));
+    EXPECT_TRUE(plat::writeDataToFile(root, bytesOf("atomic"), "/var/s.plist", true));
     EXPECT_NE(inode(), before);
-    EXPECT_EQ(*root.readFile("/var/f.plist"), bytesOf("atomic"));
+    EXPECT_EQ(*root.readFile("/var/s.plist"), bytesOf("atomic"));
     EXPECT_EQ(*root.readFile("/var/link.plist"), bytesOf("in place"));
     EXPECT_FALSE(plat::writeDataToFile(bytesOf("x"), "/no/such/folder/f", false));
 }
@@ -234,11 +255,10 @@ TEST(PropertyListFile, InPlaceWritesKeepTheFileAtomicWritesReplaceIt) {
 // read again: every value and kind must survive both readers.
 TEST(PropertyListPython, PlistlibReadsWhatWeWrite) {
     if (!hasPlistlib()) GTEST_SKIP() << "python3 with plistlib is not available";
-    const Value original = appleDictionary();
     const Value back =
-        throughPlistlib(*plat::dataFromPropertyList(original, PropertyListFormat::Binary),
+        throughPlistlib(*plat::dataFromPropertyList(appleDictionary(), PropertyListFormat::Binary),
                         "result = plistlib.dumps(plistlib.loads(data), fmt=plistlib.FMT_XML)");
-    expectSame(back, original);
+    expectSame(back, appleDictionary());
 }
 
 }  // namespace

