@@ -5,6 +5,8 @@
 #include <regex>
 #include <utility>
 
+#include "platform/foundation/utf8.h"
+
 namespace plat {
 
 namespace {
@@ -73,23 +75,10 @@ std::u32string decode(std::string_view s) {
 }
 
 void encode(char32_t c, std::string& out) {
-    if (isEscapedByte(c)) {
+    if (isEscapedByte(c))
         out += static_cast<char>(c - kEscapeBase);
-    } else if (c < 0x80) {
-        out += static_cast<char>(c);
-    } else if (c < 0x800) {
-        out += static_cast<char>(0xC0 | (c >> 6));
-        out += static_cast<char>(0x80 | (c & 0x3F));
-    } else if (c < 0x10000) {
-        out += static_cast<char>(0xE0 | (c >> 12));
-        out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
-        out += static_cast<char>(0x80 | (c & 0x3F));
-    } else {
-        out += static_cast<char>(0xF0 | (c >> 18));
-        out += static_cast<char>(0x80 | ((c >> 12) & 0x3F));
-        out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
-        out += static_cast<char>(0x80 | (c & 0x3F));
-    }
+    else
+        appendUtf8(c, out);
 }
 
 template <class Chars>
