@@ -66,13 +66,13 @@ int runDeviceInit(const DeviceInitRequest& request, bool json) {
     options.extensionAnswers = !request.noExtension;
     for (const std::string& text : request.apps) {
         std::string error;
-        auto app = device::parseAppSpec(text, &error);
+        auto app = device::parseAppChoice(text, &error);
         if (!app) return fail(json, "--app " + error);
         options.apps.push_back(*app);
     }
     for (const std::string& text : request.packages) {
         std::string error;
-        auto package = device::parsePackageSpec(text, &error);
+        auto package = device::parsePackageChoice(text, &error);
         if (!package) return fail(json, "--package " + error);
         options.packages.push_back(*package);
     }

@@ -37,7 +37,7 @@ std::string iconBaseName(plat::DeviceFamily family) {
     return family == plat::DeviceFamily::iPad ? "AppIcon76x76" : "AppIcon60x60";
 }
 
-plat::Value infoPlist(const AppSpec& app, plat::DeviceFamily family) {
+plat::Value infoPlist(const AppChoice& app, plat::DeviceFamily family) {
     const plat::Value icons = plat::Value::dictionary(
         {{"CFBundlePrimaryIcon",
           plat::Value::dictionary(
@@ -77,8 +77,8 @@ std::string iconFileName(plat::DeviceFamily family, int scale) {
     return iconBaseName(family) + scaleSuffix + idiom + ".png";
 }
 
-std::string installApp(const plat::DeviceRoot& root, const AppSpec& app, plat::DeviceFamily family,
-                       int scale) {
+std::string installApp(const plat::DeviceRoot& root, const AppChoice& app,
+                       plat::DeviceFamily family, int scale) {
     const std::string container =
         app.system ? kSystemApplications
                    : std::string(kBundleContainers) + "/" + stableUuid(app.bundleIdentifier);

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "device/app_spec.h"
+#include "device/app_choice.h"
 #include "platform/system/device_facts.h"
 
 namespace plat {
@@ -23,8 +23,8 @@ inline constexpr const char* kContainerMetadata =
 // whose metadata names the bundle identifier. Containers get stable UUIDs made from the
 // identifier, so installing again overwrites rather than duplicates. Answers the device path
 // of the application's folder, or "" when something could not be written.
-std::string installApp(const plat::DeviceRoot& root, const AppSpec& app, plat::DeviceFamily family,
-                       int scale);
+std::string installApp(const plat::DeviceRoot& root, const AppChoice& app,
+                       plat::DeviceFamily family, int scale);
 
 // A UUID-shaped name derived from a text (the same text always gives the same UUID).
 std::string stableUuid(const std::string& seed);

@@ -7,11 +7,11 @@
 
 namespace velto::device {
 
-std::vector<AppSpec> demoApps(plat::DeviceFamily family) {
-    std::vector<AppSpec> apps;
+std::vector<AppChoice> demoApps(plat::DeviceFamily family) {
+    std::vector<AppChoice> apps;
     if (family == plat::DeviceFamily::iPhone)
         apps.push_back({"com.apple.mobilephone", "Phone", true});
-    const std::vector<AppSpec> system = {
+    const std::vector<AppChoice> system = {
         {"com.apple.MobileSMS", "Messages", true},
         {"com.apple.mobilemail", "Mail", true},
         {"com.apple.facetime", "FaceTime", true},
@@ -31,13 +31,13 @@ std::vector<AppSpec> demoApps(plat::DeviceFamily family) {
         {"com.apple.Passbook", "Wallet", true},
         {"com.apple.calculator", "Calculator", true},
         {"com.apple.DocumentsApp", "Files", true},
-        biteSMSSpec(),
-        ringLedgerSpec(),
+        biteSMSChoice(),
+        ringLedgerChoice(),
     };
     apps.insert(apps.end(), system.begin(), system.end());
     // Invented third-party applications, so the user group of the exclusion list has content.
-    const std::vector<AppSpec> user = {
-        whatsAppSpec(),
+    const std::vector<AppChoice> user = {
+        whatsAppChoice(),
         {"com.harbourlight.chatter", "Chatter", false},
         {"io.quillworks.notebook", "Quill", false},
         {"net.parcelpost.tracker", "Parcel Post", false},
@@ -53,17 +53,17 @@ std::vector<AppSpec> demoApps(plat::DeviceFamily family) {
 
 void addDemoContent(DeviceOptions& options) {
     // What the user chose explicitly wins over the demo's choice for the same app or package.
-    for (const AppSpec& app : demoApps(options.family)) {
+    for (const AppChoice& app : demoApps(options.family)) {
         const bool chosen = std::any_of(
             options.apps.begin(), options.apps.end(),
-            [&](const AppSpec& other) { return other.bundleIdentifier == app.bundleIdentifier; });
+            [&](const AppChoice& other) { return other.bundleIdentifier == app.bundleIdentifier; });
         if (!chosen) options.apps.push_back(app);
     }
-    for (const PackageSpec& package : {PackageSpec{kProductPackage, kDemoProductVersion},
-                                       PackageSpec{"mobilesubstrate", "0.9.7113"}}) {
+    for (const PackageChoice& package : {PackageChoice{kProductPackage, kDemoProductVersion},
+                                         PackageChoice{"mobilesubstrate", "0.9.7113"}}) {
         const bool chosen = std::any_of(
             options.packages.begin(), options.packages.end(),
-            [&](const PackageSpec& other) { return other.identifier == package.identifier; });
+            [&](const PackageChoice& other) { return other.identifier == package.identifier; });
         if (!chosen) options.packages.push_back(package);
     }
     options.mainSettings =

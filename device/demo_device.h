@@ -9,7 +9,7 @@ namespace velto::device {
 // The demo device's applications for a family: the system applications a phone has (no
 // Phone application on iPad or iPod), biteSMS and the maker's call-log application in
 // /Applications, WhatsApp and a handful of other user applications.
-std::vector<AppSpec> demoApps(plat::DeviceFamily family);
+std::vector<AppChoice> demoApps(plat::DeviceFamily family);
 
 // Adds the demo's content to options: its applications (after any already chosen), the
 // product's package at a released version, and a main settings file with the master switch on.

@@ -35,7 +35,7 @@ void initDevice(const std::filesystem::path& folder, const DeviceOptions& option
     require(root.createDirectory("/var/mobile/Library/Preferences", true), "the preferences folder",
             folder);
     installBundle(root, resources);
-    for (const AppSpec& app : options.apps)
+    for (const AppChoice& app : options.apps)
         require(!installApp(root, app, options.family, options.scale).empty(),
                 "the application " + app.bundleIdentifier, folder);
     require(writePackageDatabase(root, options.packages), "the package database", folder);

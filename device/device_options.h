@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "device/app_spec.h"
+#include "device/app_choice.h"
 #include "platform/foundation/value.h"
 #include "platform/system/device_facts.h"
 
@@ -17,8 +17,8 @@ struct DeviceOptions {
     bool faceTime = true;
     // Whether the extension's SpringBoard side answers the bundle's requests.
     bool extensionAnswers = true;
-    std::vector<AppSpec> apps;
-    std::vector<PackageSpec> packages;
+    std::vector<AppChoice> apps;
+    std::vector<PackageChoice> packages;
     // The main settings file's contents; nil leaves the file absent (every option off).
     plat::Value mainSettings;
 };

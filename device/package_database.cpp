@@ -45,9 +45,10 @@ std::vector<Stanza> readStanzas(const std::string& text) {
 
 }  // namespace
 
-bool writePackageDatabase(const plat::DeviceRoot& root, const std::vector<PackageSpec>& packages) {
+bool writePackageDatabase(const plat::DeviceRoot& root,
+                          const std::vector<PackageChoice>& packages) {
     std::ostringstream out;
-    for (const PackageSpec& package : packages) {
+    for (const PackageChoice& package : packages) {
         out << "Package: " << package.identifier << "\n"
             << "Status: install ok installed\n"
             << "Priority: optional\n"

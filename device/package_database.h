@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "device/app_spec.h"
+#include "device/app_choice.h"
 
 namespace plat {
 class DeviceRoot;
@@ -18,7 +18,7 @@ inline constexpr const char* kPackageDatabase = "/var/lib/dpkg/status";
 
 // Writes the database with exactly these packages, each "install ok installed". An empty
 // list still writes the file, so dpkg-query finds a database and simply knows nothing.
-bool writePackageDatabase(const plat::DeviceRoot& root, const std::vector<PackageSpec>& packages);
+bool writePackageDatabase(const plat::DeviceRoot& root, const std::vector<PackageChoice>& packages);
 
 // The version of an installed package, read from the database; nullopt when the package is
 // absent or not installed.

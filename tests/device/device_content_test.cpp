@@ -1,7 +1,7 @@
 // What `device init` is made of: the `--app` and `--package` options, generated home-screen
 // icons, and the package database as written for dpkg-query and read for the extension.
 
-#include "device/app_spec.h"
+#include "device/app_choice.h"
 
 #include <gtest/gtest.h>
 
@@ -16,8 +16,8 @@
 namespace velto::device {
 namespace {
 
-TEST(AppSpec, ShortNamesOrIdentifierNameAndKind) {
-    for (const auto& [text, expected] : std::vector<std::pair<std::string, AppSpec>>{
+TEST(AppChoice, ShortNamesOrIdentifierNameAndKind) {
+    for (const auto& [text, expected] : std::vector<std::pair<std::string, AppChoice>>{
              {"whatsapp", {"net.whatsapp.WhatsApp", "WhatsApp", false}},
              // biteSMS must be in /Applications under exactly this name.
              {"bitesms", {"com.bitesms", "biteSMS", true}},
@@ -27,22 +27,22 @@ TEST(AppSpec, ShortNamesOrIdentifierNameAndKind) {
              {"com.example.chat,Chat Pro", {"com.example.chat", "Chat Pro", false}},
              {"com.example.chat,Chat,system", {"com.example.chat", "Chat", true}},
              {"com.example.chat,,user", {"com.example.chat", "chat", false}}})
-        EXPECT_EQ(parseAppSpec(text), expected) << text;
+        EXPECT_EQ(parseAppChoice(text), expected) << text;
     for (const char* text :
          {"", "has space", ".leading", "com.x,Name,kernel", "com.x,a/b", "a,b,system,more"}) {
         std::string error;
-        EXPECT_FALSE(parseAppSpec(text, &error)) << text;
+        EXPECT_FALSE(parseAppChoice(text, &error)) << text;
         EXPECT_FALSE(error.empty()) << text;
     }
 }
 
-TEST(PackageSpec, IdentifierEqualsVersion) {
-    const auto package = parsePackageSpec("com.norvale.velto2=1:2.0~beta-1");
+TEST(PackageChoice, IdentifierEqualsVersion) {
+    const auto package = parsePackageChoice("com.norvale.velto2=1:2.0~beta-1");
     ASSERT_TRUE(package);
     EXPECT_EQ(package->identifier, "com.norvale.velto2");
     EXPECT_EQ(package->version, "1:2.0~beta-1");
     for (const char* text : {"p", "=1", "p=", "p q=1", "p=1 2"})
-        EXPECT_FALSE(parsePackageSpec(text)) << text;
+        EXPECT_FALSE(parsePackageChoice(text)) << text;
 }
 
 TEST(AppIcon, ARoundedSquareInTheAppsOwnColourWithItsInitialInWhite) {

@@ -73,7 +73,7 @@ TEST_F(DeviceInitTest, TheProfileIsWhatThePlatformReadsAndTheExtensionMayStaySil
 
 TEST_F(DeviceInitTest, AppsAreWhereTheBundleLooksAndTheExtensionListsEachOnce) {
     DeviceOptions options;
-    options.apps = {whatsAppSpec(), biteSMSSpec(), {"com.example.Notes", "Daily Notes", true}};
+    options.apps = {whatsAppChoice(), biteSMSChoice(), {"com.example.Notes", "Daily Notes", true}};
     init(options);
     init(options);  // again: overwritten, not duplicated
 
@@ -108,7 +108,7 @@ TEST_F(DeviceInitTest, IconRepliesCarryTheAppsIconAtTheFamilysSizeAndScale) {
     DeviceOptions options;
     options.family = plat::DeviceFamily::iPad;
     options.scale = 2;
-    options.apps = {whatsAppSpec()};
+    options.apps = {whatsAppChoice()};
     init(options);
     const auto iconOf = [&](const std::string& bundleIdentifier) {
         return ask("com.norvale.velto.appicon",
@@ -158,7 +158,7 @@ TEST_F(DeviceInitTest, TheDemoHasAboutThirtyAppsTheProductAndTheSwitchOnChoicesW
     };
     DeviceOptions options;
     addDemoContent(options);
-    EXPECT_EQ(count(options.packages, &PackageSpec::identifier, kProductPackage), 1);
+    EXPECT_EQ(count(options.packages, &PackageChoice::identifier, kProductPackage), 1);
     options = DeviceOptions{};
     options.apps = {{"net.whatsapp.WhatsApp", "My WhatsApp", true}};
     options.packages = {{"com.norvale.velto2", "3.0"}};
@@ -172,10 +172,10 @@ TEST_F(DeviceInitTest, TheDemoHasAboutThirtyAppsTheProductAndTheSwitchOnChoicesW
         EXPECT_TRUE(findInstalledApp(apps, id)) << id;
     EXPECT_EQ(count(apps, &InstalledApp::bundleIdentifier, "net.whatsapp.WhatsApp"), 1);
     EXPECT_EQ(findInstalledApp(apps, "net.whatsapp.WhatsApp")->displayName, "My WhatsApp");
-    EXPECT_EQ(count(options.packages, &PackageSpec::identifier, kProductPackage), 1);
+    EXPECT_EQ(count(options.packages, &PackageChoice::identifier, kProductPackage), 1);
     EXPECT_EQ(installedPackageVersion(root(), kProductPackage), "3.0");
     EXPECT_TRUE(device_.readPlist(kMainSettingsFile).objectForKey("VeltoEnabled").boolValue());
-    for (const AppSpec& app : demoApps(plat::DeviceFamily::iPad))
+    for (const AppChoice& app : demoApps(plat::DeviceFamily::iPad))
         EXPECT_NE(app.bundleIdentifier, "com.apple.mobilephone");  // no Phone app on tablets
 }
 

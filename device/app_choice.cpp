@@ -1,4 +1,4 @@
-#include "device/app_spec.h"
+#include "device/app_choice.h"
 
 #include <algorithm>
 #include <cctype>
@@ -32,32 +32,32 @@ bool isBundleIdentifier(const std::string& text) {
 
 }  // namespace
 
-AppSpec whatsAppSpec() {
+AppChoice whatsAppChoice() {
     return {"net.whatsapp.WhatsApp", "WhatsApp", false};
 }
 // The bundle looks for this one at the fixed path Applications/biteSMS.app.
-AppSpec biteSMSSpec() {
+AppChoice biteSMSChoice() {
     return {"com.bitesms", "biteSMS", true};
 }
-AppSpec ringLedgerSpec() {
+AppChoice ringLedgerChoice() {
     return {"com.norvale.RingLedger10", "RingLedger", true};
 }
-AppSpec recentsSpec() {
+AppChoice recentsChoice() {
     return {"com.norvale.recents", "Recents", true};
 }
 
-std::optional<AppSpec> parseAppSpec(const std::string& text, std::string* error) {
-    if (text == "whatsapp") return whatsAppSpec();
-    if (text == "bitesms") return biteSMSSpec();
-    if (text == "ringledger") return ringLedgerSpec();
-    if (text == "recents") return recentsSpec();
+std::optional<AppChoice> parseAppChoice(const std::string& text, std::string* error) {
+    if (text == "whatsapp") return whatsAppChoice();
+    if (text == "bitesms") return biteSMSChoice();
+    if (text == "ringledger") return ringLedgerChoice();
+    if (text == "recents") return recentsChoice();
 
     const std::vector<std::string> parts = splitCommas(text);
     if (parts.size() > 3) {
         fail(error, "'" + text + "': expected ID[,NAME[,system|user]]");
         return std::nullopt;
     }
-    AppSpec spec;
+    AppChoice spec;
     spec.bundleIdentifier = parts[0];
     if (!isBundleIdentifier(spec.bundleIdentifier)) {
         fail(error, "'" + parts[0] +
@@ -83,13 +83,13 @@ std::optional<AppSpec> parseAppSpec(const std::string& text, std::string* error)
     return spec;
 }
 
-std::optional<PackageSpec> parsePackageSpec(const std::string& text, std::string* error) {
+std::optional<PackageChoice> parsePackageChoice(const std::string& text, std::string* error) {
     const std::size_t equals = text.find('=');
     if (equals == std::string::npos || equals == 0 || equals + 1 == text.size()) {
         fail(error, "'" + text + "': expected ID=VERSION");
         return std::nullopt;
     }
-    PackageSpec spec{text.substr(0, equals), text.substr(equals + 1)};
+    PackageChoice spec{text.substr(0, equals), text.substr(equals + 1)};
     // A newline would end the stanza of the package database early.
     if (spec.identifier.find_first_of(" \n") != std::string::npos ||
         spec.version.find_first_of(" \n") != std::string::npos) {
