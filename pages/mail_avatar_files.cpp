@@ -2,6 +2,7 @@
 
 #include <optional>
 
+#include "contract/picture_files.h"
 #include "contract/velto_settings.h"
 #include "core/settings_catalogue.h"
 #include "platform/foundation/format.h"
@@ -9,7 +10,6 @@
 #include "platform/prefs/runtime.h"
 #include "platform/system/log.h"
 #include "platform/system/process.h"
-#include "platform/ui/image_context.h"
 
 namespace velto::mail {
 
@@ -77,15 +77,8 @@ void saveAvatar(const plat::ImagePtr& picture, AvatarFile file) {
 
     // Stretched over the whole canvas, aspect not kept, on a transparent background, and
     // neither rounded nor squared: only the page's small icons are cut to a shape.
-    const double scale = plat::Process::current().deviceFacts().screenScale;
-    plat::UIGraphicsBeginImageContextWithOptions(canvas, false, scale);
-    plat::drawInRect(picture.get(), plat::Rect{{0, 0}, canvas});
-    const plat::ImagePtr rendered = plat::UIGraphicsGetImageFromCurrentImageContext();
-    plat::UIGraphicsEndImageContext();
-
-    // No image, no bytes: nothing is written. Either way the outcome is not looked at.
-    if (const auto png = plat::UIImagePNGRepresentation(rendered.get()))
-        plat::Process::current().root().writeFile(path, *png, true);
+    // The write's outcome is not looked at: the line below is logged either way.
+    writePictureFile(picture, canvas, path);
 
     plat::NSLog(plat::stringWithFormat(
         thumbnail ? "Saved contact thumb nail image at: %@" : "Saved contact image at: %@",
