@@ -25,6 +25,8 @@ struct Device {
         options.echoLog = false;
         process = std::make_unique<plat::Process>(root, options);
         scope = std::make_unique<plat::ProcessScope>(*process);
+        // Writes go straight into the bundle's folder, which must be there first.
+        if (!process->root().createDirectory(kBundle, true)) std::abort();
     }
     std::filesystem::path root;
     std::unique_ptr<plat::Process> process;
@@ -36,8 +38,10 @@ struct Device {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     static Device device;
     auto& root = device.process->root();
-    root.writeFile(std::string(kBundle) + "/Fuzz.plist", plat::Bytes(data, data + size), false);
-    root.writeFile(std::string(kBundle) + "/Fuzz.strings", plat::Bytes(data, data + size), false);
+    const plat::Bytes bytes(data, data + size);
+    if (!root.writeFile(std::string(kBundle) + "/Fuzz.plist", bytes, false) ||
+        !root.writeFile(std::string(kBundle) + "/Fuzz.strings", bytes, false))
+        std::abort();
 
     const auto loaded = plat::loadSpecifiersFromPlist(plat::Bundle(kBundle), "Fuzz", nullptr);
     if (!loaded.specifiers) std::abort();
