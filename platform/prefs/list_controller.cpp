@@ -44,12 +44,12 @@ SpecifierArrayPtr ListController::loadSpecifiersFromPlistName(const std::string&
     return loaded.specifiers;
 }
 
-void ListController::journalListOperation(int kind, std::optional<std::size_t> index,
+void ListController::journalListOperation(JournalEntry::Kind kind, std::optional<std::size_t> index,
                                           bool animated) {
     Process* process = Process::tryCurrent();
     if (!process) return;
     JournalEntry entry;
-    entry.kind = static_cast<JournalEntry::Kind>(kind);
+    entry.kind = kind;
     entry.name = className();
     if (index) entry.index = static_cast<std::int64_t>(*index);
     entry.animated = animated;
@@ -60,7 +60,7 @@ void ListController::insertSpecifier(const SpecifierPtr& specifier, std::size_t 
                                      bool animated) {
     if (!held_) held_ = std::make_shared<SpecifierArray>();
     held_->insertObject(specifier, index);
-    journalListOperation(static_cast<int>(JournalEntry::Kind::Insert), index, animated);
+    journalListOperation(JournalEntry::Kind::Insert, index, animated);
 }
 
 void ListController::removeSpecifierAtIndex(std::size_t index, bool animated) {
@@ -68,17 +68,16 @@ void ListController::removeSpecifierAtIndex(std::size_t index, bool animated) {
         throw RangeError("removeSpecifierAtIndex: index " + std::to_string(index) +
                          " beyond bounds for empty list");
     held_->removeObjectAtIndex(index);
-    journalListOperation(static_cast<int>(JournalEntry::Kind::Remove), index, animated);
+    journalListOperation(JournalEntry::Kind::Remove, index, animated);
 }
 
 void ListController::reloadSpecifier(const SpecifierPtr& specifier, bool animated) {
-    journalListOperation(static_cast<int>(JournalEntry::Kind::Reload), indexOfSpecifier(specifier),
-                         animated);
+    journalListOperation(JournalEntry::Kind::Reload, indexOfSpecifier(specifier), animated);
 }
 
 void ListController::reloadSpecifiers() {
     held_.reset();
-    journalListOperation(static_cast<int>(JournalEntry::Kind::Reload), std::nullopt, false);
+    journalListOperation(JournalEntry::Kind::Reload, std::nullopt, false);
     specifiers();
 }
 

@@ -9,6 +9,7 @@
 #include "platform/prefs/specifier.h"
 #include "platform/prefs/table_cell.h"
 #include "platform/system/bundle.h"
+#include "platform/system/journal.h"
 #include "platform/ui/view_controller.h"
 
 namespace plat {
@@ -85,7 +86,8 @@ class ListController : public ViewController {
     static void registerFrameworkMethods(Runtime& runtime);
 
   protected:
-    void journalListOperation(int kind, std::optional<std::size_t> index, bool animated);
+    void journalListOperation(JournalEntry::Kind kind, std::optional<std::size_t> index,
+                              bool animated);
 
   private:
     SpecifierArrayPtr held_;

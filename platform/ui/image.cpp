@@ -194,14 +194,7 @@ std::shared_ptr<Image> Image::adopt(cairo_surface_t* surface, double scale) {
     if (scale <= 0 || !std::isfinite(scale)) scale = 1;
     if (cairo_image_surface_get_format(surface) != CAIRO_FORMAT_ARGB32) {
         // Decoders hand back RGB24 for pictures without alpha; everything here reads ARGB32.
-        const int width = cairo_image_surface_get_width(surface);
-        const int height = cairo_image_surface_get_height(surface);
-        cairo_surface_t* argb = cairo_image_surface_create(CAIRO_FORMAT_ARGB32, width, height);
-        cairo_t* cr = cairo_create(argb);
-        cairo_set_operator(cr, CAIRO_OPERATOR_SOURCE);
-        cairo_set_source_surface(cr, surface, 0, 0);
-        cairo_paint(cr);
-        cairo_destroy(cr);
+        cairo_surface_t* argb = argb32Copy(surface);
         cairo_surface_destroy(surface);
         if (cairo_surface_status(argb) != CAIRO_STATUS_SUCCESS) {
             cairo_surface_destroy(argb);
@@ -286,6 +279,18 @@ std::string Image::description() const {
     const Size points = size();
     return Object::description() + " size {" + formatNumber(points.width) + ", " +
            formatNumber(points.height) + "} scale " + formatNumber(scale_);
+}
+
+cairo_surface_t* argb32Copy(cairo_surface_t* source) {
+    const int width = cairo_image_surface_get_width(source);
+    const int height = cairo_image_surface_get_height(source);
+    cairo_surface_t* copy = cairo_image_surface_create(CAIRO_FORMAT_ARGB32, width, height);
+    cairo_t* cr = cairo_create(copy);
+    cairo_set_operator(cr, CAIRO_OPERATOR_SOURCE);
+    cairo_set_source_surface(cr, source, 0, 0);
+    cairo_paint(cr);
+    cairo_destroy(cr);
+    return copy;
 }
 
 std::optional<Bytes> UIImagePNGRepresentation(const Image* image) {

@@ -55,6 +55,9 @@ class Image : public Object {
 
 using ImagePtr = std::shared_ptr<Image>;
 
+// An ARGB32 copy of any image surface; the caller owns it.
+cairo_surface_t* argb32Copy(cairo_surface_t* source);
+
 // UIImagePNGRepresentation: nullopt for a null image.
 std::optional<Bytes> UIImagePNGRepresentation(const Image* image);
 

@@ -43,18 +43,6 @@ double mainScreenScale() {
     return process ? process->deviceFacts().screenScale : 1.0;
 }
 
-cairo_surface_t* copySurface(cairo_surface_t* source) {
-    const int width = cairo_image_surface_get_width(source);
-    const int height = cairo_image_surface_get_height(source);
-    cairo_surface_t* copy = cairo_image_surface_create(CAIRO_FORMAT_ARGB32, width, height);
-    cairo_t* cr = cairo_create(copy);
-    cairo_set_operator(cr, CAIRO_OPERATOR_SOURCE);
-    cairo_set_source_surface(cr, source, 0, 0);
-    cairo_paint(cr);
-    cairo_destroy(cr);
-    return copy;
-}
-
 // A new transparent picture of the given pixel size, with `paint` drawing into it in pixels.
 template <class Paint>
 ImagePtr render(int width, int height, double scale, Paint paint) {
@@ -94,7 +82,7 @@ ImagePtr UIGraphicsGetImageFromCurrentImageContext() {
     BitmapContext* context = currentContext();
     if (!context || !context->surface) return nullptr;
     cairo_surface_flush(context->surface);
-    return Image::adopt(copySurface(context->surface), context->scale);
+    return Image::adopt(argb32Copy(context->surface), context->scale);
 }
 
 void UIGraphicsEndImageContext() {
