@@ -1,7 +1,8 @@
 find_package(PkgConfig REQUIRED)
 find_package(Threads REQUIRED)
 pkg_check_modules(PLIST REQUIRED IMPORTED_TARGET libplist-2.0)
-pkg_check_modules(PLISTXX REQUIRED IMPORTED_TARGET libplist++-2.0)
 pkg_check_modules(CAIRO REQUIRED IMPORTED_TARGET cairo)
 pkg_check_modules(PNG REQUIRED IMPORTED_TARGET libpng)
 pkg_check_modules(JPEG REQUIRED IMPORTED_TARGET libjpeg)
+# NSString's regular expressions, normalisation and case folding are ICU's on the device too.
+pkg_check_modules(ICU REQUIRED IMPORTED_TARGET icu-uc icu-i18n)

@@ -27,8 +27,8 @@ enum CompareOptions : unsigned {
 };
 
 // -[NSString compare:] (options 0) and compare:options:. Orders by UTF-16 code units; without
-// NSLiteralSearch, precomposed Latin-1 and Latin Extended-A letters equal their decomposed
-// spellings. NSCaseInsensitiveSearch folds Latin, Greek and Cyrillic letters toward lower case.
+// NSLiteralSearch, canonically equivalent spellings are equal (precomposed and decomposed
+// letters). NSCaseInsensitiveSearch applies Unicode's simple case folding.
 ComparisonResult compare(std::string_view a, std::string_view b, unsigned options = 0);
 
 // stringByReplacingOccurrencesOfString:withString:options:range: over the whole string. With

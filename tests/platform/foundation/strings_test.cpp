@@ -108,12 +108,15 @@ TEST(ReplaceOccurrences, LiteralOrByRegularExpressionWithTemplates) {
         {"\u00e9\U0001F600", ".", "<$0>", re, "<\u00e9><\U0001F600>"},
         {"a\xffz", "z", "+", re, "a\xff+"},
         {"\u00c9COLE \u00e9cole", "\u00e9cole", "x", re | ci, "x x"},
+        // ICU's syntax, lookbehind included.
+        {"aab", "(?<=a)b", "x", re, "aax"},
+        {"\u03a3\u03c3\u03c2", "\u03c3+", "s", re | ci, "s"},
     };
     for (const auto& [subject, target, replacement, options, expected] : cases)
         EXPECT_EQ(stringByReplacingOccurrences(subject, target, replacement, options), expected)
             << subject << " / " << target << " / " << replacement;
     // An unusable pattern leaves the subject alone.
-    for (const char* pattern : {"(", "[a-", "a{2,1}", "(?<=a)b", "\\", "*"})
+    for (const char* pattern : {"(", "[a-", "a{2,1}", "(?<=a+)b", "\\", "*"})
         EXPECT_EQ(stringByReplacingOccurrences("aab\xff", pattern, "x", re), "aab\xff") << pattern;
 }
 
