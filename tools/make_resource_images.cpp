@@ -484,8 +484,15 @@ cairo_status_t appendPng(void* closure, const unsigned char* data, unsigned int 
 
 std::string fileName(std::string_view name, int scale) {
     std::string file(name);
-    if (scale != 1) file += "@" + std::to_string(scale) + "x";
-    return file + ".png";
+    // Appended piece by piece: GCC 12 at -O3 reports `"@" + std::to_string(...)` as an
+    // overlapping copy.
+    if (scale != 1) {
+        file += '@';
+        file += std::to_string(scale);
+        file += 'x';
+    }
+    file += ".png";
+    return file;
 }
 
 bool render(const Picture& picture, int scale, Rendered& out) {

@@ -33,9 +33,15 @@ std::string printed(const std::string& cFormat, T value) {
 }
 
 std::string cFormat(const Conversion& c, std::string_view lengthAndConversion) {
-    std::string f = "%" + c.flags;
+    // Appended, not `"%" + c.flags`: GCC 12 at -O3 reports a false -Wrestrict for a literal
+    // prepended to a string.
+    std::string f(1, '%');
+    f += c.flags;
     if (c.width >= 0) f += std::to_string(c.width);
-    if (c.precision >= 0) f += "." + std::to_string(c.precision);
+    if (c.precision >= 0) {
+        f += '.';
+        f += std::to_string(c.precision);
+    }
     f += lengthAndConversion;
     return f;
 }

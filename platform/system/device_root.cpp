@@ -167,7 +167,10 @@ bool DeviceRoot::writeFile(std::string_view devicePath, const Bytes& bytes, bool
     }
 
     // Readers see the old file or the new one, never half of it.
-    std::string temp = (host->parent_path() / ("." + host->filename().string() + ".XXXXXX"));
+    // Built by appending: GCC 12 at -O3 takes `"." + name` for an overlapping copy.
+    std::string temp = host->parent_path() / ".";
+    temp += host->filename().string();
+    temp += ".XXXXXX";
     int fd = ::mkstemp(temp.data());
     if (fd < 0) return false;
     bool ok = ::fchmod(fd, 0644) == 0 && writeAll(fd, bytes);
