@@ -31,9 +31,7 @@ function(velto_test_folder folder)
     add_executable(${target} ${sources} ${ARG_SUPPORT})
     target_link_libraries(${target} PRIVATE ${ARG_DEPS} GTest::gtest GTest::gmock GTest::gtest_main)
     target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR})
-    target_compile_definitions(${target} PRIVATE
-        VELTO_SOURCE_DIR="${PROJECT_SOURCE_DIR}"
-        VELTO_SHARED_DIR="${PROJECT_SOURCE_DIR}/../shared")
+    target_compile_definitions(${target} PRIVATE VELTO_SOURCE_DIR="${PROJECT_SOURCE_DIR}")
     gtest_discover_tests(${target} DISCOVERY_TIMEOUT 60
         PROPERTIES ENVIRONMENT "VELTO_BINARY_DIR=${PROJECT_BINARY_DIR}")
 endfunction()

@@ -111,8 +111,5 @@ std::vector<std::string> TestDevice::notifications() const {
 std::filesystem::path sourceDir() {
     return VELTO_SOURCE_DIR;
 }
-std::filesystem::path sharedDir() {
-    return VELTO_SHARED_DIR;
-}
 
 }  // namespace testsupport

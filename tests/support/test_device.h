@@ -51,8 +51,7 @@ class TestDevice {
     std::unique_ptr<plat::ProcessScope> scope_;
 };
 
-// The checkout's source folder and the shared folder beside it.
+// The checkout's source folder.
 std::filesystem::path sourceDir();
-std::filesystem::path sharedDir();
 
 }  // namespace testsupport

@@ -21,9 +21,10 @@ inline plat::Bytes readHostFile(const std::filesystem::path& path) {
     return plat::Bytes(std::istreambuf_iterator<char>(in), {});
 }
 
-// A file of shared/oracles, written by Apple's Foundation.
+// A file written by Apple's Foundation, kept in the test data.
 inline plat::Bytes oracle(const std::string& name) {
-    return readHostFile(std::filesystem::path(VELTO_SHARED_DIR) / "oracles" / name);
+    return readHostFile(std::filesystem::path(VELTO_SOURCE_DIR) / "tests" / "data" / "oracles" /
+                        name);
 }
 
 inline plat::Bytes bytesOf(const std::string& text) {
