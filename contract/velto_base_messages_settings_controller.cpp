@@ -93,6 +93,11 @@ void VeltoBaseMessagesSettingsController::setPreferenceValue(const plat::Value& 
     const bool ownFileRow = specifier && specifier->propertyForKey("defaults").str().empty() &&
                             !specifier->propertyForKey("key").str().empty();
     if (ownFileRow && !settings_.isNil() && settingsSource_ == settingsFilePath()) {
+        // The dictionary was read when the page opened; since then other rows (the master
+        // switch first of all) have written the file through the platform. Writing the old
+        // copy back would undo them, so the value goes into what the file holds now.
+        const plat::Value current = plat::dictionaryWithContentsOfFile(settingsSource_);
+        if (!current.isNil()) settings_ = current;
         updateSettingsDict(value, specifier->propertyForKey("key").str());
         const std::string notification = specifier->propertyForKey("PostNotification").str();
         if (!notification.empty())

@@ -16,7 +16,8 @@ namespace velto {
 // updateSettingsDict:forKey: changes one value of it, writes the whole dictionary to
 // settingsFilePath (binary, in place) and refreshes the shared settings. The base calls it
 // for rows that name a key but no defaults domain: their value belongs to the page's own
-// file. It does so only when the page's dictionary was read from settingsFilePath; a page
+// file, and goes into a fresh read of it, so that what other rows stored since the page
+// opened is kept. It does so only when the page's dictionary was read from settingsFilePath; a page
 // holding another file's dictionary (the call-log and recents pages hold the whatsapp file)
 // never writes it: that file is read-only for this bundle.
 //

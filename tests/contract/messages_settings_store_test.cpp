@@ -49,7 +49,12 @@ TEST_F(MessagesSettingsStoreTest, UpdatesRewriteTheWholeFileInBinaryAndRefreshTh
                                          {"Extra", "kept"}}),
                       true);
     auto page = openPage();
+    // In place, never a new file renamed over the old one: the extension keeps the file it
+    // watches, so the same inode must carry the new contents.
+    const auto watched = device.host(kMainFile).string() + ".watched";
+    std::filesystem::create_hard_link(device.host(kMainFile), watched);
     page->updateSettingsDict(Value::boolean(true), "VeltoEnabled");
+    EXPECT_TRUE(std::filesystem::equivalent(watched, device.host(kMainFile)));
     EXPECT_TRUE(fileText(kMainFile).starts_with("bplist00"));
     EXPECT_EQ(device.mainSettings(), Value::dictionary({{"VeltoEnabled", Value::boolean(true)},
                                                         {"VeltoEnabledMail", Value::boolean(true)},
@@ -107,22 +112,22 @@ TEST_F(MessagesSettingsStoreTest, FailedWritesLoseTheUpdateButNotTheReload) {
 
 TEST_F(MessagesSettingsStoreTest, RowsWithoutDefaultsGoToThePagesOwnFileOnly) {
     const std::string whatsapp = "/var/mobile/Library/Preferences/com.norvale.whatsapp.plist";
-    device.writeSettings({{"VeltoEnabled", true}});
+    device.writeSettings({{"VeltoEnabled", false}});
     device.writePlist(whatsapp, bools({{"WhatsAppOption", false}}));
     auto page = openPage();
 
-    // No defaults domain: the value goes into the page's dictionary and file, announced.
-    page->setPreferenceValue(Value::boolean(true), switchRow("VeltoEnabledLS"));
-    EXPECT_EQ(device.mainSettings().objectForKey("VeltoEnabledLS"), Value::boolean(true));
-    EXPECT_EQ(page->settings().objectForKey("VeltoEnabledLS"), Value::boolean(true));
+    // A defaults domain (the master switch): the platform's path, into that domain's file,
+    // behind the page's back.
+    page->setPreferenceValue(Value::boolean(true), switchRow("VeltoEnabled", "com.norvale.velto"));
+    EXPECT_EQ(device.entries(plat::JournalEntry::Kind::PreferenceWrite).size(), 1u);
+    EXPECT_EQ(page->settings().objectForKey("VeltoEnabled"), Value::boolean(false));
     EXPECT_EQ(changedPosts(), 1u);
 
-    // A defaults domain: the platform's path, into that domain's file.
-    page->setPreferenceValue(Value::boolean(true),
-                             switchRow("VeltoEnabledNC", "com.norvale.velto"));
-    EXPECT_EQ(device.mainSettings().objectForKey("VeltoEnabledNC"), Value::boolean(true));
-    EXPECT_TRUE(page->settings().objectForKey("VeltoEnabledNC").isNil());
-    EXPECT_EQ(device.entries(plat::JournalEntry::Kind::PreferenceWrite).size(), 1u);
+    // No defaults domain: the value goes into the page's file, announced, without putting
+    // back what the page's old copy held.
+    page->setPreferenceValue(Value::boolean(true), switchRow("VeltoEnabledLS"));
+    EXPECT_EQ(device.mainSettings(), bools({{"VeltoEnabled", true}, {"VeltoEnabledLS", true}}));
+    EXPECT_EQ(page->settings(), device.mainSettings());
     EXPECT_EQ(changedPosts(), 2u);
 
     // Pages holding the whatsapp file never write it, nor anything else in its place.
