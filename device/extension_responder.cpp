@@ -1,5 +1,7 @@
 #include "device/extension_responder.h"
 
+#include <cstdint>
+
 #include "core/settings_catalogue.h"
 #include "device/device_profile.h"
 #include "device/installed_app_list.h"
@@ -19,7 +21,15 @@ plat::Value replyWith(const plat::Value& payload) {
     return plat::Value::dictionary({{requests::kMessageData, plat::Value::data(*archived)}});
 }
 
+// The extension's own number for an icon request, written out here rather than taken from the
+// bundle's catalogue: the two sides are built apart, and a bundle asking with another kind
+// must go without icons, as it would on a device.
+constexpr std::int64_t kIconRequestKind = 6;
+
 plat::Value appIcon(const plat::DeviceRoot& root, const plat::Value& userInfo) {
+    const plat::Value kind = userInfo.objectForKey(requests::kMessageID);
+    if (!kind.isInteger() || kind.integerValue() != kIconRequestKind)
+        return replyWith(plat::Value());
     const auto apps = installedApps(root);
     const InstalledApp* app =
         findInstalledApp(apps, userInfo.objectForKey(requests::kMessageData).str());

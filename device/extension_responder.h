@@ -13,7 +13,8 @@ namespace velto::device {
 // The extension's SpringBoard half, as far as the bundle talks to it: answers on the center
 // "com.norvale.velto" to
 //   "com.norvale.velto.appicon"  {"VeltoServiceMessageData": archived icon of the app whose
-//                                 bundle identifier the request's "VeltoServiceMessageData" holds}
+//                                 bundle identifier the request's "VeltoServiceMessageData" holds,
+//                                 when its "VeltoServiceMessageID" is 6, the icon request kind}
 //   "com.norvale.velto.apps"     {"VeltoServiceMessageData": archived array of application
 //                                 records, one per installed app}
 //   "com.norvale.velto.product"  {"VeltoServiceMessageData": archived {"Version": ...} from the

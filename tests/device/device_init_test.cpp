@@ -110,9 +110,9 @@ TEST_F(DeviceInitTest, IconRepliesCarryTheAppsIconAtTheFamilysSizeAndScale) {
     options.scale = 2;
     options.apps = {whatsAppChoice()};
     init(options);
-    const auto iconOf = [&](const std::string& bundleIdentifier) {
+    const auto iconOf = [&](const std::string& bundleIdentifier, Value kind = Value::integer(6)) {
         return ask("com.norvale.velto.appicon",
-                   Value::dictionary({{"VeltoServiceMessageID", Value::integer(6)},
+                   Value::dictionary({{"VeltoServiceMessageID", kind},
                                       {"VeltoServiceMessageData", bundleIdentifier}}))
             .as<plat::Image>();
     };
@@ -120,9 +120,14 @@ TEST_F(DeviceInitTest, IconRepliesCarryTheAppsIconAtTheFamilysSizeAndScale) {
     ASSERT_TRUE(icon);
     EXPECT_EQ(icon->pixelWidth(), 152);  // 76 points on a tablet
     EXPECT_EQ(icon->scale(), 2);
-    // An app that is not installed: an answer, but nothing in it.
-    EXPECT_FALSE(iconOf("com.example.absent"));
-    EXPECT_TRUE(lastRequestReplied());
+    // An app that is not installed, or a request of another kind: an answer, but nothing in it.
+    for (auto [app, kind] : {std::pair{"com.example.absent", Value::integer(6)},
+                             {"net.whatsapp.WhatsApp", Value::integer(7)},
+                             {"net.whatsapp.WhatsApp", Value("6")},
+                             {"net.whatsapp.WhatsApp", Value()}}) {
+        EXPECT_FALSE(iconOf(app, kind)) << app << " " << kind.description();
+        EXPECT_TRUE(lastRequestReplied());
+    }
 }
 
 TEST_F(DeviceInitTest, TheProductReplyHasThePackagesVersionUnknownRequestsGetNoReply) {
