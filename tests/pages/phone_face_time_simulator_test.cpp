@@ -56,18 +56,4 @@ TEST_F(PhoneFaceTimeSimulatorTest, PhoneSwitchesThroughTheProgram) {
     EXPECT_EQ(read(root, "ShowFavoritesContactImage").out, "1\n");
 }
 
-TEST_F(PhoneFaceTimeSimulatorTest, IPadFaceTimeStoresThePhoneKey) {
-    const std::string root = makeDevice("ipad");
-    auto shows =
-        steps(root, {"toggle VeltoEnabled on", "open FaceTime", "toggle FaceTimeEnabled on", "show",
-                     "back", "open FaceTime", "show"});
-    ASSERT_EQ(shows.size(), 2u);
-    // Every file row from 2 on comes in; a page opened afresh builds from the stored state.
-    EXPECT_EQ(shows[0].at("rows").size(), 10u);
-    EXPECT_EQ(ids(shows[1]), (std::vector<std::string>{"FaceTimeGroup", "FaceTimeEnabled",
-                                                       "FaceTimeMoreGroup", "FaceTimeNote"}));
-    EXPECT_EQ(read(root, "PhoneAppEnabled").out, "1\n");
-    EXPECT_NE(read(root, "VeltoEnabledFacetime").status, 0);
-}
-
 }  // namespace

@@ -62,8 +62,11 @@ void BundleDevice::writeResource(const std::string& name, const plat::Value& pli
 
 void BundleDevice::answerIcons(int pixels) {
     process().messageCenters().setResponder([pixels](const std::string&, const std::string& message,
-                                                     const plat::Value&) -> plat::Value {
+                                                     const plat::Value& userInfo) -> plat::Value {
         if (message != "com.norvale.velto.appicon") return plat::Value();
+        // As the extension does: no icon for a request of another kind than 6.
+        const plat::Value kind = userInfo.objectForKey("VeltoServiceMessageID");
+        if (!kind.isInteger() || kind.integerValue() != 6) return plat::Value::dictionary();
         auto icon = plat::Image::blank(pixels, pixels, 3);
         auto archived = plat::archivedDataWithRootObject(plat::Value(icon));
         if (!archived) return plat::Value();
