@@ -13,6 +13,7 @@
 #include "app/device_location.h"
 #include "app/human_renderer.h"
 #include "app/interactive.h"
+#include "app/json_output.h"
 #include "app/json_renderer.h"
 #include "app/session.h"
 #include "app/step.h"
@@ -34,7 +35,7 @@ struct Options {
 
 int trouble(bool json, const std::string& message) {
     if (json)
-        std::cerr << nlohmann::json({{"error", message}, {"step", nullptr}}).dump() << "\n";
+        std::cerr << jsonText(nlohmann::json({{"error", message}, {"step", nullptr}})) << "\n";
     else
         std::cerr << "velto-settings: " << message << "\n";
     return kExitTrouble;

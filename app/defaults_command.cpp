@@ -5,8 +5,8 @@
 
 #include "app/batch_run.h"
 #include "app/json_output.h"
-#include "device/plist_writing.h"
 #include "platform/foundation/plist.h"
+#include "platform/foundation/plist_file.h"
 #include "platform/system/device_root.h"
 
 namespace velto::app {
@@ -72,7 +72,7 @@ std::string shown(const plat::Value& value) {
 
 int fail(DefaultsIo& io, const std::string& message) {
     if (io.json)
-        io.err << nlohmann::json({{"error", message}}).dump() << "\n";
+        io.err << jsonText(nlohmann::json({{"error", message}})) << "\n";
     else
         io.err << "defaults: " << message << "\n";
     return kExitTrouble;
@@ -80,7 +80,13 @@ int fail(DefaultsIo& io, const std::string& message) {
 
 bool writeDomain(const plat::DeviceRoot& root, const std::string& domain,
                  const plat::Value& value) {
-    return device::writeBinaryPlist(root, domainPath(domain), value);
+    // Through the one write path that sets an unreadable file aside instead of replacing it.
+    const std::string path = domainPath(domain);
+    const auto bytes = plat::dataFromPropertyList(value, plat::PropertyListFormat::Binary);
+    if (!bytes) return false;
+    const std::string folder = path.substr(0, path.rfind('/'));
+    if (!folder.empty() && !root.createDirectory(folder, true)) return false;
+    return plat::writeDataToFile(root, *bytes, path, true);
 }
 
 }  // namespace
@@ -94,7 +100,7 @@ int defaultsRead(const std::filesystem::path& device, const std::string& domain,
     if (shownValue.isNil())
         return fail(io, "the domain/default pair of (" + domain + ", " + *key + ") does not exist");
     if (io.json)
-        io.out << valueJson(shownValue).dump() << "\n";
+        io.out << jsonText(valueJson(shownValue)) << "\n";
     else
         io.out << shown(shownValue) << "\n";
     return kExitOk;

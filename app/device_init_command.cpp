@@ -1,12 +1,14 @@
 #include "app/device_init_command.h"
 
 #include <CLI/CLI.hpp>
+#include <filesystem>
 #include <iostream>
 #include <nlohmann/json.hpp>
 #include <regex>
 
 #include "app/batch_run.h"
 #include "app/device_location.h"
+#include "app/json_output.h"
 #include "device/demo_device.h"
 #include "device/device_init.h"
 
@@ -35,6 +37,8 @@ void declareDeviceInit(CLI::App& command, DeviceInitRequest& request) {
                      "the extension does not answer requests");
     command.add_flag("--demo", request.demo,
                      "the demo content: about thirty apps, the product installed, on");
+    command.add_flag("--force", request.force,
+                     "write into a folder that is not empty (never the host's /)");
 }
 
 namespace {
@@ -47,7 +51,7 @@ plat::DeviceFamily familyOf(const std::string& name) {
 
 int fail(bool json, const std::string& message) {
     if (json)
-        std::cerr << nlohmann::json({{"error", message}}).dump() << "\n";
+        std::cerr << jsonText(nlohmann::json({{"error", message}})) << "\n";
     else
         std::cerr << "velto-settings: device init: " << message << "\n";
     return kExitTrouble;
@@ -78,15 +82,26 @@ int runDeviceInit(const DeviceInitRequest& request, bool json) {
     }
     if (request.demo) device::addDemoContent(options);
 
+    // Another device's settings, or the host's own files, must not be replaced unasked.
+    std::error_code ec;
+    const std::filesystem::path folder(request.folder);
+    if (std::filesystem::exists(folder, ec) && std::filesystem::equivalent(folder, "/", ec))
+        return fail(json, "refusing to write a device into /");
+    if (!request.force && std::filesystem::exists(folder, ec) &&
+        (!std::filesystem::is_directory(folder, ec) ||
+         std::filesystem::directory_iterator(folder, ec) != std::filesystem::directory_iterator()))
+        return fail(json, request.folder +
+                              " is not an empty folder; give --force to write a device into it");
+
     try {
         device::initDevice(request.folder, options, resourcesFolder());
     } catch (const std::exception& e) {
         return fail(json, e.what());
     }
     if (json)
-        std::cout
-            << nlohmann::json({{"device", request.folder}, {"apps", options.apps.size()}}).dump()
-            << "\n";
+        std::cout << jsonText(nlohmann::json(
+                         {{"device", request.folder}, {"apps", options.apps.size()}}))
+                  << "\n";
     else
         std::cout << "device written to " << request.folder << " (" << options.apps.size()
                   << " apps)\n";

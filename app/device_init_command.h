@@ -18,6 +18,7 @@ struct DeviceInitRequest {
     bool noFaceTime = false;
     bool noExtension = false;
     bool demo = false;
+    bool force = false;  // write into a folder that already holds something
     std::vector<std::string> apps;
     std::vector<std::string> packages;
 };

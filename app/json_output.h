@@ -8,6 +8,13 @@
 
 namespace velto::app {
 
+// The text of any JSON this program prints. Arguments, paths and file contents need not be
+// UTF-8; the strict dump() would throw on them mid-error-path, so invalid bytes become U+FFFD.
+template <class Json>
+std::string jsonText(const Json& json) {
+    return json.dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
 // The JSON shapes scripts read. A page:
 //   {"page", "title", "depth", "rows": [{"index", "cell", "label", "id", "footer", "value",
 //    "detail", "action", "icon": {"width", "height"} | null}], "presented", "journal"}

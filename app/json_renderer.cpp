@@ -8,7 +8,7 @@ namespace {
 
 // Invalid UTF-8 from a resource must not end the session: it is shown replaced.
 std::string line(const nlohmann::ordered_json& value) {
-    return value.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
+    return jsonText(value);
 }
 
 }  // namespace

@@ -28,6 +28,9 @@ void initDevice(const std::filesystem::path& folder, const DeviceOptions& option
         throw std::runtime_error("cannot make the device folder " + folder.string() +
                                  (ec ? ": " + ec.message() : ""));
     const plat::DeviceRoot root(std::filesystem::canonical(folder));
+    // Run as root, a device written over / would rewrite the host's own package database.
+    if (root.hostRoot() == root.hostRoot().root_path())
+        throw std::runtime_error("refusing to write a device into /");
 
     require(writeDeviceProfile(root, options), "the device profile", folder);
     require(writeSystemVersion(root, options.systemVersion), "the system version", folder);

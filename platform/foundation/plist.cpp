@@ -1,5 +1,7 @@
 #include "platform/foundation/plist.h"
 
+#include "platform/foundation/plist_binary.h"
+
 #include <plist/plist.h>
 
 #include <algorithm>
@@ -34,42 +36,6 @@ void appendBigEndian(Bytes& out, std::uint64_t v, std::size_t width) {
         out.push_back(static_cast<std::uint8_t>(v >> (8 * i)));
 }
 
-// Text libplist can carry: strict UTF-8 (no overlong forms, no surrogates, nothing above
-// U+10FFFF; NSString holds UTF-16, so bytes that are not UTF-8 cannot have come from one) and no
-// NUL, since libplist keeps strings NUL-terminated and would cut them short.
-bool isPlistText(const char* s, std::size_t n) {
-    const auto* p = reinterpret_cast<const unsigned char*>(s);
-    std::size_t i = 0;
-    while (i < n) {
-        const unsigned c = p[i];
-        if (c == 0) return false;
-        if (c < 0x80) {
-            ++i;
-            continue;
-        }
-        std::size_t extra;
-        unsigned min;
-        std::uint32_t cp;
-        if ((c & 0xE0) == 0xC0) {
-            extra = 1, min = 0x80, cp = c & 0x1F;
-        } else if ((c & 0xF0) == 0xE0) {
-            extra = 2, min = 0x800, cp = c & 0x0F;
-        } else if ((c & 0xF8) == 0xF0) {
-            extra = 3, min = 0x10000, cp = c & 0x07;
-        } else {
-            return false;
-        }
-        if (n - i <= extra) return false;
-        for (std::size_t k = 1; k <= extra; ++k) {
-            if ((p[i + k] & 0xC0) != 0x80) return false;
-            cp = (cp << 6) | (p[i + k] & 0x3F);
-        }
-        if (cp < min || cp > 0x10FFFF || (cp >= 0xD800 && cp <= 0xDFFF)) return false;
-        i += extra + 1;
-    }
-    return true;
-}
-
 // ---------------------------------------------------------------------------------------------
 // Guards run before libplist sees the bytes.
 //
@@ -78,129 +44,6 @@ bool isPlistText(const char* s, std::size_t n) {
 // each refer twice to the next one grow into gigabytes, and a long chain of one-element arrays
 // (binary) or a deeply nested XML document overflows the stack. These checks bound both before
 // any node exists.
-
-// Walks the object graph of a binary plist and answers whether the tree libplist would build
-// stays within kMaxPropertyListDepth and about the size of the file. Containers are followed;
-// of the other objects only strings are looked into. Table layouts Apple's reader calls
-// corrupt are refused here as well.
-bool binaryGraphIsBounded(const std::uint8_t* data, std::size_t size) {
-    if (size < kHeaderSize + kTrailerSize + 1) return false;
-    const std::uint8_t* trailer = data + size - kTrailerSize;
-    const std::size_t offsetSize = trailer[6];
-    const std::size_t refSize = trailer[7];
-    const std::uint64_t count = readBigEndian(trailer + 8, 8);
-    const std::uint64_t top = readBigEndian(trailer + 16, 8);
-    const std::uint64_t tableOffset = readBigEndian(trailer + 24, 8);
-    if (offsetSize < 1 || offsetSize > 8 || refSize < 1 || refSize > 8) return false;
-    if (count == 0 || top >= count) return false;
-    if (tableOffset <= kHeaderSize || tableOffset >= size - kTrailerSize) return false;
-    const std::uint64_t tableBytes = size - kTrailerSize - tableOffset;
-    if (tableBytes % offsetSize != 0 || tableBytes / offsetSize != count) return false;
-    if (refSize < 8 && count > (std::uint64_t{1} << (8 * refSize))) return false;
-
-    const std::uint8_t* table = data + tableOffset;
-    auto offsetOf = [&](std::uint64_t object) {
-        return readBigEndian(table + object * offsetSize, offsetSize);
-    };
-    for (std::uint64_t i = 0; i < count; ++i) {
-        const std::uint64_t offset = offsetOf(i);
-        if (offset < kHeaderSize || offset >= tableOffset) return false;
-    }
-
-    // Where an object's references start and how many there are (0 for non-containers).
-    struct Refs {
-        std::uint64_t start = 0;
-        std::uint64_t count = 0;
-    };
-    auto refsOf = [&](std::uint64_t object, Refs& refs) {
-        std::uint64_t pos = offsetOf(object);
-        const std::uint8_t marker = data[pos++];
-        const unsigned kind = marker >> 4;
-        refs = {};
-        const bool container = kind == 0xA || kind == 0xB || kind == 0xC || kind == 0xD;
-        const bool text = kind == 0x5 || kind == 0x6;
-        if (!container && !text) return true;
-        std::uint64_t n = marker & 0x0F;
-        if (n == 0x0F) {
-            if (pos >= tableOffset || (data[pos] & 0xF0) != 0x10) return false;
-            const std::size_t width = std::size_t{1} << (data[pos] & 0x0F);
-            if (width > 8 || tableOffset - pos - 1 < width) return false;
-            n = readBigEndian(data + pos + 1, width);
-            pos += 1 + width;
-        }
-        if (kind == 0x5) {
-            // libplist takes any bytes here; Apple's reader insists on ASCII. A NUL would trip
-            // libplist's assertions on dictionary keys (it keeps strings NUL-terminated), so it
-            // is refused too.
-            if (n > tableOffset - pos) return false;
-            return std::all_of(data + pos, data + pos + n,
-                               [](std::uint8_t c) { return c != 0 && c < 0x80; });
-        }
-        if (kind == 0x6) {
-            if (n > (tableOffset - pos) / 2) return false;
-            for (std::uint64_t i = 0; i < n; ++i)
-                if (data[pos + 2 * i] == 0 && data[pos + 2 * i + 1] == 0) return false;
-            return true;
-        }
-        const std::uint64_t available = (tableOffset - pos) / refSize;
-        if (kind == 0xD ? n > available / 2 : n > available) return false;
-        refs = {pos, kind == 0xD ? 2 * n : n};
-        return true;
-    };
-
-    const std::uint64_t maxNodes = size + (1u << 16);
-    enum : std::uint8_t { Unseen, Open, Done };
-    std::vector<std::uint8_t> state(count, Unseen);
-    std::vector<std::uint64_t> nodes(count, 0);
-    std::vector<std::uint32_t> height(count, 0);
-
-    struct Frame {
-        std::uint64_t object;
-        Refs refs;
-        std::uint64_t next = 0;
-        std::uint64_t nodes = 1;
-        std::uint32_t height = 0;
-    };
-    std::vector<Frame> stack;
-    auto open = [&](std::uint64_t object) {
-        Frame frame{object, {}};
-        if (!refsOf(object, frame.refs)) return false;
-        state[object] = Open;
-        stack.push_back(frame);
-        return stack.size() <= kMaxPropertyListDepth + 1;
-    };
-    if (!open(top)) return false;
-    while (!stack.empty()) {
-        Frame& frame = stack.back();
-        if (frame.next < frame.refs.count) {
-            const std::uint64_t child =
-                readBigEndian(data + frame.refs.start + frame.next * refSize, refSize);
-            ++frame.next;
-            if (child >= count || state[child] == Open) return false;  // dangling or a cycle
-            if (state[child] == Unseen) {
-                if (!open(child)) return false;
-                continue;
-            }
-            frame.nodes += nodes[child];
-            frame.height = std::max(frame.height, height[child] + 1);
-            if (frame.nodes > maxNodes) return false;
-            continue;
-        }
-        const Frame done = frame;
-        stack.pop_back();
-        state[done.object] = Done;
-        nodes[done.object] = done.nodes;
-        height[done.object] = done.height;
-        if (done.height > kMaxPropertyListDepth) return false;
-        if (!stack.empty()) {
-            Frame& parent = stack.back();
-            parent.nodes += done.nodes;
-            parent.height = std::max(parent.height, done.height + 1);
-            if (parent.nodes > maxNodes) return false;
-        }
-    }
-    return true;
-}
 
 // Counts element nesting in an XML document, tag by tag, erring on the deep side (anything
 // opened is counted, whatever its name; only "</" closes). Linear in the input.
@@ -305,7 +148,7 @@ class NodeReader {
             case PLIST_STRING: {
                 std::uint64_t length = 0;
                 const char* s = plist_get_string_ptr(node, &length);
-                if (!s || !isPlistText(s, length)) return Value();
+                if (!s || !isPropertyListText(s, length)) return Value();
                 return Value::string(std::string(s, length));
             }
             case PLIST_DATA: {
@@ -375,7 +218,7 @@ class NodeReader {
             plist_dict_next_item(node, iter, &key, &item);
             std::unique_ptr<char, decltype(&std::free)> keyOwner(key, &std::free);
             if (!item) break;
-            if (!key || !isPlistText(key, std::strlen(key))) {
+            if (!key || !isPropertyListText(key, std::strlen(key))) {
                 ok = false;
                 break;
             }
@@ -408,6 +251,7 @@ class NodeWriter {
   public:
     // nullptr with reason() set when the value is not a property list.
     plist_t write(const Value& v, std::size_t depth) {
+        if (!spend()) return nullptr;
         switch (v.type()) {
             case Value::Type::Nil:
                 return fail("property lists cannot contain NULL");
@@ -427,7 +271,7 @@ class NodeWriter {
                 return plist_new_real(v.doubleValue());
             case Value::Type::String: {
                 const std::string& s = *v.asString();
-                if (!isPlistText(s.data(), s.size()))
+                if (!isPropertyListText(s.data(), s.size()))
                     return fail(
                         "property lists cannot contain strings that are not UTF-8 or "
                         "hold NUL characters");
@@ -460,6 +304,18 @@ class NodeWriter {
         return nullptr;
     }
     plist_t checked(plist_t node) { return node ? node : fail("out of memory"); }
+
+    // XML has no references, so a shared object is written out at every place it is used; a
+    // few hundred bytes of binary that share doubly at each level would come out as
+    // exabytes. About as many elements as the largest file we read back may hold.
+    bool spend() {
+        if (++nodes_ <= kMaxXmlNodes) return true;
+        fail("property lists written as XML cannot hold more than " + std::to_string(kMaxXmlNodes) +
+             " objects");
+        return false;
+    }
+    static constexpr std::size_t kMaxXmlNodes = std::size_t{1} << 22;
+    std::size_t nodes_ = 0;
 
     // Enters a container; false (with the reason) for a container that holds itself or nests
     // past what we read back.
@@ -495,7 +351,7 @@ class NodeWriter {
         if (!enter(entries, depth)) return nullptr;
         NodePtr node(plist_new_dict());
         for (const auto& [key, item] : *entries) {
-            if (!isPlistText(key.data(), key.size()))
+            if (!isPropertyListText(key.data(), key.size()))
                 return fail(
                     "property list dictionaries may only have keys which are UTF-8 without NUL");
             plist_t child = write(item, depth + 1);
@@ -512,23 +368,21 @@ class NodeWriter {
 
 Value parse(const Bytes& bytes, PropertyListFormat* format) {
     if (bytes.empty() || bytes.size() > std::numeric_limits<std::uint32_t>::max()) return Value();
-    const char* raw = reinterpret_cast<const char*>(bytes.data());
-    const auto length = static_cast<std::uint32_t>(bytes.size());
-    const bool binary = plist_is_binary(raw, length) != 0;
-    if (binary ? !binaryGraphIsBounded(bytes.data(), bytes.size())
-               : !xmlNestingIsBounded(bytes.data(), bytes.size()))
-        return Value();
-
+    if (bytes.size() >= 6 && std::memcmp(bytes.data(), "bplist", 6) == 0) {
+        Value value = binaryPropertyListFromData(bytes.data(), bytes.size());
+        if (!value.isNil() && format) *format = PropertyListFormat::Binary;
+        return value;
+    }
+    // XML stays with libplist, whose parser recurses per element: the nesting guard keeps it,
+    // the converter and plist_free far from the stack's end.
+    if (!xmlNestingIsBounded(bytes.data(), bytes.size())) return Value();
     plist_t root = nullptr;
-    if (binary)
-        plist_from_bin(raw, length, &root);
-    else
-        plist_from_xml(raw, length, &root);
+    plist_from_xml(reinterpret_cast<const char*>(bytes.data()),
+                   static_cast<std::uint32_t>(bytes.size()), &root);
     if (!root) return Value();
     NodePtr owner(root);
-    Value value = NodeReader(!binary).read(root, 0);
-    if (!value.isNil() && format)
-        *format = binary ? PropertyListFormat::Binary : PropertyListFormat::XML;
+    Value value = NodeReader(true).read(root, 0);
+    if (!value.isNil() && format) *format = PropertyListFormat::XML;
     return value;
 }
 
@@ -556,6 +410,12 @@ std::optional<Bytes> dataFromPropertyList(const Value& value, PropertyListFormat
     if (format != PropertyListFormat::XML && format != PropertyListFormat::Binary)
         return failWith("Unknown format option");
     try {
+        if (format == PropertyListFormat::Binary) {
+            std::string reason;
+            auto bytes = binaryDataFromPropertyList(value, &reason);
+            if (!bytes) return failWith("Property list invalid for format: 200 (" + reason + ")");
+            return bytes;
+        }
         NodeWriter writer;
         NodePtr root(writer.write(value, 0));
         if (!root)

@@ -11,9 +11,9 @@ namespace plat {
 // NSPropertyListFormat.
 enum class PropertyListFormat { OpenStep = 1, XML = 100, Binary = 200 };
 
-// How deep containers may nest in anything we read or write. Apple's readers have a limit of
-// their own; ours keeps every recursion (the parser's, the converters', plist_free) far from
-// the stack's end whatever the input.
+// How deep containers may nest in an XML property list we read or write. libplist's XML parser,
+// our converters and plist_free recurse per level; binary property lists are read and written
+// without recursion and have no such limit.
 inline constexpr std::size_t kMaxPropertyListDepth = 512;
 
 // NSPropertyListSerialization propertyListWithData:options:format:error: — an XML or binary

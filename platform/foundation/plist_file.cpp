@@ -1,7 +1,12 @@
 #include "platform/foundation/plist_file.h"
 
+#include <cstdio>
+#include <ctime>
+#include <filesystem>
 #include "platform/foundation/plist.h"
+
 #include "platform/system/device_root.h"
+#include "platform/system/log.h"
 #include "platform/system/process.h"
 
 namespace plat {
@@ -13,6 +18,37 @@ Value readRoot(const DeviceRoot& root, std::string_view devicePath, Value::Type 
     if (!bytes) return Value();
     Value value = propertyListFromData(*bytes);
     return value.type() == wanted ? value : Value();
+}
+
+// Every property list this process writes over is a preferences domain or a dictionary read
+// back whole: what is there must read as a dictionary, or writing would lose it. Anything else
+// (unparseable, too large, a FIFO, a folder, another root type) is renamed aside beside itself,
+// never deleted, so the user can still recover it.
+void setAsideUnreadable(const DeviceRoot& root, std::string_view devicePath) {
+    if (!root.fileExists(devicePath)) return;
+    if (readRoot(root, devicePath, Value::Type::Dictionary).isDictionary()) return;
+    const auto host = root.resolve(devicePath);
+    if (!host) return;
+    char stamp[32];
+    const std::time_t now = std::time(nullptr);
+    std::tm utc{};
+    gmtime_r(&now, &utc);
+    std::strftime(stamp, sizeof stamp, "%Y%m%dT%H%M%SZ", &utc);
+    std::string suffix = std::string(".unreadable-") + stamp;
+    std::error_code ec;
+    for (int n = 1;
+         std::filesystem::exists(std::filesystem::symlink_status(host->string() + suffix, ec)); ++n)
+        suffix = std::string(".unreadable-") + stamp + "-" + std::to_string(n);
+    const std::string aside = std::string(devicePath) + suffix;
+    const bool moved = std::rename(host->c_str(), (host->string() + suffix).c_str()) == 0;
+    const std::string line = std::string(moved ? "Moved" : "Could not move") +
+                             " the unreadable property list " + std::string(devicePath) +
+                             " aside to " + aside;
+    // Tools that run without a simulated process (defaults) still say it, on standard error.
+    if (Process::tryCurrent())
+        NSLog(line);
+    else
+        std::fprintf(stderr, "%s\n", line.c_str());
 }
 
 }  // namespace
@@ -47,6 +83,7 @@ bool writePropertyListToFile(const Value& value, std::string_view devicePath, bo
 
 bool writeDataToFile(const DeviceRoot& root, const Bytes& bytes, std::string_view devicePath,
                      bool atomically) {
+    if (devicePath.ends_with(".plist")) setAsideUnreadable(root, devicePath);
     return root.writeFile(devicePath, bytes, atomically);
 }
 

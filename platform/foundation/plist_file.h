@@ -26,7 +26,11 @@ bool writePropertyListToFile(const DeviceRoot& root, const Value& value,
                              std::string_view devicePath, bool atomically);
 bool writePropertyListToFile(const Value& value, std::string_view devicePath, bool atomically);
 
-// -[NSData writeToFile:atomically:]. Atomically: through an auxiliary file renamed over the
+// -[NSData writeToFile:atomically:]. A ".plist" path that holds something which does not read
+// as a dictionary (unparseable, too large, not a regular file) is first renamed aside to
+// "<path>.unreadable-<UTC time>", with one log line naming both paths: every read-modify-write
+// of a preferences domain comes through here, and none may silently replace what it could not
+// read. Atomically: through an auxiliary file renamed over the
 // path. Otherwise in place: the existing file (its inode, anyone's open handle, hard links)
 // gets the new bytes.
 bool writeDataToFile(const DeviceRoot& root, const Bytes& bytes, std::string_view devicePath,

@@ -127,13 +127,19 @@ bool DeviceRoot::fileExists(std::string_view devicePath, bool* isDirectory) cons
     return true;
 }
 
-std::optional<Bytes> DeviceRoot::readFile(std::string_view devicePath) const {
+std::optional<Bytes> DeviceRoot::readFile(std::string_view devicePath, std::uint64_t limit) const {
     auto host = resolve(devicePath);
     if (!host) return std::nullopt;
-    int fd = ::open(host->c_str(), O_RDONLY | O_CLOEXEC);
-    if (fd < 0) return std::nullopt;
+    // The type and size first: opening a FIFO for reading waits for a writer for ever.
     struct stat info {};
-    if (::fstat(fd, &info) != 0 || !S_ISREG(info.st_mode)) {
+    if (::stat(host->c_str(), &info) != 0 || !S_ISREG(info.st_mode) ||
+        static_cast<std::uint64_t>(info.st_size) > limit)
+        return std::nullopt;
+    // Non-blocking as well, for whatever replaced the file since.
+    int fd = ::open(host->c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    if (fd < 0) return std::nullopt;
+    if (::fstat(fd, &info) != 0 || !S_ISREG(info.st_mode) ||
+        static_cast<std::uint64_t>(info.st_size) > limit) {
         ::close(fd);
         return std::nullopt;
     }
@@ -148,6 +154,11 @@ std::optional<Bytes> DeviceRoot::readFile(std::string_view devicePath) const {
             return std::nullopt;
         }
         if (n == 0) break;
+        // A file growing while we read stops at the limit too.
+        if (bytes.size() + static_cast<std::size_t>(n) > limit) {
+            ::close(fd);
+            return std::nullopt;
+        }
         bytes.insert(bytes.end(), chunk, chunk + n);
     }
     ::close(fd);
@@ -160,8 +171,15 @@ bool DeviceRoot::writeFile(std::string_view devicePath, const Bytes& bytes, bool
 
     if (!atomically) {
         // Same inode: whoever holds the file open, or links to it, sees the new contents.
-        int fd = ::open(host->c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
+        // Non-blocking: a FIFO without a reader fails at once instead of waiting for ever, and
+        // anything but a regular file is refused before it is written.
+        int fd = ::open(host->c_str(), O_WRONLY | O_CREAT | O_NONBLOCK | O_CLOEXEC, 0644);
         if (fd < 0) return false;
+        struct stat info {};
+        if (::fstat(fd, &info) != 0 || !S_ISREG(info.st_mode) || ::ftruncate(fd, 0) != 0) {
+            ::close(fd);
+            return false;
+        }
         bool ok = writeAll(fd, bytes);
         return ::close(fd) == 0 && ok;
     }

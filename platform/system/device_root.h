@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -16,6 +17,9 @@ namespace plat {
 // (after symbolic links) lies outside is refused.
 class DeviceRoot {
   public:
+    // The most a read takes in: one file must not eat the machine.
+    static constexpr std::uint64_t kReadLimit = std::uint64_t{64} << 20;
+
     explicit DeviceRoot(std::filesystem::path hostRoot);
 
     const std::filesystem::path& hostRoot() const { return hostRoot_; }
@@ -25,8 +29,11 @@ class DeviceRoot {
 
     // NSFileManager fileExistsAtPath:isDirectory:.
     bool fileExists(std::string_view devicePath, bool* isDirectory = nullptr) const;
-    // The whole file, or nullopt when missing or unreadable.
-    std::optional<Bytes> readFile(std::string_view devicePath) const;
+    // The whole file, or nullopt when missing, unreadable, not a regular file (a FIFO, a
+    // device, a folder: these read as missing and are never opened for reading, so nothing
+    // blocks) or larger than the limit.
+    std::optional<Bytes> readFile(std::string_view devicePath,
+                                  std::uint64_t limit = kReadLimit) const;
     // Atomically: into a temporary file beside the target, then renamed over it. In place:
     // the target is truncated and written directly. False on any failure.
     bool writeFile(std::string_view devicePath, const Bytes& bytes, bool atomically) const;

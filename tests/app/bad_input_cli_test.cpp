@@ -1,0 +1,195 @@
+// Bad input through velto-settings: nothing lost, nothing hung, nothing aborted.
+
+#include <gtest/gtest.h>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <fstream>
+#include <iterator>
+#include <mutex>
+#include <thread>
+
+#include "platform/foundation/plist.h"
+#include "tests/support/program_run.h"
+
+namespace apptest {
+namespace {
+
+namespace fs = std::filesystem;
+using plat::Value;
+
+const char* const kSettings = "var/mobile/Library/Preferences/com.norvale.velto.plist";
+
+std::string contents(const fs::path& path) {
+    std::ifstream in(path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), {});
+}
+
+void write(const fs::path& path, const std::string& bytes) {
+    std::ofstream(path, std::ios::binary | std::ios::trunc) << bytes;
+}
+
+std::vector<fs::path> asideFiles(const fs::path& settings) {
+    std::vector<fs::path> found;
+    for (const auto& entry : fs::directory_iterator(settings.parent_path()))
+        if (entry.path().filename().string().starts_with(settings.filename().string() +
+                                                         ".unreadable-"))
+            found.push_back(entry.path());
+    return found;
+}
+
+class BadInputCli : public ::testing::Test {
+  protected:
+    void SetUp() override { initDevice(device_, {"--demo"}); }
+    fs::path settings() const { return fs::path(device_) / kSettings; }
+    ScratchFolder scratch_;
+    const std::string device_ = scratch_ / "device";
+};
+
+TEST_F(BadInputCli, FilesOnlyATreeReaderRefusesAreKeptThroughAToggle) {
+    Value deep = Value::array();
+    for (int i = 0; i < 600; ++i)
+        deep = Value::array({deep});
+    Value shared =
+        Value::dictionary({{"Keep", Value("me")}, {"VeltoEnabled", Value::boolean(true)}});
+    const Value list = Value::array({Value("a"), Value::integer(1), Value::boolean(true)});
+    for (int i = 0; i < 300; ++i)
+        shared.setValueForKey("K" + std::to_string(i), list);
+    const Value deepSettings = Value::dictionary(
+        {{"Keep", Value("me")}, {"VeltoEnabled", Value::boolean(true)}, {"Deep", deep}});
+    for (const Value& stored : {deepSettings, shared}) {
+        const auto bytes = plat::dataFromPropertyList(stored, plat::PropertyListFormat::Binary);
+        write(settings(), std::string(bytes->begin(), bytes->end()));
+        const auto result = runProgram({"--device", device_, "toggle Enabled off"});
+        EXPECT_EQ(result.status, 0) << result.err;
+        const auto back = plat::propertyListFromData([&] {
+            auto s = contents(settings());
+            return plat::Bytes(s.begin(), s.end());
+        }());
+        EXPECT_EQ(back.objectForKey("Keep").str(), "me");
+        EXPECT_FALSE(back.objectForKey("VeltoEnabled").boolValue());
+        EXPECT_EQ(back.count(), stored.count());
+        EXPECT_TRUE(asideFiles(settings()).empty());
+    }
+}
+
+TEST_F(BadInputCli, AnUnreadableFileIsMovedAsideBeforeAToggleOrDefaultsWriteReplacesIt) {
+    const std::string xml =
+        "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\"><dict>"
+        "<key>VeltoEnabled</key><true/><key>Keep</key><string>m\xff"
+        "e</string></dict></plist>\n";
+    const std::vector<std::vector<std::string>> writers = {
+        {"--device", device_, "--json", "toggle Enabled on", "show"},
+        {"--device", device_, "defaults", "write", "com.norvale.velto", "K", "-bool", "yes"}};
+    for (const auto& arguments : writers) {
+        for (const fs::path& old : asideFiles(settings()))
+            fs::remove(old);
+        write(settings(), xml);
+        const auto result = runProgram(arguments);
+        EXPECT_EQ(result.status, 0) << result.err;
+        const auto aside = asideFiles(settings());
+        ASSERT_EQ(aside.size(), 1u);
+        EXPECT_EQ(contents(aside[0]), xml);  // byte for byte
+        const std::string line =
+            "Moved the unreadable property list "
+            "/var/mobile/Library/Preferences/com.norvale.velto.plist aside to "
+            "/var/mobile/Library/Preferences/" +
+            aside[0].filename().string();
+        EXPECT_NE((result.out + result.err).find(line), std::string::npos) << result.err;
+    }
+}
+
+TEST_F(BadInputCli, NonRegularAndHugeFilesReadAsMissingWithoutHanging) {
+    // A 6 GB sparse settings file, and FIFOs where the settings, the profile and an app's
+    // Info.plist belong. A reader that opens a FIFO blocks until a writer comes: the watchdog
+    // plays that writer after a bounded wait, so a hang fails the test instead of stalling it.
+    fs::remove(settings());
+    { std::ofstream huge(settings(), std::ios::binary); }
+    fs::resize_file(settings(), std::uintmax_t{6} << 30);
+    const auto started = std::chrono::steady_clock::now();
+    auto result = runProgram({"--device", device_, "--json", "show"});
+    EXPECT_EQ(result.status, 0) << result.err;
+    EXPECT_LT(std::chrono::steady_clock::now() - started, std::chrono::seconds(20));
+    EXPECT_EQ(fs::file_size(settings()), std::uintmax_t{6} << 30);
+
+    const std::vector<fs::path> fifos = {
+        settings(), fs::path(device_) / "DeviceProfile.plist",
+        fs::path(device_) / "Applications/Calculator.app/Info.plist"};
+    for (const fs::path& fifo : fifos) {
+        fs::remove(fifo);
+        ASSERT_EQ(::mkfifo(fifo.c_str(), 0644), 0) << fifo;
+    }
+    std::mutex mutex;
+    std::condition_variable done;
+    bool finished = false;
+    std::atomic<bool> released{false};
+    std::thread watchdog([&] {
+        std::unique_lock lock(mutex);
+        if (done.wait_for(lock, std::chrono::seconds(30), [&] { return finished; })) return;
+        released = true;
+        for (int round = 0; round < 100 && !finished; ++round) {
+            lock.unlock();
+            for (const fs::path& fifo : fifos)
+                if (int fd = ::open(fifo.c_str(), O_WRONLY | O_NONBLOCK); fd >= 0) ::close(fd);
+            std::this_thread::sleep_for(std::chrono::milliseconds(100));
+            lock.lock();
+        }
+    });
+    result = runProgram({"--device", device_, "--json", "show", "toggle Enabled on"});
+    {
+        std::lock_guard lock(mutex);
+        finished = true;
+    }
+    done.notify_all();
+    watchdog.join();
+    EXPECT_FALSE(released) << "velto-settings blocked on a FIFO";
+    EXPECT_EQ(result.status, 0) << result.err;
+    // The switch's write set the FIFO aside rather than writing into it.
+    EXPECT_EQ(asideFiles(settings()).size(), 1u);
+}
+
+TEST_F(BadInputCli, ArgumentsThatAreNotUtf8GiveAJsonErrorAndNoAbort) {
+    const std::vector<std::vector<std::string>> runs = {
+        {"--json", "--device", device_, "defaults", "read", "com.\xff"},
+        {"--json", "--device", "/nonexist\xff", "show"},
+        {"--json", "--device", device_, "show", "open \xfe\xff"},
+    };
+    for (const auto& arguments : runs) {
+        const auto result = runProgram(arguments);
+        EXPECT_TRUE(result.status == 1 || result.status == 2) << result.status << result.err;
+        ASSERT_FALSE(result.errLines().empty());
+        EXPECT_TRUE(result.errLines().back().contains("error"));
+    }
+    // device init writes the device, then reports success with the name it was given.
+    const std::string odd = scratch_ / "x\xff";
+    const auto result = runProgram({"--json", "device", "init", odd});
+    EXPECT_EQ(result.status, 0) << result.err;
+    EXPECT_TRUE(fs::exists(fs::path(odd) / kSettings) ||
+                fs::exists(fs::path(odd) / "DeviceProfile.plist"));
+    EXPECT_EQ(result.outLines().at(0).at("apps"), 0);
+}
+
+TEST_F(BadInputCli, DeviceInitRefusesAFolderThatHoldsSomethingUnlessForcedAndNeverSlash) {
+    const std::string before = contents(settings());
+    auto result = runProgram({"device", "init", device_});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_NE(result.err.find("--force"), std::string::npos) << result.err;
+    EXPECT_EQ(contents(settings()), before);
+    result = runProgram({"device", "init", device_, "--force"});
+    EXPECT_EQ(result.status, 0) << result.err;
+    for (const auto& arguments : {std::vector<std::string>{"device", "init", "/"},
+                                  std::vector<std::string>{"device", "init", "/", "--force"},
+                                  std::vector<std::string>{"device", "init", "/./", "--force"}}) {
+        result = runProgram(arguments);
+        EXPECT_EQ(result.status, 1) << result.err;
+        EXPECT_NE(result.err.find("refusing"), std::string::npos) << result.err;
+    }
+}
+
+}  // namespace
+}  // namespace apptest

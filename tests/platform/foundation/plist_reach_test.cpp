@@ -1,0 +1,122 @@
+// Files Apple's reader takes that a tree-building reader cannot: shared objects and deep
+// nesting. And the one write path that never replaces what it could not read.
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+#include "platform/foundation/plist.h"
+#include "platform/foundation/plist_file.h"
+#include "platform/system/log.h"
+#include "tests/support/test_device.h"
+
+namespace {
+
+using plat::PropertyListFormat;
+using plat::Value;
+
+// {"Keep": "me", "Deep": [[[... depth ...]]]}
+Value deepSettings(int depth) {
+    Value inner = Value::array();
+    for (int i = 1; i < depth; ++i)
+        inner = Value::array({inner});
+    return Value::dictionary({{"Keep", Value("me")}, {"Deep", inner}});
+}
+
+TEST(PlistReach, DeepNestingReadsAndWritesWithoutAStackLimit) {
+    for (int depth : {600, 10000}) {
+        const auto bytes =
+            plat::dataFromPropertyList(deepSettings(depth), PropertyListFormat::Binary);
+        ASSERT_TRUE(bytes) << depth;
+        const Value back = plat::propertyListFromData(*bytes);
+        ASSERT_TRUE(back.isDictionary()) << depth;
+        EXPECT_EQ(back.objectForKey("Keep").str(), "me");
+        int levels = 0;
+        for (Value v = back.objectForKey("Deep"); v.isArray();
+             v = v.count() ? v.objectAtIndex(0) : Value())
+            ++levels;
+        EXPECT_EQ(levels, depth);
+    }
+}
+
+TEST(PlistReach, SharedObjectsStayShared) {
+    // 300 keys refer to one array of 50 items: a few KB on disk, 15000 items when expanded.
+    Value list = Value::array();
+    for (int i = 0; i < 50; ++i)
+        list.asArray()->push_back(Value("item" + std::to_string(i)));
+    Value settings = Value::dictionary({{"Keep", Value("me")}});
+    for (int i = 0; i < 300; ++i)
+        settings.setValueForKey("K" + std::to_string(i), list);
+    const auto bytes = plat::dataFromPropertyList(settings, PropertyListFormat::Binary);
+    ASSERT_TRUE(bytes);
+    EXPECT_LT(bytes->size(), 8000u);  // the array is written once
+    const Value back = plat::propertyListFromData(*bytes);
+    ASSERT_TRUE(back.isDictionary());
+    EXPECT_EQ(back.objectForKey("K0").asArray(), back.objectForKey("K299").asArray());
+    EXPECT_EQ(back.objectForKey("K7").objectAtIndex(49).str(), "item49");
+    // Sharing that doubles at each of 64 levels: 2^64 paths, 64 objects.
+    Value chain = Value::array({Value::boolean(true)});
+    for (int i = 0; i < 64; ++i)
+        chain = Value::array({chain, chain});
+    const auto doubled = plat::dataFromPropertyList(chain, PropertyListFormat::Binary);
+    ASSERT_TRUE(doubled);
+    EXPECT_TRUE(plat::propertyListFromData(*doubled).isArray());
+    EXPECT_FALSE(plat::dataFromPropertyList(chain, PropertyListFormat::XML));  // no references
+}
+
+// Writes over what is at the path; answers what the folder holds afterwards besides it.
+class SetAside : public ::testing::Test {
+  protected:
+    std::vector<std::string> logLines() const {
+        std::vector<std::string> lines;
+        for (const auto& entry : device.journal().entries())
+            if (entry.kind == plat::JournalEntry::Kind::Log) lines.push_back(entry.text);
+        return lines;
+    }
+    std::vector<std::string> asideFiles() const {
+        std::vector<std::string> names;
+        for (const auto& entry : std::filesystem::directory_iterator(device.host("/var")))
+            if (entry.path().filename().string().starts_with("s.plist.unreadable-"))
+                names.push_back(entry.path().filename().string());
+        return names;
+    }
+    testsupport::TestDevice device;
+    const plat::Bytes fresh = *plat::dataFromPropertyList(
+        Value::dictionary({{"A", Value::boolean(true)}}), PropertyListFormat::Binary);
+};
+
+TEST_F(SetAside, AnUnreadableFileIsMovedAsideByteForByteWithOneLogLine) {
+    const std::string bad =
+        "<?xml version=\"1.0\"?><plist><dict><key>Keep</key><string>m\xff"
+        "e</string></dict></plist>";
+    for (const std::string& content :
+         {bad, std::string("bplist00 truncated"), std::string("[1, 2]")}) {
+        std::filesystem::remove_all(device.host("/var"));
+        std::filesystem::create_directories(device.host("/var"));
+        device.writeText("/var/s.plist", content);
+        device.journal().clear();
+        ASSERT_TRUE(plat::writeDataToFile(fresh, "/var/s.plist", false));
+        EXPECT_TRUE(device.readPlist("/var/s.plist").objectForKey("A").boolValue());
+        const auto aside = asideFiles();
+        ASSERT_EQ(aside.size(), 1u) << content;
+        std::ifstream in(device.host("/var/" + aside[0]), std::ios::binary);
+        EXPECT_EQ(std::string(std::istreambuf_iterator<char>(in), {}), content);
+        const auto lines = logLines();
+        ASSERT_EQ(lines.size(), 1u);
+        EXPECT_EQ(lines[0],
+                  "Moved the unreadable property list /var/s.plist aside to /var/" + aside[0]);
+    }
+}
+
+TEST_F(SetAside, AReadableFileOrNoneIsReplacedInPlace) {
+    std::filesystem::create_directories(device.host("/var"));
+    ASSERT_TRUE(plat::writeDataToFile(fresh, "/var/s.plist", false));  // none there
+    device.writePlist("/var/s.plist", Value::dictionary({{"B", Value::boolean(true)}}), true);
+    ASSERT_TRUE(plat::writeDataToFile(fresh, "/var/s.plist", true));
+    EXPECT_TRUE(asideFiles().empty());
+    EXPECT_TRUE(logLines().empty());
+}
+
+}  // namespace
