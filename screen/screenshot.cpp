@@ -6,6 +6,7 @@
 #include <stdexcept>
 
 #include "screen/bars.h"
+#include "screen/png_encoder.h"
 #include "screen/presented_painter.h"
 #include "screen/shapes.h"
 #include "screen/table_painter.h"
@@ -46,7 +47,8 @@ Screenshot drawScreenshot(plat::ListController& page, const Look& look) {
 }
 
 plat::Bytes pngBytes(const Screenshot& shot) {
-    return plat::UIImagePNGRepresentation(shot.image.get()).value_or(plat::Bytes{});
+    if (!shot.image) return {};
+    return encodeOpaquePng(shot.image->surface());
 }
 
 }  // namespace screen
