@@ -245,7 +245,7 @@ class PresentedPainter {
             const double side = (card.size.width - gap * (columns - 1)) / columns;
             const double top = bar.origin.y + bar.size.height + gap;
             for (int i = 0; i < columns * 8; ++i) {
-                const double shade = 0.80 + 0.04 * ((i * 7) % 4);
+                const double shade = 0.80 + 0.04 * ((i * 5 + i / columns * 3) % 4);
                 fillRect(cr_,
                          plat::Rect{{card.origin.x + (i % columns) * (side + gap),
                                      top + (i / columns) * (side + gap)},

@@ -53,7 +53,8 @@ TEST_P(ScreenshotCliTest, StepAndFolderWritePicturesOfTheDevicesSize) {
 
 INSTANTIATE_TEST_SUITE_P(Devices, ScreenshotCliTest,
                          ::testing::Values(DeviceCase{"iphone", "12.4", "3", {1170, 2532}},
-                                           DeviceCase{"ipad", "14.4", "2", {1640, 2360}}));
+                                           DeviceCase{"ipad", "14.4", "2", {1640, 2360}}),
+                         [](const auto& info) { return std::string(info.param.family); });
 
 TEST(ScreenshotCli, UnwritableFileFailsTheStep) {
     ScratchFolder scratch;

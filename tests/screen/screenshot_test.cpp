@@ -247,6 +247,15 @@ TEST_F(ScreenshotTest, PopoverArrowTouchesItsRowOnAnIPad) {
     EXPECT_FALSE(close(at(shot, tip.x + 30, tip.y + 3), kWhite));
 }
 
+TEST_F(ScreenshotTest, NavigationBarTakesThePagesBarColour) {
+    group("G");
+    page_->navigationItem().setBarTintColor(plat::Color::colorWithRGBA(0.8, 0.1, 0.6, 1));
+    page_->navigationItem().setTitle("Title");
+    const auto shot = draw();
+    EXPECT_TRUE(close(at(shot, 5, shot.look.statusBar + 5), kTint));
+    EXPECT_TRUE(close(at(shot, 5, 5), kTint)) << "the colour runs up under the status bar";
+}
+
 TEST_F(ScreenshotTest, SamePageGivesTheSameBytes) {
     group("G", "A footer");
     switchRow("On", true);
