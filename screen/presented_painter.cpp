@@ -157,9 +157,13 @@ class PresentedPainter {
             for (const auto& action : alert->actions())
                 if (action->style() != plat::UIAlertActionStyleCancel)
                     actions.push_back(action.get());
-        const double head = alert ? heading(*alert, 0, 0, kPopoverWidth - 32, true, true) : 44.0;
+        const bool picker = dynamic_cast<const plat::ImagePickerController*>(&controller);
+        // An alert's popover fits its actions; any other controller shows its own content at
+        // the size a popover's content usually asks for.
+        const double width = alert ? kPopoverWidth : 375;
+        const double head = alert ? heading(*alert, 0, 0, width - 32, true, true) : 0;
         const double height =
-            std::max(44.0, head + kSheetRow * static_cast<double>(actions.size()));
+            alert ? std::max(44.0, head + kSheetRow * static_cast<double>(actions.size())) : 480;
 
         const plat::Rect anchor = anchorOf(controller);
         const double anchorMid = anchor.origin.x + anchor.size.width / 2;
@@ -167,16 +171,14 @@ class PresentedPainter {
         const bool down = below + kArrowHeight + height <= look_.height - 20;
         const double tipY = down ? below : anchor.origin.y;
         const double boxY = down ? tipY + kArrowHeight : tipY - kArrowHeight - height;
-        const double boxX =
-            std::clamp(anchorMid - kPopoverWidth / 2, 10.0, look_.width - 10 - kPopoverWidth);
-        const plat::Rect box{{boxX, boxY}, {kPopoverWidth, height}};
+        const double boxX = std::clamp(anchorMid - width / 2, 10.0, look_.width - 10 - width);
+        const plat::Rect box{{boxX, boxY}, {width, height}};
 
         // Box and arrow as one shape, with a faint shadow ring.
         auto shape = [&](double grow) {
-            roundedPath(cr_,
-                        plat::Rect{{boxX - grow, boxY - grow},
-                                   {kPopoverWidth + 2 * grow, height + 2 * grow}},
-                        13);
+            roundedPath(
+                cr_, plat::Rect{{boxX - grow, boxY - grow}, {width + 2 * grow, height + 2 * grow}},
+                13);
             const double base = down ? boxY - grow + 0.5 : boxY + height + grow - 0.5;
             const double tip = down ? tipY - grow : tipY + grow;
             cairo_move_to(cr_, anchorMid - kArrowWidth / 2 - grow, base);
@@ -188,21 +190,23 @@ class PresentedPainter {
         setColor(cr_, Rgba{0, 0, 0, 0.15});
         cairo_fill(cr_);
         shape(0);
-        setColor(cr_, kWhite);
+        // The arrow takes the colour of what it joins: the bar of a controller's content.
+        setColor(cr_, alert ? kWhite : look_.barBackground);
         cairo_fill(cr_);
 
         if (alert) {
-            heading(*alert, boxX + 16, boxY, kPopoverWidth - 32, false, true);
+            heading(*alert, boxX + 16, boxY, width - 32, false, true);
             double top = boxY + head;
             for (std::size_t i = 0; i < actions.size(); ++i, top += kSheetRow) {
-                if (i > 0 || head > 0)
-                    fillRect(cr_, plat::Rect{{boxX, top}, {kPopoverWidth, 0.5}}, kLine);
-                actionLabel(*actions[i], plat::Rect{{boxX, top}, {kPopoverWidth, kSheetRow}}, 20);
+                if (i > 0 || head > 0) fillRect(cr_, plat::Rect{{boxX, top}, {width, 0.5}}, kLine);
+                actionLabel(*actions[i], plat::Rect{{boxX, top}, {width, kSheetRow}}, 20);
             }
         } else {
-            const TextStyle style{17, Weight::Semibold, kBlack, PANGO_ALIGN_CENTER, 1};
-            text_.draw(controller.title().value_or(""), style, boxX + 16, boxY + 11,
-                       kPopoverWidth - 32);
+            cairo_save(cr_);
+            roundedPath(cr_, box, 13);
+            cairo_clip(cr_);
+            content(box, boxY, controller.title().value_or(picker ? "Photos" : ""), picker);
+            cairo_restore(cr_);
         }
         shot_.popover = PopoverFrame{box, plat::Point{anchorMid, tipY}, anchorRow_};
     }
@@ -225,8 +229,14 @@ class PresentedPainter {
         cairo_save(cr_);
         roundedPath(cr_, card, radius, true, look_.iPad);
         cairo_clip(cr_);
+        content(card, rounded ? card.origin.y : look_.statusBar, title, picker);
+        cairo_restore(cr_);
+    }
+
+    // What a presented controller shows inside its frame: a bar with its title and Cancel,
+    // and for the photo picker a grid of photos.
+    void content(plat::Rect card, double barTop, const std::string& title, bool picker) {
         fillRect(cr_, card, kWhite);
-        const double barTop = rounded ? card.origin.y : look_.statusBar;
         const plat::Rect bar{{card.origin.x, card.origin.y},
                              {card.size.width, barTop - card.origin.y + 56}};
         fillRect(cr_, bar, look_.barBackground);
@@ -241,7 +251,7 @@ class PresentedPainter {
         if (picker) {
             // A grid of photo placeholders, as the library looks while it loads.
             const double gap = 2;
-            const int columns = look_.iPad ? 5 : 4;
+            const int columns = card.size.width > 400 ? 5 : 4;
             const double side = (card.size.width - gap * (columns - 1)) / columns;
             const double top = bar.origin.y + bar.size.height + gap;
             for (int i = 0; i < columns * 8; ++i) {
@@ -253,7 +263,6 @@ class PresentedPainter {
                          Rgba{shade, shade, shade + 0.02, 1});
             }
         }
-        cairo_restore(cr_);
     }
 
     cairo_t* cr_;
