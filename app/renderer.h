@@ -19,7 +19,7 @@ class Renderer {
     virtual void note(const std::string& text) = 0;
     // A picture of the page was written to `path`.
     virtual void screenshot(const std::string& path, std::size_t bytes) {
-        note("wrote " + path + " (" + std::to_string(bytes) + " bytes)");
+        note("wrote " + path + " (" + std::to_string(bytes) + " bytes)\n");
     }
 };
 
