@@ -31,6 +31,7 @@ struct Options {
     DeviceInitRequest deviceInit;
     std::string domain;
     std::optional<std::string> key;
+    std::string screenshots;
 };
 
 int trouble(bool json, const std::string& message) {
@@ -71,6 +72,12 @@ int runSession(const Options& options, bool fromFile) {
                        "the Settings application could not start: " + std::string(e.what()));
     }
     StepRunner runner(*session, *renderer);
+    if (!options.screenshots.empty()) {
+        std::error_code error;
+        std::filesystem::create_directories(options.screenshots, error);
+        if (error) return trouble(options.json, "cannot make " + options.screenshots);
+        runner.setScreenshotFolder(options.screenshots);
+    }
 
     if (fromFile) return runStepStream(runner, *renderer, options.runFile == "-" ? std::cin : file);
     if (!options.steps.empty()) return runArgumentSteps(runner, *renderer, options.steps);
@@ -107,6 +114,8 @@ int runCommandLine(int argc, char** argv) {
     app.fallthrough();
     app.add_option("--device", options.device, "device root folder (default: the demo device)");
     app.add_flag("--json", options.json, "JSON Lines output");
+    app.add_option("--screenshots", options.screenshots,
+                   "also draw every shown page into DIR as 001.png, 002.png...");
     app.add_option("STEP", options.steps,
                    "steps to run, one per argument, e.g. 'open Lock Screen'");
 

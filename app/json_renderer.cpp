@@ -23,6 +23,10 @@ void JsonRenderer::error(const std::string& step, const std::string& message) {
     err_ << line(out) << std::endl;
 }
 
+void JsonRenderer::screenshot(const std::string& path, std::size_t bytes) {
+    out_ << line({{"screenshot", {{"path", path}, {"size", bytes}}}}) << std::endl;
+}
+
 void JsonRenderer::note(const std::string& text) {
     out_ << line({{"note", text}}) << std::endl;
 }

@@ -14,6 +14,7 @@ class JsonRenderer : public Renderer {
     void page(const PageView& page, const std::vector<plat::JournalEntry>& journal) override;
     void error(const std::string& step, const std::string& message) override;
     void note(const std::string& text) override;
+    void screenshot(const std::string& path, std::size_t bytes) override;
 
   private:
     std::ostream& out_;

@@ -17,6 +17,10 @@ class Renderer {
     // `step` is the step as written; empty for errors outside any step.
     virtual void error(const std::string& step, const std::string& message) = 0;
     virtual void note(const std::string& text) = 0;
+    // A picture of the page was written to `path`.
+    virtual void screenshot(const std::string& path, std::size_t bytes) {
+        note("wrote " + path + " (" + std::to_string(bytes) + " bytes)\n");
+    }
 };
 
 }  // namespace velto::app

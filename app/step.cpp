@@ -17,7 +17,7 @@ struct StepWord {
     const char* what;  // what the argument is, for messages
 };
 
-constexpr std::array<StepWord, 15> kSteps = {{
+constexpr std::array<StepWord, 16> kSteps = {{
     {"show", StepKind::Show, Argument::None, ""},
     {"open", StepKind::Open, Argument::Required, "a row"},
     {"back", StepKind::Back, Argument::None, ""},
@@ -29,6 +29,7 @@ constexpr std::array<StepWord, 15> kSteps = {{
     {"cancel", StepKind::Cancel, Argument::None, ""},
     {"notify", StepKind::Notify, Argument::Required, "a notification name"},
     {"wait", StepKind::Wait, Argument::None, ""},
+    {"screenshot", StepKind::Screenshot, Argument::Required, "a PNG file to write"},
     {"help", StepKind::Help, Argument::None, ""},
     {"quit", StepKind::Quit, Argument::None, ""},
     {"exit", StepKind::Quit, Argument::None, ""},
@@ -76,6 +77,7 @@ const char* stepHelp() {
            "  cancel               the photo picker is cancelled\n"
            "  notify NAME          another process posts the Darwin notification NAME\n"
            "  wait                 run the main queue until it is empty\n"
+           "  screenshot FILE      draw the page as the device shows it into a PNG file\n"
            "  help                 this list\n"
            "  quit                 end the session\n"
            "ROW is a row's identifier, else its label, else #N for its index.\n";

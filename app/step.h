@@ -20,6 +20,8 @@ enum class StepKind {
     Wait,     // run the main queue until it is empty
     Help,     // list the steps
     Quit,     // end the session
+    // Draw the top page as the device shows it into a PNG (FILE).
+    Screenshot,
 };
 
 struct Step {

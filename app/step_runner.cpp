@@ -1,10 +1,12 @@
 #include "app/step_runner.h"
 
+#include <cstdio>
 #include <fstream>
 #include <iterator>
 
 #include "app/page_view.h"
 #include "app/row_lookup.h"
+#include "app/screenshot_writer.h"
 #include "app/step_error.h"
 #include "platform/foundation/errors.h"
 #include "platform/prefs/runtime.h"
@@ -101,6 +103,11 @@ void StepRunner::show() {
     auto page = session_.topPage();
     const PageView view = viewOf(*page, session_.depth());
     renderer_.page(view, session_.takeJournal());
+    if (screenshotFolder_.empty()) return;
+    char name[16];
+    std::snprintf(name, sizeof name, "%03d.png", ++screenshotsTaken_);
+    const std::string file = screenshotFolder_ + "/" + name;
+    renderer_.screenshot(file, writeScreenshot(session_, file));
 }
 
 void StepRunner::perform(const Step& step) {
@@ -135,6 +142,9 @@ void StepRunner::perform(const Step& step) {
             return;
         case StepKind::Notify:
             session_.process().darwin().postFromOtherProcess(step.argument);
+            return;
+        case StepKind::Screenshot:
+            renderer_.screenshot(step.argument, writeScreenshot(session_, step.argument));
             return;
         case StepKind::Wait:
         case StepKind::Quit:

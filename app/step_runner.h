@@ -4,6 +4,8 @@
 #include "app/session.h"
 #include "app/step.h"
 
+#include <string>
+
 namespace velto::app {
 
 // Carries out steps on a session as the user of the Settings application would, and shows
@@ -22,6 +24,9 @@ class StepRunner {
     // Shows the top page with what happened since the previous page was shown.
     void show();
 
+    // With a folder, every shown page is also drawn into it as 001.png, 002.png...
+    void setScreenshotFolder(std::string folder) { screenshotFolder_ = std::move(folder); }
+
   private:
     void perform(const Step& step);
     void toggle(const std::string& argument);
@@ -33,6 +38,8 @@ class StepRunner {
 
     Session& session_;
     Renderer& renderer_;
+    std::string screenshotFolder_;
+    int screenshotsTaken_ = 0;
 };
 
 }  // namespace velto::app

@@ -1,0 +1,72 @@
+// Pictures through the program: the `screenshot` step and `--screenshots`, on an iPhone and an
+// iPad, with the written files named in the JSON output.
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include "tests/support/program_run.h"
+
+namespace apptest {
+namespace {
+
+// Width and height from a PNG's header.
+std::pair<int, int> pngSize(const std::string& file) {
+    std::ifstream in(file, std::ios::binary);
+    unsigned char header[24] = {};
+    in.read(reinterpret_cast<char*>(header), sizeof header);
+    auto word = [&](int at) {
+        return (header[at] << 24) | (header[at + 1] << 16) | (header[at + 2] << 8) | header[at + 3];
+    };
+    return {word(16), word(20)};
+}
+
+struct DeviceCase {
+    const char* family;
+    const char* version;
+    const char* scale;
+    std::pair<int, int> pixels;
+};
+
+class ScreenshotCliTest : public ::testing::TestWithParam<DeviceCase> {};
+
+TEST_P(ScreenshotCliTest, StepAndFolderWritePicturesOfTheDevicesSize) {
+    ScratchFolder scratch;
+    const std::string device = scratch / "device";
+    initDevice(device, {"--family", GetParam().family, "--system-version", GetParam().version,
+                        "--scale", GetParam().scale});
+    const std::string file = scratch / "root.png";
+    const auto result = runProgram({"--device", device, "--json", "--screenshots",
+                                    scratch / "shots", "screenshot " + file, "show"});
+    ASSERT_EQ(result.status, 0) << result.err;
+    const auto lines = result.outLines();
+    ASSERT_EQ(lines.size(), 3u);
+    EXPECT_EQ(lines[0].at("screenshot").at("path"), file);
+    EXPECT_EQ(lines[0].at("screenshot").at("size"), std::filesystem::file_size(file));
+    EXPECT_TRUE(lines[1].contains("rows"));
+    const std::string numbered = lines[2].at("screenshot").at("path");
+    EXPECT_EQ(std::filesystem::path(numbered).filename(), "001.png");
+    EXPECT_EQ(pngSize(file), GetParam().pixels);
+    EXPECT_EQ(pngSize(numbered), GetParam().pixels);
+}
+
+INSTANTIATE_TEST_SUITE_P(Devices, ScreenshotCliTest,
+                         ::testing::Values(DeviceCase{"iphone", "12.4", "3", {1170, 2532}},
+                                           DeviceCase{"ipad", "14.4", "2", {1640, 2360}}),
+                         [](const auto& info) { return std::string(info.param.family); });
+
+TEST(ScreenshotCli, UnwritableFileFailsTheStep) {
+    ScratchFolder scratch;
+    const std::string device = scratch / "device";
+    initDevice(device);
+    const auto result =
+        runProgram({"--device", device, "--json", "screenshot " + scratch / "no/such/x.png"});
+    EXPECT_EQ(result.status, 2);
+    ASSERT_EQ(result.errLines().size(), 1u);
+    EXPECT_NE(result.errLines()[0].at("error").get<std::string>().find("cannot write"),
+              std::string::npos);
+}
+
+}  // namespace
+}  // namespace apptest
