@@ -18,6 +18,7 @@ struct DeviceInitRequest {
     bool noFaceTime = false;
     bool noExtension = false;
     bool demo = false;
+    int userApps = 0;
     std::vector<std::string> apps;
     std::vector<std::string> packages;
 };
