@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cctype>
 #include <string_view>
 #include <vector>
 
@@ -50,14 +51,31 @@ std::string localized(const std::string& key) {
     return plat::Bundle::mainBundle().localizedStringForKey(key, "", "");
 }
 
-// compare:options: with NSCaseInsensitiveSearch on the row names; a nameless row compares as
-// the empty string.
+bool isAscii(const std::string& text) {
+    return std::all_of(text.begin(), text.end(),
+                       [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+}
+
+// compare: / compare:options: with NSCaseInsensitiveSearch. ASCII text, which nearly every
+// application name is, orders by its bytes (lower-cased for the case-insensitive search)
+// exactly as by UTF-16 code units, so the full comparison is kept for the rest.
+bool less(const std::string& a, const std::string& b, bool caseInsensitive) {
+    if (isAscii(a) && isAscii(b)) {
+        if (!caseInsensitive) return a < b;
+        return std::lexicographical_compare(a.begin(), a.end(), b.begin(), b.end(),
+                                            [](char x, char y) {
+                                                return std::tolower(static_cast<unsigned char>(x)) <
+                                                       std::tolower(static_cast<unsigned char>(y));
+                                            });
+    }
+    return plat::compare(a, b, caseInsensitive ? unsigned{plat::NSCaseInsensitiveSearch} : 0u) ==
+           plat::ComparisonResult::Ascending;
+}
+
+// Row names; a nameless row compares as the empty string.
 bool caseInsensitiveLess(const plat::SpecifierPtr& a, const plat::SpecifierPtr& b) {
     static const std::string none;
-    const std::string& left = a->name() ? *a->name() : none;
-    const std::string& right = b->name() ? *b->name() : none;
-    return plat::compare(left, right, plat::NSCaseInsensitiveSearch) ==
-           plat::ComparisonResult::Ascending;
+    return less(a->name() ? *a->name() : none, b->name() ? *b->name() : none, true);
 }
 
 // The row's own identifier: the name a row without one falls back to is no bundle identifier.
@@ -134,7 +152,7 @@ plat::Value VeltoDisabledAppsSettingsController::applications() {
     }
     std::stable_sort(keyed.begin(), keyed.end(), [](const Keyed& a, const Keyed& b) {
         if (!a.name || !b.name) return !a.name && b.name;
-        return plat::compare(*a.name, *b.name) == plat::ComparisonResult::Ascending;
+        return less(*a.name, *b.name, false);
     });
     plat::Array sorted;
     sorted.reserve(keyed.size());

@@ -97,7 +97,7 @@ TEST_F(SettingsChangedTest, QueuedReloadOfAClosedPageDoesNothing) {
 // One thread posts the notification 10,000 times while the main thread toggles 1,000 apps,
 // closes and reopens the page every 100 toggles, and drains the main queue.
 TEST_F(SettingsChangedTest, StressTogglesAgainstNotifications) {
-    constexpr int kApps = 100, kPosts = 1000;
+    constexpr int kApps = 1000, kPosts = 10000;
     Value records = Value::array();
     for (int i = 0; i < kApps; ++i)
         records.addObject(
