@@ -355,8 +355,9 @@ class NodeReader {
         const std::uint32_t n = plist_array_get_size(node);
         Array items;
         items.reserve(n);
-        // libplist 2.2 finds an item by index by walking the list from the front, so reading a
-        // keyed archive's object table by index was quadratic; its iterator steps in place.
+        // libplist 2.2 may find an item by index by walking the children from the front (arrays
+        // it parsed carry no index table), which makes a big object table quadratic to read by
+        // index; its iterator steps from item to item.
         plist_array_iter iter = nullptr;
         plist_array_new_iter(node, &iter);
         bool ok = iter != nullptr || n == 0;
