@@ -11,6 +11,7 @@
 #include "app/json_output.h"
 #include "device/demo_device.h"
 #include "device/device_init.h"
+#include "device/generated_apps.h"
 
 namespace velto::app {
 
@@ -33,6 +34,10 @@ void declareDeviceInit(CLI::App& command, DeviceInitRequest& request) {
         .add_option("--package", request.packages,
                     "a package of the dpkg database: ID=VERSION (repeatable)")
         ->allow_extra_args(false);
+    command
+        .add_option("--user-apps", request.userApps,
+                    "N generated user applications with distinct names and icons")
+        ->check(CLI::Range(0, 100000));
     command.add_flag("--no-extension", request.noExtension,
                      "the extension does not answer requests");
     command.add_flag("--demo", request.demo,
@@ -81,6 +86,8 @@ int runDeviceInit(const DeviceInitRequest& request, bool json) {
         options.packages.push_back(*package);
     }
     if (request.demo) device::addDemoContent(options);
+    for (auto& app : device::generatedUserApps(request.userApps))
+        options.apps.push_back(std::move(app));
 
     // Another device's settings, or the host's own files, must not be replaced unasked.
     std::error_code ec;

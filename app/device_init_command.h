@@ -19,6 +19,7 @@ struct DeviceInitRequest {
     bool noExtension = false;
     bool demo = false;
     bool force = false;  // write into a folder that already holds something
+    int userApps = 0;
     std::vector<std::string> apps;
     std::vector<std::string> packages;
 };

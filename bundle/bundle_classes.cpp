@@ -1,5 +1,6 @@
 #include "bundle/bundle_classes.h"
 
+#include "apps/velto_disabled_apps_settings_controller.h"
 #include "contract/contract_classes.h"
 #include "core/core_classes.h"
 #include "pages/face_time_app_settings_controller.h"
@@ -16,6 +17,7 @@ void registerBundleClasses() {
     PhoneAppSettingsController::registerClass(runtime);
     FaceTimeAppSettingsController::registerClass(runtime);
     MailAppSettingsController::registerClass(runtime);
+    VeltoDisabledAppsSettingsController::registerClass(runtime);
 }
 
 }  // namespace velto

@@ -198,11 +198,23 @@ class NodeReader {
         const std::uint32_t n = plist_array_get_size(node);
         Array items;
         items.reserve(n);
-        for (std::uint32_t i = 0; i < n; ++i) {
-            Value item = read(plist_array_get_item(node, i), depth + 1);
-            if (item.isNil()) return Value();
-            items.push_back(std::move(item));
+        // libplist 2.2 may find an item by index by walking the children from the front (arrays
+        // it parsed carry no index table), which makes a big object table quadratic to read by
+        // index; its iterator steps from item to item.
+        plist_array_iter iter = nullptr;
+        plist_array_new_iter(node, &iter);
+        bool ok = iter != nullptr || n == 0;
+        for (std::uint32_t i = 0; ok && i < n; ++i) {
+            plist_t child = nullptr;
+            plist_array_next_item(node, iter, &child);
+            Value item = child ? read(child, depth + 1) : Value();
+            if (item.isNil())
+                ok = false;
+            else
+                items.push_back(std::move(item));
         }
+        std::free(iter);
+        if (!ok) return Value();
         return Value::array(std::move(items));
     }
 

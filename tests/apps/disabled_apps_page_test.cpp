@@ -1,0 +1,200 @@
+// The Excluded applications page in-process: grouping and order, the hidden applications, the
+// rows, switches that show and flip the stored exclusion, and replies that carry nothing usable.
+
+#include <gtest/gtest.h>
+
+#include "contract/velto_settings.h"
+#include "tests/apps/apps_fixture.h"
+
+using appstest::AppsDevice;
+using appstest::Page;
+using appstest::record;
+using plat::Value;
+using Names = std::vector<std::string>;
+
+namespace {
+
+class DisabledAppsPageTest : public ::testing::Test {
+  protected:
+    AppsDevice device;
+    std::shared_ptr<velto::VeltoSettings> settings() {
+        return velto::VeltoSettings::sharedSettings();
+    }
+    // Shows the row as the Settings app would (cell hook) and answers the switch position.
+    static bool shownOn(Page& page, const std::string& id) {
+        for (std::size_t s = 0; s < page.numberOfGroups(); ++s)
+            for (std::size_t r = 0; r < page.rowsForGroup(s); ++r)
+                if (page.specifierAtIndex(page.indexForRow(r, s))->identifier() == id)
+                    return page.tableViewCellForRowAtIndexPath(r, s)->control()->isOn();
+        ADD_FAILURE() << id << " is not shown";
+        return false;
+    }
+};
+
+TEST_F(DisabledAppsPageTest, SystemGroupFirstEachSortedIgnoringCase) {
+    device.answerRecords(Value::array(
+        {record("com.apple.mobilenotes", "Notes", true), record("com.apple.Maps", "Maps", true),
+         record("com.bank", "bank", false), record("com.alpha", "Alpha", false)}));
+    EXPECT_EQ(
+        AppsDevice::names(device.page()->specifiers()),
+        (Names{"System Applications", "Maps", "Notes", "User Applications", "Alpha", "bank"}));
+
+    // An empty group leaves with its title.
+    device.answerRecords(Value::array({record("com.bank", "bank", false)}));
+    EXPECT_EQ(AppsDevice::names(device.page()->specifiers()), (Names{"User Applications", "bank"}));
+}
+
+TEST_F(DisabledAppsPageTest, RowCarriesTheRecordAsTheDataModelSays) {
+    Value app = record("com.alpha", "Alpha", false);
+    app.setValueForKey("Extra", "kept");
+    device.answerRecords(Value::array({app}));
+    auto page = device.page();
+    const auto row = page->specifiers()->objectAtIndex(1);
+    EXPECT_EQ(row->cellType(), plat::PSSwitchCell);
+    EXPECT_EQ(row->propertyForKey("cellClass").str(), "VeltoSwitchCell");
+    EXPECT_EQ(row->identifier(), "com.alpha");
+    EXPECT_EQ(row->setter(), "setPreferenceValue:specifier:");
+    EXPECT_TRUE(row->getter().empty());
+    EXPECT_EQ(row->target(), page);
+    ASSERT_TRUE(row->propertyForKey("iconImage").as<plat::Image>());
+    EXPECT_EQ(row->propertyForKey("iconImage").as<plat::Image>()->pixelWidth(), 4);
+    EXPECT_EQ(row->userInfo().count(), 4u);
+    EXPECT_TRUE(row->userInfo().objectForKey("VeltoFolderImage").isNil());
+    EXPECT_EQ(row->userInfo().objectForKey("Extra").str(), "kept");
+    EXPECT_EQ(row->propertyForKey("cellObject").isNil(), true);
+    // The icon still belongs to the record the row came from.
+    EXPECT_EQ(app.objectForKey("VeltoFolderImage").isNil(), false);
+}
+
+TEST_F(DisabledAppsPageTest, HiddenTableIsExactAndCaseSensitive) {
+    const Names hidden = {"com.apple.mobilephone",
+                          "com.apple.facetime",
+                          "com.apple.MobileSMS",
+                          "com.apple.mobilesms.notification",
+                          "com.apple.MobileSMS.MessagesNotificationExtension",
+                          "net.whatsapp.WhatsApp",
+                          "com.apple.MobileAddressBook",
+                          "com.apple.mobilemail",
+                          "com.norvale.RingLedger10",
+                          "com.apple.ContactsUI.ContactsViewService",
+                          "com.apple.MobileAddressBook.ContactsViewService",
+                          "com.norvale.RingLedger2",
+                          "com.norvale.RingLedgerKit"};
+    Value records = Value::array();
+    for (const auto& id : hidden)
+        records.addObject(record(id, id, true));
+    for (const auto* shown :
+         {"com.apple.mobilesms", "com.apple.MobilePhone", "com.norvale.RingLedger"})
+        records.addObject(record(shown, shown, false));
+    // Excluded or not, a hidden application stays hidden.
+    settings()->addToExcludedApps("com.apple.mobilemail");
+    settings()->addToExcludedApps("com.norvale.RingLedger2");
+    device.answerRecords(records);
+    EXPECT_EQ(AppsDevice::ids(device.page()->specifiers()),
+              (Names{"User Applications", "com.apple.MobilePhone", "com.apple.mobilesms",
+                     "com.norvale.RingLedger"}));
+}
+
+TEST_F(DisabledAppsPageTest, SwitchShowsExclusionAndToggleFlipsWhatIsStored) {
+    device.answerRecords(
+        Value::array({record("com.alpha", "Alpha", false), record("com.bank", "bank", false)}));
+    settings()->addToExcludedApps("com.bank");
+    auto page = device.page();
+    page->specifiers();
+    EXPECT_FALSE(shownOn(*page, "com.alpha"));
+    EXPECT_TRUE(shownOn(*page, "com.bank"));
+
+    // Alpha was shown off, then excluded elsewhere: the tap sends "on" but un-excludes it.
+    settings()->addToExcludedApps("com.alpha");
+    page->setPreferenceValue(Value::boolean(true), page->specifiers()->objectAtIndex(1));
+    EXPECT_FALSE(settings()->isAppExcluded("com.alpha", true));
+    // The value is ignored both ways.
+    page->setPreferenceValue(Value::boolean(false), page->specifiers()->objectAtIndex(1));
+    EXPECT_TRUE(settings()->isAppExcluded("com.alpha", true));
+    EXPECT_TRUE(shownOn(*page, "com.alpha"));
+    // Through the file, as the extension reads it; the page wrote no value of its own.
+    EXPECT_EQ(device.mainSettings().objectForKey("VeltoExcludedApps"),
+              Value::array({"com.bank", "com.alpha"}));
+    EXPECT_TRUE(device.entries(plat::JournalEntry::Kind::PreferenceWrite).empty());
+}
+
+// A reply (or payload) that carries nothing usable.
+struct Broken {
+    const char* name;
+    Value reply;
+};
+
+class BrokenReplyTest : public DisabledAppsPageTest,
+                        public ::testing::WithParamInterface<Broken> {};
+
+TEST_P(BrokenReplyTest, GivesAnEmptyPageSilently) {
+    const Value reply = GetParam().reply;
+    if (!reply.isNil()) device.answerReply(reply);  // nil: the extension does not answer
+    auto page = device.page();
+    EXPECT_EQ(page->specifiers()->count(), 0u);
+    EXPECT_TRUE(device.logLines().empty());
+}
+
+Value payload(const Value& archived) {
+    return Value::dictionary({{"VeltoServiceMessageData", archived}});
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Replies, BrokenReplyTest,
+    ::testing::Values(
+        Broken{"NoReply", Value()}, Broken{"NoPayload", Value::dictionary()},
+        Broken{"PayloadNotData", payload("records")},
+        Broken{"Garbage", payload(Value::data({'b', 'p', 'l', 'i', 's', 't', '0', '0', 1, 2}))},
+        Broken{"EmptyData", payload(Value::data({}))},
+        Broken{"NotAnArray",
+               payload(Value::data(*plat::archivedDataWithRootObject(record("a", "A", true))))},
+        Broken{"EmptyArray",
+               payload(Value::data(*plat::archivedDataWithRootObject(Value::array())))}),
+    [](const auto& info) { return std::string(info.param.name); });
+
+TEST_F(DisabledAppsPageTest, IncompleteRecordsStillGetRows) {
+    device.answerRecords(Value::array(
+        {Value::dictionary(
+             {{"VeltoFolderDisplayName", "NoId"}, {"VeltoType", Value::boolean(true)}}),
+         Value::dictionary(
+             {{"VeltoBundleIdentifier", "com.untyped"}, {"VeltoFolderDisplayName", "Untyped"}}),
+         Value::dictionary({{"VeltoBundleIdentifier", "com.nameless"}}), Value("not a record")}));
+    auto page = device.page();
+    const auto list = page->specifiers();
+    ASSERT_EQ(list->count(), 5u);
+    EXPECT_EQ(AppsDevice::names(list)[2], "User Applications");
+    // No identifier: a nil identifier, so toggling stores nothing.
+    EXPECT_FALSE(list->objectAtIndex(1)->hasExplicitIdentifier());
+    page->setPreferenceValue(Value(), list->objectAtIndex(1));
+    EXPECT_TRUE(settings()->excludedApps().empty());
+    const Names users = {AppsDevice::names(list)[3], AppsDevice::names(list)[4]};
+    EXPECT_TRUE((users == Names{"(nil)", "Untyped"}) || (users == Names{"Untyped", "(nil)"}));
+}
+
+TEST_F(DisabledAppsPageTest, OneMessageCenterForEveryPageOfTheProcess) {
+    device.answerRecords(Value::array());
+    const auto before = device.process().messageCenters().centersMade();
+    auto first = device.page();
+    const auto center = Page::tweakMessageCenter();
+    auto second = device.page();
+    EXPECT_EQ(device.process().messageCenters().centersMade(), before + 1);
+    EXPECT_EQ(Page::tweakMessageCenter(), center);
+}
+
+TEST_F(DisabledAppsPageTest, AppearanceHooks) {
+    auto page = device.page();
+    EXPECT_TRUE(page->hasCustomNavigationBarColor());
+    EXPECT_FALSE(page->shouldShowImageAsTitle());
+    EXPECT_EQ(page->twitterMessage(),
+              "I'm loving #Velto2, which brings contact pictures every where on my iDevice.");
+    EXPECT_TRUE(page->twitterImage());
+    EXPECT_TRUE(page->customNavigationBarColor());
+    device.setSystemVersion("10.3");
+    auto button = page->customBackButton();
+    ASSERT_TRUE(button);
+    EXPECT_EQ(button->action(), "backButtonAction:");
+    device.setSystemVersion("11.0");
+    EXPECT_FALSE(page->customBackButton());
+}
+
+}  // namespace
