@@ -22,8 +22,11 @@ class StepRunner {
     // Shows the top page with what happened since the previous page was shown.
     void show();
 
-  private:
+    // Carries out one step without reporting or settling: what the step or the bundle raises
+    // reaches the caller.
     void perform(const Step& step);
+
+  private:
     void toggle(const std::string& argument);
     void tap(const std::string& argument);
     void choose(const std::string& title);
