@@ -8,6 +8,7 @@
 #include <nlohmann/json.hpp>
 
 #include "app/batch_run.h"
+#include "app/check_command.h"
 #include "app/defaults_command.h"
 #include "app/device_init_command.h"
 #include "app/device_location.h"
@@ -32,6 +33,7 @@ struct Options {
     std::string domain;
     std::optional<std::string> key;
     std::string screenshots;
+    CheckRequest check;
 };
 
 int trouble(bool json, const std::string& message) {
@@ -141,13 +143,27 @@ int runCommandLine(int argc, char** argv) {
     remove->add_option("DOMAIN", options.domain)->required();
     remove->add_option("KEY", options.key);
 
+    CLI::App* check = app.add_subcommand(
+        "check", "prove that the bundle's resources cannot crash the Settings application");
+    declareCheck(*check, options.check);
+
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& e) {
         const int status = app.exit(e);
+        if (status != 0 && check->parsed()) return kCheckBadArguments;
         return status == 0 ? kExitOk : kExitTrouble;
     }
 
+    if (check->parsed()) {
+        // The check makes its own devices; a device or steps given with it are a mistake.
+        if (!options.steps.empty() || options.device) {
+            trouble(options.json || options.check.json, "check takes no steps and no --device");
+            return kCheckBadArguments;
+        }
+        if (options.json) options.check.json = true;
+        return runCheck(options.check);
+    }
     const bool subcommand = run->parsed() || device->parsed() || defaults->parsed();
     if (subcommand && !options.steps.empty())
         return trouble(options.json, "steps cannot be given together with " +

@@ -24,7 +24,7 @@ plat::Process::Options processOptions() {
 
 }  // namespace
 
-Session::Session(const std::filesystem::path& deviceRoot)
+Session::Session(const std::filesystem::path& deviceRoot, bool startInterface)
     : process_(std::make_unique<plat::Process>(deviceRoot, processOptions())),
       scope_(std::make_unique<plat::ProcessScope>(*process_)),
       navigation_(std::make_shared<plat::NavigationController>()) {
@@ -34,6 +34,7 @@ Session::Session(const std::filesystem::path& deviceRoot)
     process_->shell().setInterceptor([this](const std::string& command) {
         return interceptRestart(command, [this] { restartRequested_ = true; });
     });
+    if (!startInterface) return;
     startUserInterface();
     settle();
 }
@@ -70,7 +71,7 @@ std::shared_ptr<plat::ListController> Session::topPage() const {
     return std::dynamic_pointer_cast<plat::ListController>(navigation_->topViewController());
 }
 
-void Session::open(const plat::SpecifierPtr& row) {
+void Session::open(const plat::SpecifierPtr& row, std::shared_ptr<plat::ListController>* made) {
     const std::string& className = row->detailControllerClass();
     if (className.empty())
         throw StepError("row '" + row->name().value_or("") + "' does not lead to a page");
@@ -87,6 +88,7 @@ void Session::open(const plat::SpecifierPtr& row) {
     if (!page->initForContentSize(contentSize()))
         throw StepError(className + " answered nil to initForContentSize:");
     page->setSpecifier(row);
+    if (made) *made = page;
     navigation_->pushViewController(page, true);
     try {
         page->specifiers();
@@ -110,13 +112,17 @@ void Session::settle() {
             if (process_->mainQueue().drain() == 0) break;
         }
         if (!restartRequested_.exchange(false)) return;
-        // The whole interface goes, as when backboardd dies: every page and every
-        // process-wide object the Settings application held.
-        navigation_->clear();
-        process_->slots().clear();
-        ++restarts_;
-        startUserInterface();
+        restartInterface();
     }
+}
+
+void Session::restartInterface() {
+    // The whole interface goes, as when backboardd dies: every page and every process-wide
+    // object the Settings application held.
+    navigation_->clear();
+    process_->slots().clear();
+    ++restarts_;
+    startUserInterface();
 }
 
 std::vector<plat::JournalEntry> Session::takeJournal() {

@@ -19,7 +19,10 @@ class Session {
   public:
     // Loads the bundle, starts the process on the device and shows the root page. Throws
     // std::runtime_error when the root page cannot be made.
-    explicit Session(const std::filesystem::path& deviceRoot);
+    explicit Session(const std::filesystem::path& deviceRoot) : Session(deviceRoot, true) {}
+    // With `startInterface` false the process runs but no page exists until
+    // restartInterface(), so that a caller can look at a root page that fails to build.
+    Session(const std::filesystem::path& deviceRoot, bool startInterface);
     ~Session();
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;
@@ -31,7 +34,9 @@ class Session {
     // Taps a link row of the top page: makes its page with initForContentSize:, hands it the
     // row, pushes it and asks it for its rows. StepError when the row leads nowhere or its
     // page class does not exist yet; nothing is pushed then.
-    void open(const plat::SpecifierPtr& row);
+    // `made`, when given, receives the page as soon as it exists, so that a caller can look at
+    // a page that failed.
+    void open(const plat::SpecifierPtr& row, std::shared_ptr<plat::ListController>* made = nullptr);
     // Pops the top page, which is released. StepError at the root page.
     void back();
 
@@ -41,6 +46,10 @@ class Session {
 
     // What the journal recorded since the previous call.
     std::vector<plat::JournalEntry> takeJournal();
+
+    // Starts the user interface afresh, as a restart of it would: every page and every
+    // process-wide object goes and the root page is made anew.
+    void restartInterface();
 
     // How many times the user interface was restarted.
     int restarts() const { return restarts_; }

@@ -27,8 +27,11 @@ class StepRunner {
     // With a folder, every shown page is also drawn into it as 001.png, 002.png...
     void setScreenshotFolder(std::string folder) { screenshotFolder_ = std::move(folder); }
 
-  private:
+    // Carries out one step without reporting or settling: what the step or the bundle raises
+    // reaches the caller.
     void perform(const Step& step);
+
+  private:
     void toggle(const std::string& argument);
     void tap(const std::string& argument);
     void choose(const std::string& title);

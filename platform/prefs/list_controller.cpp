@@ -1,5 +1,7 @@
 #include "platform/prefs/list_controller.h"
 
+#include <algorithm>
+
 #include "platform/foundation/errors.h"
 #include "platform/foundation/plist.h"
 #include "platform/foundation/plist_file.h"
@@ -39,6 +41,8 @@ SpecifierArrayPtr ListController::specifiers() {
 
 SpecifierArrayPtr ListController::loadSpecifiersFromPlistName(const std::string& name,
                                                               const ObjectPtr& target) {
+    if (std::find(loadedResources_.begin(), loadedResources_.end(), name) == loadedResources_.end())
+        loadedResources_.push_back(name);
     LoadedSpecifiers loaded = loadSpecifiersFromPlist(bundle(), name, target);
     if (loaded.title) navigationItem().setTitle(loaded.title);
     return loaded.specifiers;

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "platform/foundation/geometry.h"
 #include "platform/foundation/value.h"
@@ -38,6 +39,9 @@ class ListController : public ViewController {
     // loadSpecifiersFromPlistName:target: — a new array of new rows on every call, read from
     // the bundle that holds this controller's class. Sets the title when the resource has one.
     SpecifierArrayPtr loadSpecifiersFromPlistName(const std::string& name, const ObjectPtr& target);
+    // The specifier lists this controller has loaded, each once, in the order first loaded; for
+    // tools that name the resource behind a page that failed.
+    const std::vector<std::string>& loadedResourceNames() const { return loadedResources_; }
 
     // insertSpecifier:atIndex:animated: (pages override it) and the plain forms.
     virtual void insertSpecifier(const SpecifierPtr& specifier, std::size_t index, bool animated);
@@ -93,6 +97,7 @@ class ListController : public ViewController {
     SpecifierArrayPtr held_;
     SpecifierPtr parent_;
     Size contentSize_;
+    std::vector<std::string> loadedResources_;
 };
 
 using ListControllerPtr = std::shared_ptr<ListController>;

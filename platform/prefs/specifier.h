@@ -96,6 +96,10 @@ class Specifier : public Object {
     const std::string& detailControllerClass() const { return detail_; }
     void setDetailControllerClass(std::string name) { detail_ = std::move(name); }
     const std::string& editPaneClass() const { return edit_; }
+    // The specifier list the row was loaded from ("" for rows made in code). Not part of the
+    // framework's interface: tools that report on resources name the file at fault with it.
+    const std::string& resourceName() const { return resource_; }
+    void setResourceName(std::string name) { resource_ = std::move(name); }
 
     Value userInfo() const { return userInfo_; }
     void setUserInfo(Value info) { userInfo_ = std::move(info); }
@@ -113,7 +117,7 @@ class Specifier : public Object {
     std::optional<std::string> identifier_;
     int cellType_ = PSStaticTextCell;
     std::weak_ptr<Object> target_;
-    std::string setter_, getter_, action_, detail_, edit_;
+    std::string setter_, getter_, action_, detail_, edit_, resource_;
     Value userInfo_;
     Value properties_ = Value::dictionary();
 };

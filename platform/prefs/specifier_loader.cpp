@@ -42,6 +42,7 @@ SpecifierPtr makeSpecifier(const Value& item, const Bundle& bundle, const std::s
     spec->setGetter(item.objectForKey(pskey::Get).str());
     spec->setAction(item.objectForKey(pskey::Action).str());
     spec->setDetailControllerClass(item.objectForKey(pskey::Detail).str());
+    spec->setResourceName(table);
 
     if (auto footer = localized(item.objectForKey(pskey::FooterText)))
         properties.setValueForKey(pskey::FooterText, *footer);

@@ -19,9 +19,11 @@ namespace {
 // Where a host path really lies, symbolic links followed, the way realpath(3) would answer
 // but tolerating a missing tail. A dangling link is followed too (weakly_canonical would stop
 // in front of it), because writing through it would create its target.
-std::optional<fs::path> realLocation(const fs::path& path) {
+// `from` is where the walk starts (a real location already); `path` is relative to it, or
+// absolute.
+std::optional<fs::path> realLocation(const fs::path& path, fs::path from = "/") {
     std::deque<fs::path> todo(path.begin(), path.end());
-    fs::path result = "/";
+    fs::path result = std::move(from);
     if (!todo.empty() && todo.front() == "/") todo.pop_front();
     int links = 0;
     while (!todo.empty()) {
@@ -91,6 +93,7 @@ DeviceRoot::DeviceRoot(fs::path hostRoot)
 }
 
 std::optional<fs::path> DeviceRoot::resolve(std::string_view devicePath) const {
+    if (observer_) observer_(devicePath);
     // Lexically first: the device's "/" is the top, so ".." there stays put, and a relative
     // path starts from the working directory, which is "/".
     std::vector<std::string_view> parts;
@@ -106,13 +109,21 @@ std::optional<fs::path> DeviceRoot::resolve(std::string_view devicePath) const {
         }
         start = end + 1;
     }
-    fs::path host = hostRoot_;
-    for (auto part : parts)
+    fs::path host = hostRoot_, inside;
+    for (auto part : parts) {
         host /= fs::path(std::string(part));
+        inside /= fs::path(std::string(part));
+    }
 
-    // Then for real: a symbolic link inside the root may point anywhere on the host.
-    auto realRoot = realLocation(hostRoot_);
-    auto real = realLocation(host);
+    // Then for real: a symbolic link inside the root may point anywhere on the host. The walk
+    // starts at the root's real location, found once: every file access passes here.
+    std::optional<fs::path> realRoot;
+    {
+        std::lock_guard lock(realRootMutex_);
+        if (!realRoot_) realRoot_ = realLocation(hostRoot_);
+        realRoot = realRoot_;
+    }
+    auto real = realRoot ? realLocation(inside, *realRoot) : std::nullopt;
     if (!realRoot || !real || !isWithin(*real, *realRoot)) return std::nullopt;
     return host;
 }

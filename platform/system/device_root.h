@@ -2,6 +2,8 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -45,8 +47,16 @@ class DeviceRoot {
     // Names in a folder, sorted; empty when it is not a readable folder.
     std::vector<std::string> contentsOfDirectory(std::string_view devicePath) const;
 
+    // Called with every device path asked for, before it is resolved; from any thread. Tools
+    // that must know what a run depended on (the resource check) watch through it.
+    using AccessObserver = std::function<void(std::string_view devicePath)>;
+    void setAccessObserver(AccessObserver observer) { observer_ = std::move(observer); }
+
   private:
     std::filesystem::path hostRoot_;
+    AccessObserver observer_;
+    mutable std::mutex realRootMutex_;
+    mutable std::optional<std::filesystem::path> realRoot_;
 };
 
 }  // namespace plat

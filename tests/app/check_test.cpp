@@ -1,0 +1,196 @@
+// `velto-settings check` on the shipped resources and on resources broken the ways the pages
+// cannot survive: each break must be found with the smallest device state that triggers it.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <fstream>
+#include <functional>
+#include <iterator>
+
+#include "app/check_run.h"
+#include "platform/foundation/plist.h"
+#include "tests/support/program_run.h"
+
+namespace apptest {
+namespace {
+
+namespace fs = std::filesystem;
+using velto::app::CheckOutcome;
+using velto::app::DeviceConfig;
+using velto::app::Finding;
+
+fs::path shippedResources() {
+    return fs::path(VELTO_SOURCE_DIR) / "resources";
+}
+
+// A copy of the shipped resources with one specifier list's items edited.
+class BrokenResources {
+  public:
+    BrokenResources() { fs::copy(shippedResources(), path(), fs::copy_options::recursive); }
+    fs::path path() const { return scratch_.path() / "resources"; }
+
+    void edit(const std::string& list, const std::function<void(plat::Value& items)>& change) {
+        const fs::path file = path() / (list + ".plist");
+        std::ifstream in(file, std::ios::binary);
+        plat::Value root = plat::propertyListFromData(
+            plat::Bytes(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()));
+        plat::Value items = root.objectForKey("items");
+        ASSERT_TRUE(items.isArray()) << list;
+        change(items);
+        root.setValueForKey("items", items);
+        auto bytes = plat::dataFromPropertyList(root, plat::PropertyListFormat::XML);
+        ASSERT_TRUE(bytes);
+        std::ofstream(file, std::ios::binary)
+            .write(reinterpret_cast<const char*>(bytes->data()),
+                   static_cast<std::streamsize>(bytes->size()));
+    }
+
+    // Removes the rows whose "id" or "label" is one of these.
+    void removeRows(const std::string& list, std::vector<std::string> names) {
+        edit(list, [&](plat::Value& items) {
+            plat::Value kept = plat::Value::array();
+            for (const plat::Value& item : *items.asArray()) {
+                const bool named =
+                    std::count(names.begin(), names.end(), item.objectForKey("id").str()) ||
+                    std::count(names.begin(), names.end(), item.objectForKey("label").str());
+                if (!named) kept.addObject(item);
+            }
+            items = kept;
+        });
+    }
+
+  private:
+    ScratchFolder scratch_;
+};
+
+// The part of the matrix a case needs: the whole matrix is `check`'s own job in CI.
+std::vector<DeviceConfig> devices(plat::DeviceFamily family, std::vector<unsigned> appSets,
+                                  const std::string& version = "13.0") {
+    std::vector<DeviceConfig> configs;
+    for (const DeviceConfig& config : velto::app::deviceMatrix())
+        if (config.family == family && config.systemVersion == version && config.faceTime &&
+            std::count(appSets.begin(), appSets.end(), config.apps))
+            configs.push_back(config);
+    return configs;
+}
+
+std::vector<Finding> errors(const CheckOutcome& outcome) {
+    std::vector<Finding> out;
+    for (const Finding& f : outcome.findings.all())
+        if (f.error()) out.push_back(f);
+    return out;
+}
+
+const Finding* find(const CheckOutcome& outcome, const std::string& kind,
+                    const std::string& resource, const std::string& step = "") {
+    for (const Finding& f : outcome.findings.all())
+        if (f.kind == kind && f.resource == resource && (step.empty() || f.step == step)) return &f;
+    return nullptr;
+}
+
+TEST(Check, ShippedResourcesRaiseNothing) {
+    const auto phone = velto::app::checkBundle(
+        shippedResources(), devices(plat::DeviceFamily::iPhone, {0, 15}, "12.4"));
+    const auto pad =
+        velto::app::checkBundle(shippedResources(), devices(plat::DeviceFamily::iPad, {0, 15}));
+    for (const auto* outcome : {&phone, &pad})
+        for (const Finding& f : errors(*outcome))
+            // Pages still to come are the static check's business; nothing may raise.
+            EXPECT_EQ(f.kind, "unknown-page-class") << f.resource << ": " << f.reason;
+    EXPECT_GT(phone.steps, 50u);
+}
+
+TEST(Check, EachBreakIsFoundWithTheSmallestStateThatTriggersIt) {
+    using velto::app::kBiteSMS;
+    using velto::app::kRecents;
+    BrokenResources broken;
+    // FaceTime cut to seven rows: with favourites off the page clears the rows from "Monogram
+    // Image" down twice, and the second time runs past the end.
+    broken.edit("FaceTimeiPhone", [](plat::Value& items) {
+        plat::Value kept = plat::Value::array();
+        for (std::size_t i = 0; i < 7; ++i)
+            kept.addObject((*items.asArray())[i]);
+        items = kept;
+    });
+    // A root list for iPad without "Recents": the row must exist when the app is installed.
+    broken.removeRows("VeltoiPad", {"Recents"});
+    // A Phone list of seven rows.
+    broken.edit("PhoneApp", [](plat::Value& items) {
+        plat::Value kept = plat::Value::array();
+        for (std::size_t i = 0; i < 7; ++i)
+            kept.addObject((*items.asArray())[i]);
+        items = kept;
+    });
+    // A switch whose setter nobody answers.
+    broken.edit("MailApp", [](plat::Value& items) {
+        for (plat::Value& item : *items.asArray())
+            if (item.objectForKey("cell").str() == "PSSwitchCell")
+                item.setValueForKey("set", std::string("mailAppNowhere:specifier:"));
+    });
+
+    const auto phone =
+        velto::app::checkBundle(broken.path(), devices(plat::DeviceFamily::iPhone, {0}));
+    const Finding* faceTime = find(phone, "range-error", "FaceTimeiPhone");
+    ASSERT_NE(faceTime, nullptr);
+    EXPECT_EQ(faceTime->page, "FaceTimeAppSettingsController");
+    EXPECT_EQ(faceTime->state,
+              "iPhone, iOS 13.0, FaceTime, no optional apps; VeltoEnabled=YES, "
+              "VeltoEnabledFacetime=YES");
+    const Finding* phoneList = find(phone, "range-error", "PhoneApp");
+    ASSERT_NE(phoneList, nullptr);
+    EXPECT_EQ(phoneList->page, "PhoneAppSettingsController");
+    const Finding* setter = find(phone, "missing-setter", "MailApp");
+    ASSERT_NE(setter, nullptr);
+    EXPECT_NE(setter->reason.find("mailAppNowhere:specifier:"), std::string::npos);
+    EXPECT_NE(find(phone, "unrecognized-selector", "MailApp"), nullptr);
+
+    const auto pad = velto::app::checkBundle(
+        broken.path(), devices(plat::DeviceFamily::iPad, {0, kRecents, kRecents | kBiteSMS}));
+    const Finding* recents = find(pad, "range-error", "VeltoiPad", "open");
+    ASSERT_NE(recents, nullptr);
+    // Recents alone is the smallest device that shows it; the other two do not raise.
+    EXPECT_NE(recents->state.find("iPad, iOS 13.0, FaceTime, recents;"), std::string::npos)
+        << recents->state;
+}
+
+TEST(Check, AShortRootListRunsPastItsEndOnAFallbackIndex) {
+    BrokenResources broken;
+    // The root list cut before the biteSMS row: its fallback index lies past the end.
+    broken.edit("Velto", [](plat::Value& items) {
+        plat::Value kept = plat::Value::array();
+        for (std::size_t i = 0; i < 12 && i < items.asArray()->size(); ++i)
+            kept.addObject((*items.asArray())[i]);
+        items = kept;
+    });
+    const auto outcome =
+        velto::app::checkBundle(broken.path(), devices(plat::DeviceFamily::iPhone, {0}));
+    const Finding* root = find(outcome, "range-error", "Velto", "open");
+    ASSERT_NE(root, nullptr);
+    EXPECT_EQ(root->page, "VeltoSettingsController");
+    EXPECT_EQ(root->state, "iPhone, iOS 13.0, FaceTime, no optional apps; nothing stored");
+}
+
+TEST(CheckCli, ExitStatusJsonFindingsAndBadArguments) {
+    BrokenResources broken;
+    broken.removeRows("VeltoiPad", {"Recents"});
+    const auto found = runProgram({"check", "--resources", broken.path().string(), "--json",
+                                   "--family", "ipad", "--system-version", "12.4"});
+    EXPECT_EQ(found.status, 1) << found.err;
+    const auto lines = found.outLines();
+    ASSERT_FALSE(lines.empty());
+    EXPECT_EQ(lines.back()["type"], "summary");
+    EXPECT_EQ(lines.back()["devices"], 32);
+    bool recents = false;
+    for (const auto& line : lines)
+        recents |= line["type"] == "finding" && line["resource"] == "VeltoiPad" &&
+                   line["kind"] == "range-error";
+    EXPECT_TRUE(recents) << found.out;
+
+    EXPECT_EQ(runProgram({"check", "--resources", "/nonexistent"}).status, 2);
+    EXPECT_EQ(runProgram({"check", "--family", "watch"}).status, 2);
+    EXPECT_EQ(runProgram({"check", "--device", "/tmp", "show"}).status, 2);
+}
+
+}  // namespace
+}  // namespace apptest
