@@ -97,7 +97,11 @@ TEST_F(MessagesSettingsStoreTest, FailedWritesLoseTheUpdateButNotTheReload) {
     // A file that cannot be written: the path and the dictionary are logged, the page goes on.
     auto opened = openPage();
     auto& root = device.process().root();
-    ASSERT_TRUE(root.removeItem(kMainFile) && root.createDirectory(kMainFile, false));
+    // A folder where the file belongs would be moved aside; a file where its folder belongs
+    // leaves nowhere to write.
+    const std::string folder = "/var/mobile/Library/Preferences";
+    const plat::Bytes blocker{'x'};
+    ASSERT_TRUE(root.removeItem(folder) && root.writeFile(folder, blocker, true));
     opened->updateSettingsDict(Value::boolean(true), "VeltoEnabledMessages");
     const Value expected =
         bools({{"VeltoEnabled", false}, {"PhoneAppEnabled", true}, {"VeltoEnabledMessages", true}});
@@ -106,8 +110,7 @@ TEST_F(MessagesSettingsStoreTest, FailedWritesLoseTheUpdateButNotTheReload) {
               std::vector<std::string>{"com.norvale.Velto: Error => Unable to save settings to " +
                                        std::string(kMainFile) +
                                        " and settings: " + expected.description()});
-    bool isFolder = false;
-    EXPECT_TRUE(root.fileExists(kMainFile, &isFolder) && isFolder);
+    EXPECT_EQ(root.readFile(folder), blocker);
 }
 
 TEST_F(MessagesSettingsStoreTest, RowsWithoutDefaultsGoToThePagesOwnFileOnly) {
