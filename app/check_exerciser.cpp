@@ -118,9 +118,13 @@ void Exerciser::run(const DeviceConfig& config, const std::filesystem::path& dev
         return;
     }
     runner_ = std::make_unique<StepRunner>(*session_, *silent_);
-    recorder_ = std::make_unique<ReadRecorder>(session_->process().root(),
-                                               std::set<std::string>{kPreferences},
-                                               device::kInstalledBundle, facts_.imagesAsked);
+    // The files that carry the device facts are read as facts; the matrix never changes
+    // anything else in them.
+    recorder_ = std::make_unique<ReadRecorder>(
+        session_->process(),
+        std::set<std::string>{kPreferences, "/DeviceProfile.plist",
+                              "/System/Library/CoreServices/SystemVersion.plist"},
+        device::kInstalledBundle, facts_.imagesAsked);
 
     const PageRecord& root = exercisePage(std::nullopt);
     rootKeys_ = root.keys;

@@ -8,7 +8,8 @@
 
 namespace plat {
 class DeviceRoot;
-}
+class Process;
+}  // namespace plat
 
 namespace velto::app {
 
@@ -19,10 +20,12 @@ using ReadSnapshot = std::map<std::string, std::string>;
 
 class ReadRecorder {
   public:
-    // Watches the root (the process's own, which the bundle reads through). Paths under the
-    // excluded prefixes are the check's own inputs (the stored states) and are not recorded.
+    // Watches the process's root, which the bundle reads through, and the device facts it asks
+    // for; a fact is recorded as the fact, not as the file that carries it, so a page that
+    // asks only for the family runs once per family. Paths under the excluded prefixes are
+    // the check's own inputs (the stored states, the files of the facts) and are not recorded.
     // Every .png path asked for under `imageFolder` goes into `images`, recording or not.
-    ReadRecorder(plat::DeviceRoot& root, std::set<std::string> excludedPrefixes,
+    ReadRecorder(plat::Process& process, std::set<std::string> excludedPrefixes,
                  std::string imageFolder, std::set<std::string>& images);
     ~ReadRecorder();
     ReadRecorder(const ReadRecorder&) = delete;
@@ -38,8 +41,10 @@ class ReadRecorder {
 
   private:
     void observe(std::string_view devicePath);
-    std::string fingerprint(const std::string& devicePath) const;
+    void record(std::string key);
+    std::string fingerprint(const std::string& key) const;
 
+    plat::Process& process_;
     plat::DeviceRoot& root_;
     std::set<std::string> excluded_;
     std::string imageFolder_;

@@ -46,7 +46,7 @@ Session::~Session() {
 }
 
 plat::Size Session::contentSize() const {
-    switch (process_->deviceFacts().family) {
+    switch (process_->deviceFamily()) {
         case plat::DeviceFamily::iPad:
             return {768, 1024};
         case plat::DeviceFamily::iPod:

@@ -19,8 +19,8 @@ namespace velto {
 
 namespace {
 
-plat::DeviceFacts facts() {
-    return plat::Process::current().deviceFacts();
+const plat::Process& process() {
+    return plat::Process::current();
 }
 
 // The product colour, used when the bundle's "nav" image cannot be read. It is the colour the
@@ -46,19 +46,19 @@ std::string timestamp() {
 }  // namespace
 
 bool VeltoUtils::isIPadOrIPod() {
-    return facts().family != plat::DeviceFamily::iPhone;
+    return process().deviceFamily() != plat::DeviceFamily::iPhone;
 }
 bool VeltoUtils::isIPad() {
-    return facts().family == plat::DeviceFamily::iPad;
+    return process().deviceFamily() == plat::DeviceFamily::iPad;
 }
 bool VeltoUtils::isFaceTimeAvailable() {
-    return facts().faceTime;
+    return process().hasFaceTime();
 }
 bool VeltoUtils::isIOS11() {
-    return facts().systemVersionAtLeast(11);
+    return process().systemVersionAtLeast(11);
 }
 bool VeltoUtils::isIOS13() {
-    return facts().systemVersionAtLeast(13);
+    return process().systemVersionAtLeast(13);
 }
 
 bool VeltoUtils::isRingLedgerInstalled() {

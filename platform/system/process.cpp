@@ -60,4 +60,29 @@ ProcessScope::~ProcessScope() {
     currentProcess.store(previous_);
 }
 
+DeviceFacts Process::deviceFacts() const {
+    if (factObserver_) factObserver_("all");
+    return DeviceFacts::read(root_);
+}
+
+DeviceFamily Process::deviceFamily() const {
+    if (factObserver_) factObserver_("family");
+    return DeviceFacts::read(root_).family;
+}
+
+bool Process::systemVersionAtLeast(int major, int minor) const {
+    if (factObserver_) factObserver_("systemVersion");
+    return DeviceFacts::read(root_).systemVersionAtLeast(major, minor);
+}
+
+bool Process::hasFaceTime() const {
+    if (factObserver_) factObserver_("faceTime");
+    return DeviceFacts::read(root_).faceTime;
+}
+
+double Process::screenScale() const {
+    if (factObserver_) factObserver_("screenScale");
+    return DeviceFacts::read(root_).screenScale;
+}
+
 }  // namespace plat

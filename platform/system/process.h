@@ -87,7 +87,18 @@ class Process {
     Shell& shell() { return shell_; }
     ProcessSlots& slots() { return slots_; }
     // Read afresh from the device root on every call.
-    DeviceFacts deviceFacts() const { return DeviceFacts::read(root_); }
+    DeviceFacts deviceFacts() const;
+    // One fact at a time, read afresh as well. Code that needs one fact asks for that one, so
+    // that a tool watching what a run depends on (the resource check) learns which it used.
+    DeviceFamily deviceFamily() const;
+    bool systemVersionAtLeast(int major, int minor = 0) const;
+    bool hasFaceTime() const;
+    double screenScale() const;
+
+    // Told the name of every fact asked for ("family", "systemVersion", "faceTime",
+    // "screenScale"; "all" for deviceFacts()), from any thread.
+    using FactObserver = std::function<void(const char* fact)>;
+    void setFactObserver(FactObserver observer) { factObserver_ = std::move(observer); }
 
   private:
     Options options_;
@@ -99,6 +110,7 @@ class Process {
     MessageCenters messageCenters_;
     Shell shell_;
     ProcessSlots slots_;
+    FactObserver factObserver_;
     DarwinNotifyCenter darwin_;  // last: its delivery thread stops first
 };
 

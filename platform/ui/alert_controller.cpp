@@ -25,7 +25,7 @@ bool AlertController::presentsAsPopover() const {
     if (preferredStyle_ != UIAlertControllerStyleActionSheet) return false;
     if (!popoverPresentationController().hasAnchor()) return false;
     Process* process = Process::tryCurrent();
-    return process && process->deviceFacts().family == DeviceFamily::iPad;
+    return process && process->deviceFamily() == DeviceFamily::iPad;
 }
 
 bool AlertController::tapAction(const std::string& title) {

@@ -232,7 +232,7 @@ std::shared_ptr<Image> Image::imageNamed(const std::string& name, const Bundle& 
     if (lastComponent.find('.') != std::string::npos) {
         candidates.push_back(name);
     } else {
-        const int screen = static_cast<int>(std::lround(process->deviceFacts().screenScale));
+        const int screen = static_cast<int>(std::lround(process->screenScale()));
         auto scaled = [&](int s) { return name + "@" + std::to_string(s) + "x.png"; };
         if (screen >= 2) {
             candidates.push_back(scaled(screen));

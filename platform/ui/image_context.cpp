@@ -40,7 +40,7 @@ BitmapContext* currentContext() {
 
 double mainScreenScale() {
     Process* process = Process::tryCurrent();
-    return process ? process->deviceFacts().screenScale : 1.0;
+    return process ? process->screenScale() : 1.0;
 }
 
 // A new transparent picture of the given pixel size, with `paint` drawing into it in pixels.
