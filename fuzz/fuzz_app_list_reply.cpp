@@ -12,14 +12,22 @@
 
 namespace {
 
+// The empty device's folder, gone when the run ends.
+struct ScratchDevice {
+    std::filesystem::path path =
+        std::filesystem::temp_directory_path() / ("velto-fuzz-apps-" + std::to_string(::getpid()));
+    ScratchDevice() { std::filesystem::create_directories(path); }
+    ~ScratchDevice() {
+        std::error_code ec;
+        std::filesystem::remove_all(path, ec);
+    }
+};
+
 // One process on an empty device for the whole run.
 plat::Process& process() {
-    static const std::filesystem::path folder = [] {
-        auto path = std::filesystem::temp_directory_path() /
-                    ("velto-fuzz-apps-" + std::to_string(::getpid()));
-        std::filesystem::create_directories(path);
-        return path;
-    }();
+    // Made before the process, so destroyed after it.
+    static const ScratchDevice device;
+    const std::filesystem::path& folder = device.path;
     static plat::Process process(folder, plat::Process::Options{"Preferences", false});
     static plat::ProcessScope scope(process);
     return process;
