@@ -165,6 +165,48 @@ Value::Value(const char* s) : Value(Type::String, std::string(s ? s : "")) {
     if (!s) *this = Value();
 }
 Value::Value(std::string s) : Value(Type::String, std::move(s)) {}
+
+void Value::unlinkChildren(Value& value, std::vector<Value>& pending) {
+    Storage& storage = value.storage_;
+    auto take = [&pending](Value& child) {
+        if (child.isArray() || child.isDictionary()) pending.push_back(std::move(child));
+    };
+    if (auto* a = std::get_if<std::shared_ptr<Array>>(&storage)) {
+        if (*a && a->use_count() == 1)
+            for (Value& child : **a)
+                take(child);
+    } else if (auto* d = std::get_if<std::shared_ptr<Dictionary>>(&storage)) {
+        if (*d && d->use_count() == 1)
+            for (auto& entry : **d)
+                take(entry.second);
+    }
+}
+
+Value::~Value() {
+    if (type_ != Type::Array && type_ != Type::Dictionary) return;
+    std::vector<Value> pending;
+    unlinkChildren(*this, pending);
+    while (!pending.empty()) {
+        Value last = std::move(pending.back());
+        pending.pop_back();
+        unlinkChildren(last, pending);
+    }  // each `last` now ends without containers below it
+}
+
+Value& Value::operator=(const Value& other) {
+    Value copy(other);
+    return *this = std::move(copy);
+}
+
+Value& Value::operator=(Value&& other) noexcept {
+    if (this == &other) return *this;
+    // The old contents go through the destructor above, not through the variant's assignment.
+    Value old(std::move(*this));
+    type_ = other.type_;
+    storage_ = std::move(other.storage_);
+    mutableFlavour_ = other.mutableFlavour_;
+    return *this;
+}
 Value::Value(ObjectPtr object) {
     if (object) {
         type_ = Type::Object;
@@ -406,35 +448,59 @@ Value Value::deepCopy() const {
 }
 
 namespace {
-bool isPlist(const Value& v, std::set<const void*>& active) {
-    switch (v.type()) {
-        case Value::Type::Nil:
-        case Value::Type::Null:
-        case Value::Type::Object:
-            return false;
-        case Value::Type::Array: {
-            if (!active.insert(v.asArray()).second) return false;
-            for (const Value& item : *v.asArray())
-                if (!isPlist(item, active)) return false;
-            active.erase(v.asArray());
-            return true;
-        }
-        case Value::Type::Dictionary: {
-            if (!active.insert(v.asDictionary()).second) return false;
-            for (const auto& entry : *v.asDictionary())
-                if (!isPlist(entry.second, active)) return false;
-            active.erase(v.asDictionary());
-            return true;
-        }
-        default:
-            return true;
+// One container being walked by isPropertyList; a worklist instead of recursion, since files
+// may nest deeper than the stack would allow.
+struct PlistFrame {
+    const void* id;
+    const Array* array = nullptr;
+    std::size_t index = 0;
+    const Dictionary* dictionary = nullptr;
+    Dictionary::const_iterator entry{};
+
+    const Value* next() {
+        if (array) return index < array->size() ? &(*array)[index++] : nullptr;
+        if (entry == dictionary->end()) return nullptr;
+        return &(entry++)->second;
     }
-}
+};
 }  // namespace
 
 bool Value::isPropertyList() const {
-    std::set<const void*> active;
-    return isPlist(*this, active);
+    std::set<const void*> active;  // containers on the current path: a cycle is no plist
+    std::vector<PlistFrame> stack;
+    auto enter = [&](const Value& v) {
+        switch (v.type()) {
+            case Type::Nil:
+            case Type::Null:
+            case Type::Object:
+                return false;
+            case Type::Array:
+                if (!v.asArray()) return true;
+                if (!active.insert(v.asArray()).second) return false;
+                stack.push_back(PlistFrame{v.asArray(), v.asArray()});
+                return true;
+            case Type::Dictionary: {
+                const Dictionary* d = v.asDictionary();
+                if (!d) return true;
+                if (!active.insert(d).second) return false;
+                stack.push_back(PlistFrame{d, nullptr, 0, d, d->begin()});
+                return true;
+            }
+            default:
+                return true;
+        }
+    };
+    if (!enter(*this)) return false;
+    while (!stack.empty()) {
+        const Value* child = stack.back().next();
+        if (!child) {
+            active.erase(stack.back().id);
+            stack.pop_back();
+        } else if (!enter(*child)) {
+            return false;
+        }
+    }
+    return true;
 }
 
 bool operator==(const Value& a, const Value& b) {

@@ -60,6 +60,14 @@ class Value {
 
     Value() = default;  // nil
     Value(std::nullptr_t) {}
+    // A property list read from a file may nest tens of thousands of levels; releasing it must
+    // not take a stack frame per level, so the last owner of a container unlinks its children
+    // into a worklist instead of letting the destructors recurse.
+    ~Value();
+    Value(const Value&) = default;
+    Value(Value&&) noexcept = default;
+    Value& operator=(const Value& other);
+    Value& operator=(Value&& other) noexcept;
     Value(const char* s);     // NSString
     Value(std::string s);     // NSString
     Value(ObjectPtr object);  // the object, or nil for a null pointer
@@ -166,6 +174,8 @@ class Value {
                      std::shared_ptr<const Bytes>, Date, std::shared_ptr<Array>,
                      std::shared_ptr<Dictionary>, Uid, ObjectPtr>;
     Value(Type type, Storage storage) : type_(type), storage_(std::move(storage)) {}
+    // Moves the children that hold containers out of a container this Value alone owns.
+    static void unlinkChildren(Value& value, std::vector<Value>& pending);
 
     Type type_ = Type::Nil;
     Storage storage_;
