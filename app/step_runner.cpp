@@ -1,6 +1,7 @@
 #include "app/step_runner.h"
 
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 
@@ -60,10 +61,27 @@ std::shared_ptr<plat::ImagePickerController> requirePicker(const plat::ListContr
     return picker;
 }
 
+// A picture from the user's machine: a regular file of at most the size a phone's photo
+// library would hand over. `pick /dev/zero` or a FIFO must fail the step, not fill memory or
+// wait for ever.
 plat::Bytes readHostFile(const std::string& file) {
+    constexpr std::uintmax_t kPictureLimit = std::uintmax_t{64} << 20;
+    std::error_code error;
+    const auto status = std::filesystem::status(file, error);
+    if (error || !std::filesystem::exists(status)) throw StepError("cannot read " + file);
+    if (!std::filesystem::is_regular_file(status)) throw StepError(file + " is not a regular file");
+    if (std::filesystem::file_size(file, error) > kPictureLimit || error)
+        throw StepError(file + " is larger than 64 MB");
     std::ifstream in(file, std::ios::binary);
     if (!in) throw StepError("cannot read " + file);
-    return plat::Bytes(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+    plat::Bytes bytes;
+    char buffer[65536];
+    while (in.read(buffer, sizeof buffer) || in.gcount() > 0) {
+        bytes.insert(bytes.end(), buffer, buffer + in.gcount());
+        // A file that grows while we read stops here too.
+        if (bytes.size() > kPictureLimit) throw StepError(file + " is larger than 64 MB");
+    }
+    return bytes;
 }
 
 }  // namespace

@@ -153,6 +153,22 @@ TEST_F(BadInputCli, NonRegularAndHugeFilesReadAsMissingWithoutHanging) {
     EXPECT_EQ(asideFiles(settings()).size(), 1u);
 }
 
+TEST_F(BadInputCli, PicturesThatAreNotRegularFilesOrTooLargeFailTheStepAndWriteNothing) {
+    const fs::path fifo = scratch_ / "photo.fifo";
+    ASSERT_EQ(::mkfifo(fifo.c_str(), 0644), 0);
+    const fs::path huge = scratch_ / "huge.png";
+    { std::ofstream(huge, std::ios::binary) << "\x89PNG"; }
+    fs::resize_file(huge, (std::uintmax_t{64} << 20) + 1);
+    for (const std::string& source : {std::string("/dev/zero"), fifo.string(), huge.string()}) {
+        const auto result =
+            runProgram({"--device", device_, "--json", "toggle VeltoEnabled on", "open Mail",
+                        "toggle MailEnabled on", "tap ChooseAvatar", "pick " + source});
+        EXPECT_EQ(result.status, 2) << source << result.err;
+        EXPECT_NE(result.err.find("\"step\":\"pick " + source), std::string::npos) << result.err;
+        EXPECT_FALSE(fs::exists(fs::path(device_) / "var/mobile/Library/Mail/Velto")) << source;
+    }
+}
+
 TEST_F(BadInputCli, ArgumentsThatAreNotUtf8GiveAJsonErrorAndNoAbort) {
     const std::vector<std::vector<std::string>> runs = {
         {"--json", "--device", device_, "defaults", "read", "com.\xff"},
