@@ -37,6 +37,11 @@ void collect(const plat::DeviceRoot& root, const std::string& folder, bool syste
     }
 }
 
+// The largest icon an app shows on a phone's home screen: 60 points at 3x.
+constexpr int kIconPixels = 180;
+// Icon files bigger than this are not decoded at all (4096 x 4096 pixels).
+constexpr long long kIconDecodeBudget = 1LL << 24;
+
 // "@2x" or "@3x" in a file name gives the scale; none means 1.
 double scaleOf(const std::string& fileName) {
     for (int scale : {2, 3})
@@ -62,15 +67,28 @@ const InstalledApp* findInstalledApp(const std::vector<InstalledApp>& apps,
 }
 
 plat::ImagePtr largestIcon(const plat::DeviceRoot& root, const InstalledApp& app) {
-    plat::ImagePtr best;
+    // Chosen by the sizes the headers declare, so that only one picture is decoded; a picture
+    // past the decoder's pixel budget is passed over.
+    std::optional<plat::Bytes> bestBytes;
+    std::string bestName;
+    int bestWidth = 0;
     for (const std::string& name : root.contentsOfDirectory(app.folder)) {
         if (!startsWith(name, "AppIcon") || !endsWith(name, ".png")) continue;
-        const auto bytes = root.readFile(app.folder + "/" + name);
+        auto bytes = root.readFile(app.folder + "/" + name);
         if (!bytes) continue;
-        auto image = plat::Image::imageWithData(*bytes, scaleOf(name));
-        if (image && (!best || image->pixelWidth() > best->pixelWidth())) best = image;
+        const auto size = plat::pngPixelSize(*bytes);
+        if (!size || size->first <= bestWidth ||
+            static_cast<long long>(size->first) * size->second > kIconDecodeBudget)
+            continue;
+        bestWidth = size->first;
+        bestBytes = std::move(bytes);
+        bestName = name;
     }
-    return best;
+    if (!bestBytes) return nullptr;
+    // Whatever the app ships, Settings gets an icon no larger than a home-screen icon: an app
+    // with a poster-sized icon must not cost every root-page show a poster's memory.
+    return plat::imageScaledToFit(plat::Image::imageWithData(*bestBytes, scaleOf(bestName)),
+                                  kIconPixels);
 }
 
 }  // namespace velto::device

@@ -323,19 +323,6 @@ Known knownClass(const std::string& name) {
     return it == classes.end() ? Known::None : it->second;
 }
 
-// Width and height from a PNG's header, so that a tiny file cannot make us allocate a huge
-// canvas; nullopt when the bytes are not a PNG.
-std::optional<std::pair<std::uint32_t, std::uint32_t>> pngSize(const Bytes& png) {
-    static const std::uint8_t kSignature[8] = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'};
-    if (png.size() < 24 || !std::equal(kSignature, kSignature + 8, png.begin())) return {};
-    if (png[12] != 'I' || png[13] != 'H' || png[14] != 'D' || png[15] != 'R') return {};
-    auto be32 = [&](std::size_t at) {
-        return std::uint32_t{png[at]} << 24 | std::uint32_t{png[at + 1]} << 16 |
-               std::uint32_t{png[at + 2]} << 8 | std::uint32_t{png[at + 3]};
-    };
-    return std::make_pair(be32(16), be32(20));
-}
-
 // "r g b [a]" text of NSRGB/NSWhite (NUL-terminated or not).
 std::optional<std::vector<double>> parseComponents(const Value& v) {
     const Bytes* bytes = v.asData();
@@ -540,14 +527,16 @@ class Unarchiver {
             scale = storedScale.doubleValue();
             if (!std::isfinite(scale) || scale <= 0 || scale > 16) return fail();
         }
-        const auto size = pngSize(*png.asData());
-        if (!size || size->first == 0 || size->second == 0 || size->first > kMaxImageSide ||
-            size->second > kMaxImageSide)
+        const auto size = pngPixelSize(*png.asData());
+        if (!size || size->first <= 0 || size->second <= 0 ||
+            static_cast<std::uint32_t>(size->first) > kMaxImageSide ||
+            static_cast<std::uint32_t>(size->second) > kMaxImageSide)
             return fail();
-        const std::uint64_t pixels = std::uint64_t{size->first} * size->second;
+        const std::uint64_t pixels =
+            static_cast<std::uint64_t>(size->first) * static_cast<std::uint64_t>(size->second);
         if (pixels > kMaxArchivePixels - pixels_) return fail();
         pixels_ += pixels;
-        ImagePtr image = Image::imageWithData(*png.asData(), scale);
+        ImagePtr image = Image::imageWithPngDeferred(*png.asData(), scale);
         if (!image) return fail();
         return Value(image);
     }

@@ -23,9 +23,15 @@ namespace {
 // cairo refuses image surfaces larger than this each way; checking first keeps a hostile
 // header from asking for gigabytes.
 constexpr int kMaxSide = 32767;
-// libjpeg fills in missing data rather than failing, so a forged header alone could make us
-// allocate and decode gigabytes; no picture the device takes comes near this many pixels.
-constexpr long long kMaxJpegPixels = 1LL << 26;
+// One pixel budget for every decoder: a forged header alone could otherwise make us allocate
+// and decode gigabytes (libjpeg even fills in missing data rather than failing). No picture a
+// phone takes comes near this many pixels.
+constexpr long long kMaxPixels = 1LL << 26;
+
+bool withinBudget(long long width, long long height) {
+    return width > 0 && height > 0 && width <= kMaxSide && height <= kMaxSide &&
+           width * height <= kMaxPixels;
+}
 
 bool startsWith(const Bytes& bytes, std::initializer_list<std::uint8_t> magic) {
     if (bytes.size() < magic.size()) return false;
@@ -52,6 +58,8 @@ cairo_status_t appendToBytes(void* closure, const unsigned char* data, unsigned 
 }
 
 cairo_surface_t* decodePng(const Bytes& bytes) {
+    const auto size = pngPixelSize(bytes);
+    if (!size || !withinBudget(size->first, size->second)) return nullptr;
     ReadCursor cursor{&bytes, 0};
     cairo_surface_t* surface = cairo_image_surface_create_from_png_stream(readFromCursor, &cursor);
     if (cairo_surface_status(surface) != CAIRO_STATUS_SUCCESS) {
@@ -112,8 +120,7 @@ cairo_surface_t* decodeJpeg(const Bytes& bytes) {
 
     const int width = static_cast<int>(info.output_width);
     const int height = static_cast<int>(info.output_height);
-    if (width <= 0 || height <= 0 || width > kMaxSide || height > kMaxSide ||
-        static_cast<long long>(width) * height > kMaxJpegPixels) {
+    if (!withinBudget(width, height)) {
         jpeg_destroy_decompress(&info);
         return nullptr;
     }
@@ -174,7 +181,7 @@ std::string formatNumber(double d) {
 }  // namespace
 
 Image::~Image() {
-    cairo_surface_destroy(surface_);
+    if (surface_) cairo_surface_destroy(surface_);
 }
 
 std::shared_ptr<Image> Image::blank(int pixelWidth, int pixelHeight, double scale) {
@@ -184,16 +191,17 @@ std::shared_ptr<Image> Image::blank(int pixelWidth, int pixelHeight, double scal
     return adopt(surface, scale);
 }
 
-std::shared_ptr<Image> Image::adopt(cairo_surface_t* surface, double scale) {
+namespace {
+// Decoders hand back RGB24 for pictures without alpha; everything here reads ARGB32. Takes
+// the surface; nullptr when it is not a usable image surface.
+cairo_surface_t* asArgb32(cairo_surface_t* surface) {
     if (!surface) return nullptr;
     if (cairo_surface_status(surface) != CAIRO_STATUS_SUCCESS ||
         cairo_surface_get_type(surface) != CAIRO_SURFACE_TYPE_IMAGE) {
         cairo_surface_destroy(surface);
         return nullptr;
     }
-    if (scale <= 0 || !std::isfinite(scale)) scale = 1;
     if (cairo_image_surface_get_format(surface) != CAIRO_FORMAT_ARGB32) {
-        // Decoders hand back RGB24 for pictures without alpha; everything here reads ARGB32.
         cairo_surface_t* argb = argb32Copy(surface);
         cairo_surface_destroy(surface);
         if (cairo_surface_status(argb) != CAIRO_STATUS_SUCCESS) {
@@ -203,7 +211,83 @@ std::shared_ptr<Image> Image::adopt(cairo_surface_t* surface, double scale) {
         surface = argb;
     }
     cairo_surface_flush(surface);
-    return std::shared_ptr<Image>(new Image(surface, scale));
+    return surface;
+}
+
+double usableScale(double scale) {
+    return scale <= 0 || !std::isfinite(scale) ? 1 : scale;
+}
+}  // namespace
+
+Image::Image(cairo_surface_t* surface, double scale)
+    : surface_(surface),
+      width_(cairo_image_surface_get_width(surface)),
+      height_(cairo_image_surface_get_height(surface)),
+      scale_(scale) {
+    std::call_once(decoded_, [] {});
+}
+
+Image::Image(Bytes png, int width, int height, double scale)
+    : pendingPng_(std::move(png)), width_(width), height_(height), scale_(scale) {}
+
+cairo_surface_t* Image::surface() const {
+    std::call_once(decoded_, [this] {
+        surface_ = asArgb32(decodePng(pendingPng_));
+        const bool sizeAsDeclared = surface_ && cairo_image_surface_get_width(surface_) == width_ &&
+                                    cairo_image_surface_get_height(surface_) == height_;
+        if (!sizeAsDeclared) {
+            if (surface_) cairo_surface_destroy(surface_);
+            surface_ = cairo_image_surface_create(CAIRO_FORMAT_ARGB32, width_, height_);
+        }
+        Bytes().swap(pendingPng_);
+    });
+    return surface_;
+}
+
+std::shared_ptr<Image> Image::adopt(cairo_surface_t* surface, double scale) {
+    surface = asArgb32(surface);
+    if (!surface) return nullptr;
+    return std::shared_ptr<Image>(new Image(surface, usableScale(scale)));
+}
+
+std::shared_ptr<Image> Image::imageWithPngDeferred(Bytes png, double scale) {
+    const auto size = pngPixelSize(png);
+    if (!size || !withinBudget(size->first, size->second)) return nullptr;
+    return std::shared_ptr<Image>(
+        new Image(std::move(png), size->first, size->second, usableScale(scale)));
+}
+
+std::optional<std::pair<int, int>> pngPixelSize(const Bytes& bytes) {
+    // The signature, then the IHDR chunk: length, type, width and height big-endian.
+    if (bytes.size() < 24 || !startsWith(bytes, {0x89, 'P', 'N', 'G', '\r', '\n', 0x1a, '\n'}) ||
+        std::memcmp(bytes.data() + 12, "IHDR", 4) != 0)
+        return std::nullopt;
+    auto word = [&](std::size_t at) {
+        return (std::uint32_t{bytes[at]} << 24) | (std::uint32_t{bytes[at + 1]} << 16) |
+               (std::uint32_t{bytes[at + 2]} << 8) | std::uint32_t{bytes[at + 3]};
+    };
+    const std::uint32_t width = word(16), height = word(20);
+    if (width > 0x7fffffffu || height > 0x7fffffffu) return std::nullopt;
+    return std::pair<int, int>(static_cast<int>(width), static_cast<int>(height));
+}
+
+ImagePtr imageScaledToFit(const ImagePtr& image, int maxPixelSide) {
+    if (!image || maxPixelSide <= 0) return image;
+    const int width = image->pixelWidth(), height = image->pixelHeight();
+    const int longest = std::max(width, height);
+    if (longest <= maxPixelSide) return image;
+    const double factor = static_cast<double>(maxPixelSide) / longest;
+    const int newWidth = std::max(1, static_cast<int>(std::lround(width * factor)));
+    const int newHeight = std::max(1, static_cast<int>(std::lround(height * factor)));
+    cairo_surface_t* surface = cairo_image_surface_create(CAIRO_FORMAT_ARGB32, newWidth, newHeight);
+    cairo_t* cr = cairo_create(surface);
+    cairo_scale(cr, static_cast<double>(newWidth) / width, static_cast<double>(newHeight) / height);
+    cairo_set_source_surface(cr, image->surface(), 0, 0);
+    cairo_pattern_set_filter(cairo_get_source(cr), CAIRO_FILTER_GOOD);
+    cairo_set_operator(cr, CAIRO_OPERATOR_SOURCE);
+    cairo_paint(cr);
+    cairo_destroy(cr);
+    return Image::adopt(surface, image->scale());
 }
 
 std::shared_ptr<Image> Image::imageWithData(const Bytes& bytes, double scale) {
@@ -254,22 +338,16 @@ std::shared_ptr<Image> Image::imageNamed(const std::string& name, const Bundle& 
     return nullptr;
 }
 
-int Image::pixelWidth() const {
-    return cairo_image_surface_get_width(surface_);
-}
-int Image::pixelHeight() const {
-    return cairo_image_surface_get_height(surface_);
-}
-
 Size Image::size() const {
     return {pixelWidth() / scale_, pixelHeight() / scale_};
 }
 
 std::uint32_t Image::pixel(int x, int y) const {
     if (x < 0 || y < 0 || x >= pixelWidth() || y >= pixelHeight()) return 0;
-    cairo_surface_flush(surface_);
+    cairo_surface_t* pixels = surface();
+    cairo_surface_flush(pixels);
     const unsigned char* row =
-        cairo_image_surface_get_data(surface_) + y * cairo_image_surface_get_stride(surface_);
+        cairo_image_surface_get_data(pixels) + y * cairo_image_surface_get_stride(pixels);
     std::uint32_t word;
     std::memcpy(&word, row + x * 4, sizeof word);
     return word;

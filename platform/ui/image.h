@@ -2,7 +2,10 @@
 
 #include <cstdint>
 #include <memory>
+#include <mutex>
+#include <optional>
 #include <string>
+#include <utility>
 
 #include "platform/foundation/geometry.h"
 #include "platform/foundation/object.h"
@@ -27,6 +30,11 @@ class Image : public Object {
 
     // imageWithData: from PNG or JPEG bytes; nullptr when they do not decode.
     static std::shared_ptr<Image> imageWithData(const Bytes& bytes, double scale = 1);
+    // A PNG whose header has been checked against the pixel budget but whose pixels are decoded
+    // only when first drawn or read, as UIImage does: a reply carrying hundreds of icons costs
+    // its parse, not hundreds of decodes. nullptr when the header is not a PNG's or is over the
+    // budget; a body that later fails to decode draws as a transparent image of the declared size.
+    static std::shared_ptr<Image> imageWithPngDeferred(Bytes png, double scale);
     // imageWithContentsOfFile: a device path; the scale comes from an "@2x"/"@3x" name.
     static std::shared_ptr<Image> imageWithContentsOfFile(const std::string& devicePath);
     // imageNamed:inBundle:compatibleWithTraitCollection: — "<name>@<s>x.png" for the screen
@@ -34,22 +42,29 @@ class Image : public Object {
     // taken as it stands. nullptr when none exists.
     static std::shared_ptr<Image> imageNamed(const std::string& name, const Bundle& bundle);
 
-    int pixelWidth() const;
-    int pixelHeight() const;
+    int pixelWidth() const { return width_; }
+    int pixelHeight() const { return height_; }
     double scale() const { return scale_; }
     // The size in points (pixels / scale).
     Size size() const;
     // The premultiplied ARGB word at a pixel; 0 outside the image.
     std::uint32_t pixel(int x, int y) const;
-    cairo_surface_t* surface() const { return surface_; }
+    // The pixels; a deferred PNG is decoded here, once, on first use (from any thread).
+    cairo_surface_t* surface() const;
 
     std::string className() const override { return "UIImage"; }
     std::vector<std::string> classChain() const override { return {"UIImage", "NSObject"}; }
     std::string description() const override;
 
   private:
-    Image(cairo_surface_t* surface, double scale) : surface_(surface), scale_(scale) {}
-    cairo_surface_t* surface_;
+    Image(cairo_surface_t* surface, double scale);
+    Image(Bytes png, int width, int height, double scale);
+
+    mutable std::once_flag decoded_;
+    mutable cairo_surface_t* surface_ = nullptr;
+    mutable Bytes pendingPng_;  // until decoded
+    int width_ = 0;
+    int height_ = 0;
     double scale_;
 };
 
@@ -57,6 +72,13 @@ using ImagePtr = std::shared_ptr<Image>;
 
 // An ARGB32 copy of any image surface; the caller owns it.
 cairo_surface_t* argb32Copy(cairo_surface_t* source);
+
+// The pixel size a PNG's header declares, read without decoding; nullopt for anything else.
+std::optional<std::pair<int, int>> pngPixelSize(const Bytes& bytes);
+
+// The image drawn down so that neither side exceeds maxPixelSide pixels, keeping its scale and
+// aspect; the image itself when it already fits.
+ImagePtr imageScaledToFit(const ImagePtr& image, int maxPixelSide);
 
 // UIImagePNGRepresentation: nullopt for a null image.
 std::optional<Bytes> UIImagePNGRepresentation(const Image* image);

@@ -9,8 +9,10 @@
 
 #include "device/app_icon.h"
 #include "device/glyphs.h"
+#include "device/installed_app_list.h"
 #include "device/package_database.h"
 #include "platform/system/process.h"
+#include "platform/ui/image.h"
 #include "tests/support/test_device.h"
 
 namespace velto::device {
@@ -74,6 +76,35 @@ TEST(AppIcon, ARoundedSquareInTheAppsOwnColourWithItsInitialInWhite) {
             const bool white = at(32 + 9 * column, 23 + 9 * row) == std::vector{255, 255, 255, 255};
             EXPECT_EQ(white, t[row][column] == '#') << "row " << row << " column " << column;
         }
+}
+
+TEST(AppIcon, TheExtensionAnswersNoMoreThanAHomeScreenIconAndDecodesOnlyTheLargestItMay) {
+    testsupport::TestDevice device;
+    auto& root = device.process().root();
+    const InstalledApp app{"com.example.Poster", "Poster", false, "/Applications/Poster.app"};
+    ASSERT_TRUE(root.createDirectory(app.folder, true));
+    auto writeIcon = [&](const std::string& name, int side) {
+        const auto png =
+            plat::UIImagePNGRepresentation(drawAppIcon(app.bundleIdentifier, "p", side, 1).get());
+        ASSERT_TRUE(png);
+        ASSERT_TRUE(root.writeFile(app.folder + "/" + name, *png, true));
+    };
+    writeIcon("AppIcon60x60@2x.png", 120);
+    writeIcon("AppIcon1024.png", 1024);
+    auto icon = largestIcon(root, app);
+    ASSERT_TRUE(icon);
+    EXPECT_EQ(icon->pixelWidth(), 180);
+    EXPECT_EQ(icon->pixelHeight(), 180);
+    // A header claiming 20000 x 20000 is passed over without decoding; the next best is used.
+    auto forged =
+        *plat::UIImagePNGRepresentation(drawAppIcon(app.bundleIdentifier, "p", 8, 1).get());
+    for (int at : {16, 20}) {
+        forged[at] = 0, forged[at + 1] = 0, forged[at + 2] = 0x4e, forged[at + 3] = 0x20;
+    }
+    ASSERT_TRUE(root.writeFile(app.folder + "/AppIcon1024.png", forged, true));
+    icon = largestIcon(root, app);
+    ASSERT_TRUE(icon);
+    EXPECT_EQ(icon->pixelWidth(), 120);
 }
 
 TEST(PackageDatabase, VersionsOfInstalledPackagesOnlyAndTheDevicesDpkgQueryReadsIt) {
