@@ -15,6 +15,8 @@
 #include "platform/foundation/strings.h"
 #include "platform/system/bundle.h"
 #include "platform/system/process.h"
+#include "platform/ui/image_orientation.h"
+#include "platform/ui/png_encoding.h"
 
 namespace plat {
 
@@ -42,12 +44,6 @@ cairo_status_t readFromCursor(void* closure, unsigned char* data, unsigned int l
     if (cursor->bytes->size() - cursor->offset < length) return CAIRO_STATUS_READ_ERROR;
     std::memcpy(data, cursor->bytes->data() + cursor->offset, length);
     cursor->offset += length;
-    return CAIRO_STATUS_SUCCESS;
-}
-
-cairo_status_t appendToBytes(void* closure, const unsigned char* data, unsigned int length) {
-    auto* out = static_cast<Bytes*>(closure);
-    out->insert(out->end(), data, data + length);
     return CAIRO_STATUS_SUCCESS;
 }
 
@@ -81,9 +77,21 @@ inline std::uint32_t opaqueArgb(unsigned r, unsigned g, unsigned b) {
     return 0xff000000u | (r << 16) | (g << 8) | b;
 }
 
+// The orientation in the first EXIF block among the markers libjpeg kept.
+int orientationOf(const jpeg_decompress_struct& info) {
+    static const unsigned char kExif[] = {'E', 'x', 'i', 'f', 0, 0};
+    for (jpeg_saved_marker_ptr marker = info.marker_list; marker; marker = marker->next) {
+        if (marker->marker != JPEG_APP0 + 1 || marker->data_length < sizeof kExif ||
+            std::memcmp(marker->data, kExif, sizeof kExif) != 0)
+            continue;
+        return exifOrientation(marker->data, marker->data_length);
+    }
+    return 1;
+}
+
 // Only plain data lives between setjmp and the possible longjmp: the row buffer belongs to
 // libjpeg's pool and the surface pointer is volatile so that it survives the jump.
-cairo_surface_t* decodeJpeg(const Bytes& bytes) {
+cairo_surface_t* decodeJpegPixels(const Bytes& bytes, int* orientation) {
     jpeg_decompress_struct info;
     JpegError error;
     info.err = jpeg_std_error(&error.manager);
@@ -100,10 +108,12 @@ cairo_surface_t* decodeJpeg(const Bytes& bytes) {
 
     jpeg_create_decompress(&info);
     jpeg_mem_src(&info, bytes.data(), static_cast<unsigned long>(bytes.size()));
+    jpeg_save_markers(&info, JPEG_APP0 + 1, 0xffff);
     if (jpeg_read_header(&info, TRUE) != JPEG_HEADER_OK) {
         jpeg_destroy_decompress(&info);
         return nullptr;
     }
+    *orientation = orientationOf(info);
     // CMYK pictures (as image editors write them) cannot be turned into RGB by the library;
     // everything else can.
     const bool cmyk = info.jpeg_color_space == JCS_CMYK || info.jpeg_color_space == JCS_YCCK;
@@ -150,6 +160,17 @@ cairo_surface_t* decodeJpeg(const Bytes& bytes) {
     return surface;
 }
 
+// Phones store a photo as the sensor saw it and say in EXIF how it was held; UIImage draws
+// it upright, and so must everything made from it here.
+cairo_surface_t* decodeJpeg(const Bytes& bytes) {
+    int orientation = 1;
+    cairo_surface_t* stored = decodeJpegPixels(bytes, &orientation);
+    if (!stored || orientation == 1) return stored;
+    cairo_surface_t* upright = uprightCopy(stored, orientation);
+    cairo_surface_destroy(stored);
+    return upright;
+}
+
 // "name@2x.png" -> 2; names without a scale mark are 1x.
 double scaleFromFileName(const std::string& path) {
     std::string name = path.substr(path.find_last_of('/') + 1);
@@ -185,6 +206,12 @@ std::shared_ptr<Image> Image::blank(int pixelWidth, int pixelHeight, double scal
 }
 
 std::shared_ptr<Image> Image::adopt(cairo_surface_t* surface, double scale) {
+    const bool hasAlpha = !surface || cairo_surface_get_type(surface) != CAIRO_SURFACE_TYPE_IMAGE ||
+                          cairo_image_surface_get_format(surface) != CAIRO_FORMAT_RGB24;
+    return adopt(surface, scale, hasAlpha);
+}
+
+std::shared_ptr<Image> Image::adopt(cairo_surface_t* surface, double scale, bool hasAlpha) {
     if (!surface) return nullptr;
     if (cairo_surface_status(surface) != CAIRO_STATUS_SUCCESS ||
         cairo_surface_get_type(surface) != CAIRO_SURFACE_TYPE_IMAGE) {
@@ -203,16 +230,14 @@ std::shared_ptr<Image> Image::adopt(cairo_surface_t* surface, double scale) {
         surface = argb;
     }
     cairo_surface_flush(surface);
-    return std::shared_ptr<Image>(new Image(surface, scale));
+    return std::shared_ptr<Image>(new Image(surface, scale, hasAlpha));
 }
 
 std::shared_ptr<Image> Image::imageWithData(const Bytes& bytes, double scale) {
-    cairo_surface_t* surface = nullptr;
     if (startsWith(bytes, {0x89, 'P', 'N', 'G', '\r', '\n', 0x1a, '\n'}))
-        surface = decodePng(bytes);
-    else if (startsWith(bytes, {0xff, 0xd8, 0xff}))
-        surface = decodeJpeg(bytes);
-    return adopt(surface, scale);
+        return adopt(decodePng(bytes), scale);  // RGB24 when the file has no alpha
+    if (startsWith(bytes, {0xff, 0xd8, 0xff})) return adopt(decodeJpeg(bytes), scale, false);
+    return nullptr;
 }
 
 std::shared_ptr<Image> Image::imageWithContentsOfFile(const std::string& devicePath) {
@@ -295,10 +320,8 @@ cairo_surface_t* argb32Copy(cairo_surface_t* source) {
 
 std::optional<Bytes> UIImagePNGRepresentation(const Image* image) {
     if (!image) return std::nullopt;
-    Bytes out;
-    if (cairo_surface_write_to_png_stream(image->surface(), appendToBytes, &out) !=
-        CAIRO_STATUS_SUCCESS)
-        return std::nullopt;
+    Bytes out = encodePng(image->surface(), image->hasAlpha());
+    if (out.empty()) return std::nullopt;
     return out;
 }
 
