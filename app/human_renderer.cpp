@@ -76,7 +76,8 @@ void HumanRenderer::row(const RowView& row) {
 
 void HumanRenderer::presented(const PresentedView& presented) {
     std::string head = presented.kind == "other" ? presented.className : presented.kind;
-    if (presented.popover) head += " (popover)";
+    if (presented.popover)
+        head += presented.anchor ? " (popover at " + *presented.anchor + ")" : " (popover)";
     out_ << "\n  " << paint(kYellow, "┌ " + head)
          << (presented.title ? ": " + paint(kBold, *presented.title) : "") << "\n";
     if (presented.message)

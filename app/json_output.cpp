@@ -34,7 +34,8 @@ json presentedJson(const std::optional<PresentedView>& presented) {
             {"title", optional(presented->title)},
             {"message", optional(presented->message)},
             {"actions", actions},
-            {"popover", presented->popover}};
+            {"popover", presented->popover},
+            {"anchor", optional(presented->anchor)}};
 }
 
 std::string base64(const plat::Bytes& bytes) {

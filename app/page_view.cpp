@@ -1,5 +1,6 @@
 #include "app/page_view.h"
 
+#include "platform/prefs/table_cell.h"
 #include "platform/ui/alert_controller.h"
 #include "platform/ui/image.h"
 #include "platform/ui/image_picker_controller.h"
@@ -50,6 +51,12 @@ PresentedView presentedView(const plat::ViewController& controller) {
     view.className = controller.className();
     view.title = controller.title();
     view.popover = controller.presentsAsPopover();
+    if (view.popover) {
+        const auto cell = std::dynamic_pointer_cast<plat::TableCell>(
+            controller.popoverPresentationController().sourceView());
+        if (const auto row = cell ? cell->specifier() : nullptr)
+            view.anchor = row->hasExplicitIdentifier() ? row->identifier() : row->name();
+    }
     if (auto* alert = dynamic_cast<const plat::AlertController*>(&controller)) {
         view.kind =
             alert->preferredStyle() == plat::UIAlertControllerStyleAlert ? "alert" : "sheet";

@@ -48,6 +48,9 @@ struct PresentedView {
     std::optional<std::string> message;
     std::vector<ActionView> actions;
     bool popover = false;
+    // The row a popover points at (its identifier, else its label), when it points at a row's
+    // cell; nullopt for anything else.
+    std::optional<std::string> anchor;
 };
 
 struct PageView {

@@ -11,6 +11,7 @@
 #include "app/step_error.h"
 #include "platform/foundation/errors.h"
 #include "platform/prefs/runtime.h"
+#include "platform/prefs/specifier.h"
 #include "platform/ui/alert_controller.h"
 #include "platform/ui/image.h"
 #include "platform/ui/image_picker_controller.h"
@@ -207,6 +208,11 @@ void StepRunner::tap(const std::string& argument) {
     plat::ObjectPtr target = ref.row->target();
     if (!target)
         throw StepError("row " + shownName(ref) + " has no target for " + ref.row->action());
+    // A user taps a cell on screen: a row inserted since the last look has one by then, made
+    // as the table makes it, and a popover the tap opens points at it.
+    if (ref.row->propertyForKey(plat::pskey::CellObject).isNil())
+        if (const auto position = cellPosition(*page, ref.index))
+            page->tableViewCellForRowAtIndexPath(position->row, position->section);
     plat::Runtime::shared().perform(*target, ref.row->action(), {plat::Value(ref.row)});
 }
 
@@ -229,11 +235,25 @@ void StepRunner::dismiss() {
     presented->dismissViewControllerAnimated(true, nullptr);
 }
 
-void StepRunner::pick(const std::string& file) {
+void StepRunner::pick(const std::string& argument) {
+    // "--original-only": the user chose a picture without cropping it, so the picker hands
+    // back no edited picture.
+    static const std::string kOriginalOnly = "--original-only";
+    std::string file = argument;
+    bool originalOnly = false;
+    if (file.size() > kOriginalOnly.size() &&
+        file.compare(file.size() - kOriginalOnly.size(), kOriginalOnly.size(), kOriginalOnly) ==
+            0 &&
+        (file[file.size() - kOriginalOnly.size() - 1] == ' ' ||
+         file[file.size() - kOriginalOnly.size() - 1] == '\t')) {
+        originalOnly = true;
+        file.erase(file.find_last_not_of(" \t", file.size() - kOriginalOnly.size() - 1) + 1);
+    }
     auto picker = requirePicker(*session_.topPage());
     auto image = plat::Image::imageWithData(readHostFile(file));
     if (!image) throw StepError(file + " is not a PNG or JPEG picture");
-    if (!picker->pick(image, image)) throw StepError("the photo picker has no delegate");
+    if (!picker->pick(originalOnly ? nullptr : image, image))
+        throw StepError("the photo picker has no delegate");
 }
 
 void StepRunner::cancel() {

@@ -36,7 +36,7 @@ class StepRunner {
     void tap(const std::string& argument);
     void choose(const std::string& title);
     void dismiss();
-    void pick(const std::string& file);
+    void pick(const std::string& argument);
     void cancel();
 
     Session& session_;

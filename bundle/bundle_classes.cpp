@@ -5,6 +5,7 @@
 #include "core/core_classes.h"
 #include "pages/face_time_app_settings_controller.h"
 #include "pages/mail_app_settings_controller.h"
+#include "pages/messages_app_settings_controller.h"
 #include "pages/phone_app_settings_controller.h"
 #include "platform/prefs/runtime.h"
 
@@ -17,6 +18,7 @@ void registerBundleClasses() {
     PhoneAppSettingsController::registerClass(runtime);
     FaceTimeAppSettingsController::registerClass(runtime);
     MailAppSettingsController::registerClass(runtime);
+    MessagesAppSettingsController::registerClass(runtime);
     VeltoDisabledAppsSettingsController::registerClass(runtime);
 }
 

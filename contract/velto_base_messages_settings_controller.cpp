@@ -10,8 +10,12 @@
 #include "platform/foundation/plist_file.h"
 #include "platform/foundation/strings.h"
 #include "platform/prefs/runtime.h"
+#include "platform/prefs/selectors.h"
+#include "platform/prefs/table_cell.h"
+#include "platform/system/bundle.h"
 #include "platform/system/log.h"
 #include "platform/system/process.h"
+#include "platform/ui/alert_controller.h"
 
 namespace velto {
 
@@ -36,6 +40,20 @@ void savePicture(const plat::ImagePtr& image, plat::Size canvas, const std::stri
         return;
     }
     VeltoUtils::logMessage("Saved the default contact picture at '" + path + "'");
+}
+
+std::string localized(const std::string& key) {
+    return plat::Bundle::mainBundle().localizedStringForKey(key, "", "");
+}
+
+// Popovers on an iPad point at the cell the table made for the button row.
+void anchorOnCell(plat::ViewController& controller, const plat::SpecifierPtr& specifier) {
+    const auto cell = specifier
+                          ? specifier->propertyForKey(plat::pskey::CellObject).as<plat::TableCell>()
+                          : nullptr;
+    auto& popover = controller.popoverPresentationController();
+    popover.setSourceView(cell);
+    popover.setSourceRect(cell ? cell->bounds() : plat::Rect{});
 }
 
 }  // namespace
@@ -121,6 +139,18 @@ void VeltoBaseMessagesSettingsController::setPicturesForSpecifiers(
     reshapePictureRows(specifiers, round);
 }
 
+void VeltoBaseMessagesSettingsController::insertSpecifier(const plat::SpecifierPtr& specifier,
+                                                          std::size_t index, bool animated) {
+    const auto& names = pictureRowNames();
+    if (specifier && !specifier->propertyForKey("iconImage").isNil() && specifier->name() &&
+        std::find(names.begin(), names.end(), *specifier->name()) != names.end()) {
+        auto one = std::make_shared<plat::SpecifierArray>();
+        one->addObject(specifier);
+        reshapePictureRows(one, isRoundPicsEnabled(kMainSettingsFile));
+    }
+    VeltoBaseSettingsController::insertSpecifier(specifier, index, animated);
+}
+
 void VeltoBaseMessagesSettingsController::saveDefaultContactImage(const plat::ImagePtr& image) {
     savePicture(image, defaultPictureCanvas(), getImageCacheFilePath(kDefaultImageName));
     savePicture(image, defaultThumbnailCanvas(),
@@ -144,8 +174,84 @@ void VeltoBaseMessagesSettingsController::removeItemAtPath(const std::string& pa
     auto& root = plat::Process::current().root();
     if (path.empty() || !root.fileExists(path)) return;
     std::string error;
-    if (!root.removeItem(path, &error))
+    if (!root.removeItem(path, &error)) {
         VeltoUtils::logMessage("Unable to remove '" + path + "': " + error);
+        return;
+    }
+    VeltoUtils::logMessage("Removed '" + path + "'");
+}
+
+std::shared_ptr<plat::ImagePickerController> VeltoBaseMessagesSettingsController::imagePicker() {
+    return plat::Process::current().slots().get<plat::ImagePickerController>(kImagePickerSlot);
+}
+
+void VeltoBaseMessagesSettingsController::selectDefaultContactImage(
+    const plat::SpecifierPtr& specifier) {
+    auto picker = std::make_shared<plat::ImagePickerController>();
+    plat::Process::current().slots().set(kImagePickerSlot, picker);
+    picker->setAllowsEditing(true);
+    picker->setDelegate(
+        std::dynamic_pointer_cast<VeltoBaseMessagesSettingsController>(shared_from_this()));
+    picker->setSourceType(plat::UIImagePickerControllerSourceTypePhotoLibrary);
+    if (VeltoUtils::isIPad()) {
+        picker->setModalPresentationStyle(plat::UIModalPresentationPopover);
+        anchorOnCell(*picker, specifier);
+    }
+    presentViewController(picker, true, nullptr);
+}
+
+void VeltoBaseMessagesSettingsController::imagePickerControllerDidFinishPickingMediaWithInfo(
+    plat::ImagePickerController&, plat::Value info) {
+    // The user cropped the picture to the square a contact picture is; without that crop
+    // there is nothing to store.
+    if (const auto edited =
+            info.objectForKey(plat::UIImagePickerControllerEditedImage).as<plat::Image>()) {
+        saveDefaultContactImage(edited);
+        pictureFilesChanged();
+    }
+    if (const auto picker = imagePicker()) picker->dismissViewControllerAnimated(true, nullptr);
+    plat::Process::current().slots().set<plat::ImagePickerController>(kImagePickerSlot, nullptr);
+}
+
+void VeltoBaseMessagesSettingsController::imagePickerControllerDidCancel(
+    plat::ImagePickerController&) {
+    if (const auto picker = imagePicker()) picker->dismissViewControllerAnimated(true, nullptr);
+    plat::Process::current().slots().set<plat::ImagePickerController>(kImagePickerSlot, nullptr);
+}
+
+void VeltoBaseMessagesSettingsController::restoreDefaultContactImage(
+    const plat::SpecifierPtr& specifier) {
+    auto sheet = plat::AlertController::alertControllerWithTitle(
+        std::nullopt, std::nullopt, plat::UIAlertControllerStyleActionSheet);
+    const std::weak_ptr<VeltoBaseMessagesSettingsController> weakSelf =
+        std::dynamic_pointer_cast<VeltoBaseMessagesSettingsController>(shared_from_this());
+    sheet->addAction(plat::AlertAction::actionWithTitle(localized("Default Avatar"),
+                                                        plat::UIAlertActionStyleDestructive,
+                                                        [weakSelf](plat::AlertAction&) {
+                                                            if (const auto self = weakSelf.lock()) {
+                                                                self->removeDefaultContactImage();
+                                                                self->pictureFilesChanged();
+                                                            }
+                                                        }));
+    if (VeltoUtils::isIPad()) {
+        // A popover at the button; tapping outside it is the way out.
+        anchorOnCell(*sheet, specifier);
+    } else {
+        const std::weak_ptr<plat::AlertController> weakSheet = sheet;
+        sheet->addAction(plat::AlertAction::actionWithTitle(
+            localized("Cancel"), plat::UIAlertActionStyleCancel, [weakSheet](plat::AlertAction&) {
+                if (const auto shown = weakSheet.lock())
+                    shown->dismissViewControllerAnimated(true, nullptr);
+            }));
+    }
+    presentViewController(sheet, true, nullptr);
+}
+
+void VeltoBaseMessagesSettingsController::pictureFilesChanged() {
+    reloadSpecifiers();
+    VeltoUtils::logMessage("Posting notification....");
+    // Only now: a listener that reacts reads finished files.
+    plat::Process::current().darwin().postNotification(kPictureChangedNotification, true);
 }
 
 std::string VeltoBaseMessagesSettingsController::getImageCacheFilePath(const std::string&) {
@@ -164,7 +270,12 @@ void VeltoBaseMessagesSettingsController::preparePathAndRemoveItem(const std::st
 }
 
 void VeltoBaseMessagesSettingsController::registerClass(plat::Runtime& runtime) {
+    using Self = VeltoBaseMessagesSettingsController;
     runtime.registerClass("VeltoBaseMessagesSettingsController", "VeltoBaseSettingsController");
+    plat::addAction(runtime, "VeltoBaseMessagesSettingsController",
+                    "selectDefaultContactImage:", &Self::selectDefaultContactImage);
+    plat::addAction(runtime, "VeltoBaseMessagesSettingsController",
+                    "restoreDefaultContactImage:", &Self::restoreDefaultContactImage);
 }
 
 }  // namespace velto

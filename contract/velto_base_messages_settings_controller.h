@@ -6,6 +6,7 @@
 #include "platform/foundation/value.h"
 #include "platform/prefs/specifier.h"
 #include "platform/ui/image.h"
+#include "platform/ui/image_picker_controller.h"
 
 namespace velto {
 
@@ -22,11 +23,21 @@ namespace velto {
 // never writes it: that file is read-only for this bundle.
 //
 // Default contact picture: saved as DefaultContactImage@3x.png and its thumbnail
-// DefaultContactImageThumb@3x.png at the paths the subclass's hooks give.
-class VeltoBaseMessagesSettingsController : public VeltoBaseSettingsController {
+// DefaultContactImageThumb@3x.png at the paths the subclass's hooks give. A page offers it
+// through two button rows: selectDefaultContactImage: opens the photo picker (a popover at the
+// row on an iPad) and saves the cropped picture; restoreDefaultContactImage: asks first, then
+// removes both files so the extension goes back to its stock picture. Either way the rows are
+// reloaded and the extension is told.
+class VeltoBaseMessagesSettingsController : public VeltoBaseSettingsController,
+                                            public plat::ImagePickerDelegate {
   public:
     static constexpr const char* kDefaultImageName = "DefaultContactImage@3x.png";
     static constexpr const char* kDefaultThumbnailName = "DefaultContactImageThumb@3x.png";
+    // Posted on the Darwin center once the picture files changed.
+    static constexpr const char* kPictureChangedNotification =
+        "com.norvale.veltomessagesavatarsettingschanged";
+    // Process-wide slot: the open photo picker.
+    static constexpr const char* kImagePickerSlot = "veltoDefaultContactImagePicker";
 
     std::string className() const override { return "VeltoBaseMessagesSettingsController"; }
 
@@ -48,6 +59,11 @@ class VeltoBaseMessagesSettingsController : public VeltoBaseSettingsController {
     // Gives the picture rows ("Default Avatar", "My Avatar", "Default Group Avatar") round or
     // square icons; a row whose reshaped icon comes back empty keeps its old one.
     void setPicturesForSpecifiers(const plat::SpecifierArrayPtr& specifiers, bool round);
+    // A picture row that has an icon gets it reshaped before it goes in, so rows a switch
+    // brings back look like the ones built with the page.
+    void insertSpecifier(const plat::SpecifierPtr& specifier, std::size_t index,
+                         bool animated) override;
+    using VeltoBaseSettingsController::insertSpecifier;
 
     // The default contact picture and its thumbnail, at the hooks' paths.
     virtual void saveDefaultContactImage(const plat::ImagePtr& image);
@@ -59,6 +75,14 @@ class VeltoBaseMessagesSettingsController : public VeltoBaseSettingsController {
     // Removes a file if there is one.
     virtual void removeItemAtPath(const std::string& path);
 
+    // The button rows' actions.
+    void selectDefaultContactImage(const plat::SpecifierPtr& specifier);
+    void restoreDefaultContactImage(const plat::SpecifierPtr& specifier);
+    void imagePickerControllerDidFinishPickingMediaWithInfo(plat::ImagePickerController& picker,
+                                                            plat::Value info) override;
+    void imagePickerControllerDidCancel(plat::ImagePickerController& picker) override;
+    static std::shared_ptr<plat::ImagePickerController> imagePicker();
+
     // Hooks the subclass supplies; the base's defaults keep no cache.
     virtual std::string getImageCacheFilePath(const std::string& fileName);
     virtual std::string getThumnailImageCacheFilePath(const std::string& fileName);
@@ -67,6 +91,8 @@ class VeltoBaseMessagesSettingsController : public VeltoBaseSettingsController {
     static void registerClass(plat::Runtime& runtime);
 
   private:
+    void pictureFilesChanged();
+
     plat::Value settings_;
     std::string settingsSource_;
 };

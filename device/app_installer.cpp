@@ -91,17 +91,20 @@ std::string installApp(const plat::DeviceRoot& root, const AppChoice& app,
     const auto png = plat::UIImagePNGRepresentation(icon.get());
     if (!png || !root.writeFile(folder + "/" + iconFileName(family, scale), *png, true)) return "";
 
-    if (!app.system) {
-        const std::string data = std::string(kDataContainers) + "/" +
-                                 stableUuid(app.bundleIdentifier + "/data") + "/" +
-                                 kContainerMetadata;
-        if (!writeBinaryPlist(
-                root, data,
-                plat::Value::dictionary({{"MCMMetadataIdentifier", app.bundleIdentifier},
-                                         {"MCMMetadataContentClass", plat::Value::integer(2)}})))
-            return "";
-    }
+    if (!app.system && installDataContainer(root, app.bundleIdentifier).empty()) return "";
     return folder;
+}
+
+std::string installDataContainer(const plat::DeviceRoot& root,
+                                 const std::string& bundleIdentifier) {
+    const std::string container =
+        std::string(kDataContainers) + "/" + stableUuid(bundleIdentifier + "/data");
+    if (!writeBinaryPlist(
+            root, container + "/" + kContainerMetadata,
+            plat::Value::dictionary({{"MCMMetadataIdentifier", bundleIdentifier},
+                                     {"MCMMetadataContentClass", plat::Value::integer(2)}})))
+        return "";
+    return container;
 }
 
 }  // namespace velto::device

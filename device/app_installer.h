@@ -26,6 +26,10 @@ inline constexpr const char* kContainerMetadata =
 std::string installApp(const plat::DeviceRoot& root, const AppChoice& app,
                        plat::DeviceFamily family, int scale);
 
+// A data container whose metadata names the bundle identifier, at a stable UUID. Answers its
+// device path, or "" when the metadata could not be written.
+std::string installDataContainer(const plat::DeviceRoot& root, const std::string& bundleIdentifier);
+
 // A UUID-shaped name derived from a text (the same text always gives the same UUID).
 std::string stableUuid(const std::string& seed);
 

@@ -38,6 +38,10 @@ void initDevice(const std::filesystem::path& folder, const DeviceOptions& option
     require(root.createDirectory("/var/mobile/Library/Preferences", true), "the preferences folder",
             folder);
     installBundle(root, resources);
+    // Messages is part of every system the bundle runs on, and so is its data container, where
+    // the bundle keeps a copy of the default contact picture.
+    require(!installDataContainer(root, "com.apple.MobileSMS").empty(),
+            "the Messages data container", folder);
     for (const AppChoice& app : options.apps)
         require(!installApp(root, app, options.family, options.scale).empty(),
                 "the application " + app.bundleIdentifier, folder);

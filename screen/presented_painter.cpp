@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "platform/prefs/table_cell.h"
 #include "platform/ui/alert_controller.h"
 #include "platform/ui/image_picker_controller.h"
 #include "platform/ui/navigation_controller.h"
@@ -136,12 +137,16 @@ class PresentedPainter {
         }
     }
 
-    // Where the popover points: the row whose cell it names, else the middle of the screen.
+    // Where the popover points: the row whose cell it names (that cell, or one made for the
+    // same row before or since), else the middle of the screen.
     plat::Rect anchorOf(const plat::ViewController& controller) {
         auto source = controller.popoverPresentationController().sourceView();
+        const auto sourceCell = std::dynamic_pointer_cast<plat::TableCell>(source);
+        const auto sourceRow = sourceCell ? sourceCell->specifier() : nullptr;
         for (const RowFrame& row : shot_.rows) {
             if (!source) break;
-            if (source == row.cell || source == row.earlierCell) {
+            if (source == row.cell || source == row.earlierCell ||
+                (sourceRow && row.cell && row.cell->specifier() == sourceRow)) {
                 anchorRow_ = row.index;
                 return row.frame;
             }

@@ -15,6 +15,8 @@
 #include "platform/foundation/strings.h"
 #include "platform/system/bundle.h"
 #include "platform/system/process.h"
+#include "platform/ui/image_orientation.h"
+#include "platform/ui/png_encoding.h"
 
 namespace plat {
 
@@ -51,12 +53,6 @@ cairo_status_t readFromCursor(void* closure, unsigned char* data, unsigned int l
     return CAIRO_STATUS_SUCCESS;
 }
 
-cairo_status_t appendToBytes(void* closure, const unsigned char* data, unsigned int length) {
-    auto* out = static_cast<Bytes*>(closure);
-    out->insert(out->end(), data, data + length);
-    return CAIRO_STATUS_SUCCESS;
-}
-
 cairo_surface_t* decodePng(const Bytes& bytes) {
     const auto size = pngPixelSize(bytes);
     if (!size || !withinBudget(size->first, size->second)) return nullptr;
@@ -89,9 +85,21 @@ inline std::uint32_t opaqueArgb(unsigned r, unsigned g, unsigned b) {
     return 0xff000000u | (r << 16) | (g << 8) | b;
 }
 
+// The orientation in the first EXIF block among the markers libjpeg kept.
+int orientationOf(const jpeg_decompress_struct& info) {
+    static const unsigned char kExif[] = {'E', 'x', 'i', 'f', 0, 0};
+    for (jpeg_saved_marker_ptr marker = info.marker_list; marker; marker = marker->next) {
+        if (marker->marker != JPEG_APP0 + 1 || marker->data_length < sizeof kExif ||
+            std::memcmp(marker->data, kExif, sizeof kExif) != 0)
+            continue;
+        return exifOrientation(marker->data, marker->data_length);
+    }
+    return 1;
+}
+
 // Only plain data lives between setjmp and the possible longjmp: the row buffer belongs to
 // libjpeg's pool and the surface pointer is volatile so that it survives the jump.
-cairo_surface_t* decodeJpeg(const Bytes& bytes) {
+cairo_surface_t* decodeJpegPixels(const Bytes& bytes, int* orientation) {
     jpeg_decompress_struct info;
     JpegError error;
     info.err = jpeg_std_error(&error.manager);
@@ -108,10 +116,12 @@ cairo_surface_t* decodeJpeg(const Bytes& bytes) {
 
     jpeg_create_decompress(&info);
     jpeg_mem_src(&info, bytes.data(), static_cast<unsigned long>(bytes.size()));
+    jpeg_save_markers(&info, JPEG_APP0 + 1, 0xffff);
     if (jpeg_read_header(&info, TRUE) != JPEG_HEADER_OK) {
         jpeg_destroy_decompress(&info);
         return nullptr;
     }
+    *orientation = orientationOf(info);
     // CMYK pictures (as image editors write them) cannot be turned into RGB by the library;
     // everything else can.
     const bool cmyk = info.jpeg_color_space == JCS_CMYK || info.jpeg_color_space == JCS_YCCK;
@@ -155,6 +165,17 @@ cairo_surface_t* decodeJpeg(const Bytes& bytes) {
     jpeg_finish_decompress(&info);
     jpeg_destroy_decompress(&info);
     return surface;
+}
+
+// Phones store a photo as the sensor saw it and say in EXIF how it was held; UIImage draws
+// it upright, and so must everything made from it here.
+cairo_surface_t* decodeJpeg(const Bytes& bytes) {
+    int orientation = 1;
+    cairo_surface_t* stored = decodeJpegPixels(bytes, &orientation);
+    if (!stored || orientation == 1) return stored;
+    cairo_surface_t* upright = uprightCopy(stored, orientation);
+    cairo_surface_destroy(stored);
+    return upright;
 }
 
 // "name@2x.png" -> 2; names without a scale mark are 1x.
@@ -217,18 +238,33 @@ cairo_surface_t* asArgb32(cairo_surface_t* surface) {
 double usableScale(double scale) {
     return scale <= 0 || !std::isfinite(scale) ? 1 : scale;
 }
+
+// Whether a PNG carries alpha: an alpha colour type, or a transparency chunk before the data.
+bool pngHasAlpha(const Bytes& png) {
+    if (png.size() < 26) return false;
+    const std::uint8_t colourType = png[25];
+    if (colourType == 4 || colourType == 6) return true;
+    static const std::string kTrns = "tRNS", kIdat = "IDAT";
+    const auto idat = std::search(png.begin(), png.end(), kIdat.begin(), kIdat.end());
+    return std::search(png.begin(), idat, kTrns.begin(), kTrns.end()) != idat;
+}
 }  // namespace
 
-Image::Image(cairo_surface_t* surface, double scale)
+Image::Image(cairo_surface_t* surface, double scale, bool hasAlpha)
     : surface_(surface),
       width_(cairo_image_surface_get_width(surface)),
       height_(cairo_image_surface_get_height(surface)),
-      scale_(scale) {
+      scale_(scale),
+      hasAlpha_(hasAlpha) {
     std::call_once(decoded_, [] {});
 }
 
-Image::Image(Bytes png, int width, int height, double scale)
-    : pendingPng_(std::move(png)), width_(width), height_(height), scale_(scale) {}
+Image::Image(Bytes png, int width, int height, double scale, bool hasAlpha)
+    : pendingPng_(std::move(png)),
+      width_(width),
+      height_(height),
+      scale_(scale),
+      hasAlpha_(hasAlpha) {}
 
 cairo_surface_t* Image::surface() const {
     std::call_once(decoded_, [this] {
@@ -245,16 +281,23 @@ cairo_surface_t* Image::surface() const {
 }
 
 std::shared_ptr<Image> Image::adopt(cairo_surface_t* surface, double scale) {
+    const bool hasAlpha = !surface || cairo_surface_get_type(surface) != CAIRO_SURFACE_TYPE_IMAGE ||
+                          cairo_image_surface_get_format(surface) != CAIRO_FORMAT_RGB24;
+    return adopt(surface, scale, hasAlpha);
+}
+
+std::shared_ptr<Image> Image::adopt(cairo_surface_t* surface, double scale, bool hasAlpha) {
     surface = asArgb32(surface);
     if (!surface) return nullptr;
-    return std::shared_ptr<Image>(new Image(surface, usableScale(scale)));
+    return std::shared_ptr<Image>(new Image(surface, usableScale(scale), hasAlpha));
 }
 
 std::shared_ptr<Image> Image::imageWithPngDeferred(Bytes png, double scale) {
     const auto size = pngPixelSize(png);
     if (!size || !withinBudget(size->first, size->second)) return nullptr;
+    const bool alpha = pngHasAlpha(png);
     return std::shared_ptr<Image>(
-        new Image(std::move(png), size->first, size->second, usableScale(scale)));
+        new Image(std::move(png), size->first, size->second, usableScale(scale), alpha));
 }
 
 std::optional<std::pair<int, int>> pngPixelSize(const Bytes& bytes) {
@@ -287,16 +330,14 @@ ImagePtr imageScaledToFit(const ImagePtr& image, int maxPixelSide) {
     cairo_set_operator(cr, CAIRO_OPERATOR_SOURCE);
     cairo_paint(cr);
     cairo_destroy(cr);
-    return Image::adopt(surface, image->scale());
+    return Image::adopt(surface, image->scale(), image->hasAlpha());
 }
 
 std::shared_ptr<Image> Image::imageWithData(const Bytes& bytes, double scale) {
-    cairo_surface_t* surface = nullptr;
     if (startsWith(bytes, {0x89, 'P', 'N', 'G', '\r', '\n', 0x1a, '\n'}))
-        surface = decodePng(bytes);
-    else if (startsWith(bytes, {0xff, 0xd8, 0xff}))
-        surface = decodeJpeg(bytes);
-    return adopt(surface, scale);
+        return adopt(decodePng(bytes), scale);  // RGB24 when the file has no alpha
+    if (startsWith(bytes, {0xff, 0xd8, 0xff})) return adopt(decodeJpeg(bytes), scale, false);
+    return nullptr;
 }
 
 std::shared_ptr<Image> Image::imageWithContentsOfFile(const std::string& devicePath) {
@@ -373,10 +414,8 @@ cairo_surface_t* argb32Copy(cairo_surface_t* source) {
 
 std::optional<Bytes> UIImagePNGRepresentation(const Image* image) {
     if (!image) return std::nullopt;
-    Bytes out;
-    if (cairo_surface_write_to_png_stream(image->surface(), appendToBytes, &out) !=
-        CAIRO_STATUS_SUCCESS)
-        return std::nullopt;
+    Bytes out = encodePng(image->surface(), image->hasAlpha());
+    if (out.empty()) return std::nullopt;
     return out;
 }
 

@@ -18,17 +18,21 @@ namespace plat {
 class Bundle;
 
 // UIImage: pixels (a cairo ARGB32 surface: premultiplied alpha, native-endian 32-bit words)
-// and a scale that maps points to pixels. Immutable once made.
+// and a scale that maps points to pixels. Immutable once made. Like a CGImage it knows whether
+// it has an alpha channel at all, which is not the same as having a transparent pixel: an
+// image from a non-opaque context has one even when every pixel is opaque, a JPEG never does.
 class Image : public Object {
   public:
     ~Image() override;
 
     // A fully transparent image of the given pixel size.
     static std::shared_ptr<Image> blank(int pixelWidth, int pixelHeight, double scale);
-    // Takes ownership of an ARGB32 image surface.
+    // Takes ownership of an image surface. An RGB24 surface makes an image without alpha.
     static std::shared_ptr<Image> adopt(cairo_surface_t* surface, double scale);
+    static std::shared_ptr<Image> adopt(cairo_surface_t* surface, double scale, bool hasAlpha);
 
-    // imageWithData: from PNG or JPEG bytes; nullptr when they do not decode.
+    // imageWithData: from PNG or JPEG bytes; nullptr when they do not decode. A JPEG's EXIF
+    // orientation is applied to the pixels, so the picture stands as the camera's user held it.
     static std::shared_ptr<Image> imageWithData(const Bytes& bytes, double scale = 1);
     // A PNG whose header has been checked against the pixel budget but whose pixels are decoded
     // only when first drawn or read, as UIImage does: a reply carrying hundreds of icons costs
@@ -45,6 +49,7 @@ class Image : public Object {
     int pixelWidth() const { return width_; }
     int pixelHeight() const { return height_; }
     double scale() const { return scale_; }
+    bool hasAlpha() const { return hasAlpha_; }
     // The size in points (pixels / scale).
     Size size() const;
     // The premultiplied ARGB word at a pixel; 0 outside the image.
@@ -57,8 +62,8 @@ class Image : public Object {
     std::string description() const override;
 
   private:
-    Image(cairo_surface_t* surface, double scale);
-    Image(Bytes png, int width, int height, double scale);
+    Image(cairo_surface_t* surface, double scale, bool hasAlpha);
+    Image(Bytes png, int width, int height, double scale, bool hasAlpha);
 
     mutable std::once_flag decoded_;
     mutable cairo_surface_t* surface_ = nullptr;
@@ -66,6 +71,7 @@ class Image : public Object {
     int width_ = 0;
     int height_ = 0;
     double scale_;
+    bool hasAlpha_;
 };
 
 using ImagePtr = std::shared_ptr<Image>;
@@ -80,7 +86,8 @@ std::optional<std::pair<int, int>> pngPixelSize(const Bytes& bytes);
 // aspect; the image itself when it already fits.
 ImagePtr imageScaledToFit(const ImagePtr& image, int maxPixelSide);
 
-// UIImagePNGRepresentation: nullopt for a null image.
+// UIImagePNGRepresentation: RGBA for an image with an alpha channel, RGB otherwise; nullopt
+// for a null image.
 std::optional<Bytes> UIImagePNGRepresentation(const Image* image);
 
 }  // namespace plat

@@ -17,6 +17,8 @@ struct BitmapContext {
     cairo_surface_t* surface = nullptr;  // null for a context without pixels
     cairo_t* cr = nullptr;
     double scale = 1;
+    // An opaque context's bitmap has no alpha channel, and neither have the images it gives.
+    bool opaque = false;
 };
 
 // Each thread draws into its own contexts, as UIKit's context stack is per thread.
@@ -59,6 +61,7 @@ void UIGraphicsBeginImageContextWithOptions(Size size, bool opaque, double scale
     if (scale <= 0 || !std::isfinite(scale)) scale = mainScreenScale();
     BitmapContext context;
     context.scale = scale;
+    context.opaque = opaque;
     const double width = std::round(size.width * scale);
     const double height = std::round(size.height * scale);
     if (width >= 1 && height >= 1 && width <= 32767 && height <= 32767) {
@@ -82,7 +85,7 @@ ImagePtr UIGraphicsGetImageFromCurrentImageContext() {
     BitmapContext* context = currentContext();
     if (!context || !context->surface) return nullptr;
     cairo_surface_flush(context->surface);
-    return Image::adopt(argb32Copy(context->surface), context->scale);
+    return Image::adopt(argb32Copy(context->surface), context->scale, !context->opaque);
 }
 
 void UIGraphicsEndImageContext() {

@@ -18,7 +18,8 @@ namespace plat {
 void UIGraphicsBeginImageContextWithOptions(Size size, bool opaque, double scale);
 // UIGraphicsBeginImageContext: not opaque, scale 1.
 void UIGraphicsBeginImageContext(Size size);
-// A snapshot of the current context's pixels, at its scale; nullptr without a context.
+// A snapshot of the current context's pixels, at its scale, with an alpha channel unless the
+// context is opaque; nullptr without a context.
 ImagePtr UIGraphicsGetImageFromCurrentImageContext();
 // Pops the current context; does nothing without one.
 void UIGraphicsEndImageContext();

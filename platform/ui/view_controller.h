@@ -19,17 +19,19 @@ enum ModalPresentationStyle : int {
     UIModalPresentationPopover = 7,
 };
 
-// UIPopoverPresentationController: where a popover points.
+// UIPopoverPresentationController: where a popover points. It holds its source view, as UIKit
+// does: the table may make the row a new cell while the popover is up, and the popover still
+// points where it was opened.
 class PopoverPresentationController {
   public:
-    std::shared_ptr<View> sourceView() const { return sourceView_.lock(); }
+    std::shared_ptr<View> sourceView() const { return sourceView_; }
     void setSourceView(const std::shared_ptr<View>& view) { sourceView_ = view; }
     std::optional<Rect> sourceRect() const { return sourceRect_; }
     void setSourceRect(Rect rect) { sourceRect_ = rect; }
-    bool hasAnchor() const { return !sourceView_.expired() || sourceRect_.has_value(); }
+    bool hasAnchor() const { return sourceView_ || sourceRect_.has_value(); }
 
   private:
-    std::weak_ptr<View> sourceView_;
+    std::shared_ptr<View> sourceView_;
     std::optional<Rect> sourceRect_;
 };
 

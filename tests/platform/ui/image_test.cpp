@@ -10,7 +10,9 @@
 #include <jpeglib.h>
 
 #include "platform/system/bundle.h"
+#include "platform/ui/image_context.h"
 #include "tests/platform/ui/pictures.h"
+#include "tests/support/oriented_jpeg.h"
 #include "tests/support/test_device.h"
 
 namespace {
@@ -64,7 +66,7 @@ TEST(ImageData, PngAndJpegDecodeToPremultipliedPixelsAtTheGivenScale) {
     EXPECT_NE(decoded->description().find("size {2, 1} scale 2"), std::string::npos);
     EXPECT_FALSE(plat::UIImagePNGRepresentation(nullptr));
 
-    // cairo stores an all-opaque picture as an RGB PNG, which decodes without an alpha channel.
+    // An all-opaque picture comes back as it went.
     auto opaque = Image::imageWithData(pngOf(picture(3, 3, 1, {{0, 0, 3, 3, 0, 0, 1}})));
     ASSERT_TRUE(opaque);
     EXPECT_EQ(opaque->pixel(0, 0), kBlue);
@@ -88,6 +90,45 @@ TEST(ImageData, UndecodableBytesGiveNoImage) {
          {Bytes{}, Bytes{'h', 'e', 'l', 'l', 'o'}, Bytes(png.begin(), png.begin() + png.size() / 2),
           pngJunk, Bytes(jpg.begin(), jpg.begin() + 20), jpgJunk})
         EXPECT_FALSE(Image::imageWithData(bad)) << "size " << bad.size();
+}
+
+// A phone's photo stands as its EXIF orientation says, whichever way the camera was held;
+// without EXIF it stands as stored.
+class ExifOrientation : public ::testing::TestWithParam<int> {};
+
+TEST_P(ExifOrientation, DecodesUpright) {
+    auto photo = Image::imageWithData(testsupport::orientedJpeg(GetParam()));
+    ASSERT_TRUE(photo);
+    EXPECT_EQ(photo->pixelWidth(), testsupport::kUprightWidth);
+    EXPECT_EQ(photo->pixelHeight(), testsupport::kUprightHeight);
+    for (auto [x, y] : {std::pair{6, 3}, {26, 3}, {6, 13}, {26, 13}})
+        EXPECT_TRUE(testsupport::shows(photo->pixel(x, y), testsupport::uprightColour(x, y)))
+            << x << ", " << y << ": " << std::hex << photo->pixel(x, y);
+}
+
+INSTANTIATE_TEST_SUITE_P(Image, ExifOrientation, ::testing::Values(0, 1, 3, 6, 8));
+
+// The PNG's colour type (byte 25, in IHDR): 6 with an alpha channel, 2 without.
+int pngColourType(const plat::ImagePtr& image) {
+    return pngOf(image).at(25);
+}
+
+plat::ImagePtr fromContext(bool opaque) {
+    plat::UIGraphicsBeginImageContextWithOptions({4, 4}, opaque, 1);
+    plat::drawInRect(picture(2, 2, 1, {{0, 0, 2, 2, 0, 0, 1}}).get(), {{0, 0}, {4, 4}});
+    auto image = plat::UIGraphicsGetImageFromCurrentImageContext();
+    plat::UIGraphicsEndImageContext();
+    return image;
+}
+
+TEST(ImagePng, AnImageWithAnAlphaChannelKeepsItEvenWhenEveryPixelIsOpaque) {
+    EXPECT_EQ(pngColourType(fromContext(false)), 6);
+    EXPECT_EQ(pngColourType(fromContext(true)), 2);
+    EXPECT_EQ(pngColourType(Image::imageWithData(jpeg(8, 8))), 2);
+    // What is read back keeps what was written: an RGB file stays RGB, an RGBA one RGBA.
+    EXPECT_EQ(pngColourType(Image::imageWithData(pngOf(fromContext(true)))), 2);
+    EXPECT_EQ(pngColourType(Image::imageWithData(pngOf(fromContext(false)))), 6);
+    EXPECT_EQ(Image::imageWithData(pngOf(fromContext(false)))->pixel(3, 3), kBlue);
 }
 
 class ImageFiles : public ::testing::Test {

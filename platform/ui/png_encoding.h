@@ -1,0 +1,15 @@
+#pragma once
+
+#include <cairo.h>
+
+#include "platform/foundation/value.h"
+
+namespace plat {
+
+// An ARGB32 surface as PNG bytes: RGBA with straight alpha when `alpha`, RGB otherwise. cairo's
+// own writer drops the alpha channel of a surface whose pixels are all opaque; UIKit keeps it
+// for any image that has one, and readers of the files may rely on the channel being there.
+// Empty when the surface has no pixels or the encoder fails.
+Bytes encodePng(cairo_surface_t* surface, bool alpha);
+
+}  // namespace plat

@@ -1,0 +1,113 @@
+// The Messages page on a device with the bundle installed: its rows and switch, and where its
+// hooks put and take away the default contact picture. The pick and restore flows are driven
+// through velto-settings in messages_simulator_test.cpp.
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "pages/messages_app_settings_controller.h"
+#include "platform/prefs/runtime.h"
+#include "tests/support/bundle_device.h"
+
+using plat::Value;
+using Messages = velto::MessagesAppSettingsController;
+
+namespace {
+
+using Ids = std::vector<std::string>;
+
+const Ids kRows = {"MessagesGroup",        "MessagesEnabled",    "PicturesGroup", "Default Avatar",
+                   "Default Group Avatar", "DefaultAvatarGroup", "ChooseAvatar",  "RestoreAvatar"};
+const Ids kHead = {"MessagesGroup", "MessagesEnabled"};
+const std::string kCache = "/var/mobile/Library/Preferences/Velto";
+
+class MessagesPageTest : public ::testing::Test {
+  protected:
+    std::shared_ptr<Messages> open() {
+        page = device.open<Messages>("MessagesAppSettingsController");
+        page->specifiers();
+        return page;
+    }
+    Ids ids() const { return testsupport::BundleDevice::ids(page->specifiers()); }
+    void flip(bool on) {
+        const auto toggle = page->specifierAtIndex(1);
+        plat::Runtime::shared().perform(*page, toggle->setter(),
+                                        {Value::boolean(on), Value(toggle)});
+    }
+
+    Ids logSince(std::size_t mark) const {
+        Ids lines;
+        for (const auto& e : device.journal().since(mark))
+            if (e.kind == plat::JournalEntry::Kind::Log) lines.push_back(e.text);
+        return lines;
+    }
+
+    testsupport::BundleDevice device;
+    std::shared_ptr<Messages> page;
+};
+
+TEST_F(MessagesPageTest, TwoRowsWhileOffAndTheSwitchInsertsWithoutLooking) {
+    open();
+    EXPECT_EQ(ids(), kHead);
+    flip(true);
+    EXPECT_EQ(ids(), kRows);
+    EXPECT_TRUE(device.mainSettings().objectForKey("VeltoEnabledMessages").boolValue());
+    // On again while the rows are shown: a second set, in front of the first.
+    const auto first = page->specifierAtIndex(2);
+    flip(true);
+    Ids twice = kRows;
+    twice.insert(twice.begin() + 2, kRows.begin() + 2, kRows.end());
+    EXPECT_EQ(ids(), twice);
+    EXPECT_EQ(page->specifierAtIndex(8), first);
+    const auto at = device.journal().size();
+    flip(false);
+    EXPECT_EQ(ids(), kHead);
+    EXPECT_EQ(device.listOperations(at).size(), twice.size() - 2);
+}
+
+TEST_F(MessagesPageTest, PictureRowsFollowTheRoundedOption) {
+    for (bool round : {false, true}) {
+        device.writeSettings(
+            {{"VeltoEnabledMessages", true}, {"VeltoEnabledRoundedPictures", round}});
+        open();
+        for (int index : {3, 4}) {
+            const auto icon =
+                page->specifierAtIndex(index)->propertyForKey("iconImage").as<plat::Image>();
+            ASSERT_TRUE(icon);
+            EXPECT_EQ(icon->pixel(0, 0) >> 24, round ? 0u : 0xffu) << index;
+        }
+    }
+}
+
+TEST_F(MessagesPageTest, BothFilesOfANameShareOneFolderAndGoFromThereFirst) {
+    open();
+    for (const std::string name : {Messages::kDefaultImageName, Messages::kDefaultThumbnailName})
+        EXPECT_EQ(page->getThumnailImageCacheFilePath(name), page->getImageCacheFilePath(name));
+    EXPECT_EQ(page->getImageCacheFilePath("N.png"), kCache + "/N.png");
+    EXPECT_FALSE(page->shouldShowImageAsTitle());
+
+    // Without a Messages container the copy has nowhere to go: the log says so, nothing breaks.
+    EXPECT_EQ(Messages::messagesContainerFolder(), std::nullopt);
+    device.writeText(kCache + "/N.png", "x");
+    auto at = device.journal().size();
+    page->preparePathAndRemoveItem("N.png");
+    EXPECT_EQ(logSince(at), (Ids{"Removed '" + kCache + "/N.png'",
+                                 "Removing Image to messages directory '(null)' too..."}));
+
+    const std::string container = "/var/mobile/Containers/Data/Application/SMS";
+    device.writePlist(container + "/.com.apple.mobile_container_manager.metadata.plist",
+                      Value::dictionary({{"MCMMetadataIdentifier", "com.apple.MobileSMS"}}));
+    const std::string copy = container + "/Library/Preferences/Velto/N.png";
+    EXPECT_EQ(Messages::messagesContainerFolder(), container + "/Library/Preferences/Velto");
+    device.writeText(kCache + "/N.png", "x");
+    device.writeText(copy, "x");
+    at = device.journal().size();
+    page->preparePathAndRemoveItem("N.png");
+    EXPECT_EQ(logSince(at), (Ids{"Removed '" + kCache + "/N.png'",
+                                 "Removing Image to messages directory '" + copy + "' too...",
+                                 "Removed '" + copy + "'"}));
+    EXPECT_FALSE(device.exists(kCache + "/N.png") || device.exists(copy));
+}
+
+}  // namespace
