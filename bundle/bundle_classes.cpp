@@ -4,7 +4,9 @@
 #include "contract/contract_classes.h"
 #include "core/core_classes.h"
 #include "pages/face_time_app_settings_controller.h"
+#include "pages/lock_screen_settings_controller.h"
 #include "pages/mail_app_settings_controller.h"
+#include "pages/nc_app_settings_controller.h"
 #include "pages/phone_app_settings_controller.h"
 #include "platform/prefs/runtime.h"
 
@@ -17,6 +19,8 @@ void registerBundleClasses() {
     PhoneAppSettingsController::registerClass(runtime);
     FaceTimeAppSettingsController::registerClass(runtime);
     MailAppSettingsController::registerClass(runtime);
+    LockScreenSettingsController::registerClass(runtime);
+    NCAppSettingsController::registerClass(runtime);
     VeltoDisabledAppsSettingsController::registerClass(runtime);
 }
 
