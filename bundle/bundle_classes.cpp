@@ -3,6 +3,7 @@
 #include "apps/velto_disabled_apps_settings_controller.h"
 #include "contract/contract_classes.h"
 #include "core/core_classes.h"
+#include "general/velto_general_settings_controller.h"
 #include "pages/bite_sms_app_settings_controller.h"
 #include "pages/contacts_app_settings_controller.h"
 #include "pages/face_time_app_settings_controller.h"
@@ -29,6 +30,7 @@ void registerBundleClasses() {
     BiteSMSAppSettingsController::registerClass(runtime);
     VeltoRingLedgerSettingsController::registerClass(runtime);
     VeltoNVRecentsSettingsController::registerClass(runtime);
+    VeltoGeneralSettingsController::registerClass(runtime);
     VeltoDisabledAppsSettingsController::registerClass(runtime);
 }
 
