@@ -82,24 +82,6 @@ TEST_F(GeneralPageTest, MonogramRowAndFooterFollowTheSwitch) {
     EXPECT_EQ(fresh->heldSpecifiers(), nullptr);
 }
 
-TEST_F(GeneralPageTest, LocalCacheSheetAsksFirst) {
-    auto shown = page();
-    const auto sheet = flipLocalCache(*shown, true);
-    ASSERT_NE(sheet, nullptr);
-    EXPECT_EQ(sheet->title(), std::nullopt);
-    EXPECT_EQ(sheet->message(),
-              "Are you sure you want to continue? Your device will respring once it is done.");
-    EXPECT_EQ(sheet->preferredStyle(), plat::UIAlertControllerStyleActionSheet);
-    ASSERT_EQ(sheet->actions().size(), 2u);
-    EXPECT_EQ(sheet->actions()[0]->title(), "Continue");
-    EXPECT_EQ(sheet->actions()[0]->style(), plat::UIAlertActionStyleDestructive);
-    EXPECT_EQ(sheet->actions()[1]->title(), "Cancel");
-    EXPECT_EQ(sheet->actions()[1]->style(), plat::UIAlertActionStyleCancel);
-    EXPECT_FALSE(sheet->popoverPresentationController().hasAnchor());
-    // Nothing is stored while the sheet is up.
-    EXPECT_TRUE(device.mainSettings().objectForKey(kLocalCache).isNil());
-}
-
 TEST_F(GeneralPageTest, ContinueStoresThenRestartsCancelStoresTheOldValue) {
     device.writeSettings({{kLocalCache, true}});
     auto shown = page();
@@ -133,15 +115,6 @@ TEST_F(GeneralPageTest, ASheetOutlivingItsPageStillSynchronizesAndRestarts) {
         EXPECT_EQ(effects(mark), expected) << action;
     }
     EXPECT_TRUE(device.mainSettings().objectForKey(kLocalCache).isNil());
-}
-
-TEST_F(GeneralPageTest, RoundedPicturesOnlyStores) {
-    auto shown = page();
-    shown->specifiers();
-    const auto mark = device.journal().size();
-    shown->veltoRoundedPicsEnabledOrDisabled(Value::boolean(true), shown->specifierAtIndex(3));
-    EXPECT_EQ(effects(mark), (Ids{"preference-write", "notification", "synchronize"}));
-    EXPECT_TRUE(device.mainSettings().objectForKey("VeltoEnabledRoundedPictures").boolValue());
 }
 
 TEST_F(GeneralPageTest, TrimmingKeepsTheHeadAndTheLastAndWrapsBelowTwo) {

@@ -81,15 +81,6 @@ TEST_P(LockScreenNCTest, OnInsertsEveryFileRowEvenWhenShownOffLeavesTheHead) {
         removed.push_back("-" + std::to_string(i) + "a");
     EXPECT_EQ(device.listOperations(mark), removed);
     EXPECT_EQ(shown->specifiers()->count(), 2u);
-
-    // Not built yet: the value is stored and nothing is shown.
-    auto unbuilt = page();
-    unbuilt->setHeldSpecifiers(nullptr);
-    mark = device.journal().size();
-    plat::Runtime::shared().perform(*unbuilt, GetParam().setter,
-                                    {Value::boolean(true), Value(shown->specifierAtIndex(1))});
-    EXPECT_TRUE(device.listOperations(mark).empty());
-    EXPECT_EQ(unbuilt->heldSpecifiers(), nullptr);
 }
 
 TEST_P(LockScreenNCTest, CountDownsWrapOnAnEmptyListAndLeaveShortOnesAlone) {
