@@ -89,14 +89,11 @@ void Session::open(const plat::SpecifierPtr& row, std::shared_ptr<plat::ListCont
         throw StepError(className + " answered nil to initForContentSize:");
     page->setSpecifier(row);
     if (made) *made = page;
+    // As UIKit loads a list controller's view: the rows are built first (the resource's title
+    // with them), then viewDidLoad runs, and may build on that title. A page that fails to
+    // build its rows never appears.
+    page->specifiers();
     navigation_->pushViewController(page, true);
-    try {
-        page->specifiers();
-    } catch (...) {
-        // A page that fails to build its rows never appears.
-        navigation_->popViewControllerAnimated(false);
-        throw;
-    }
 }
 
 void Session::back() {

@@ -89,6 +89,7 @@ plat::Bytes readHostFile(const std::string& file) {
 
 StepRunner::Outcome StepRunner::run(const Step& step) {
     Outcome outcome = Outcome::Done;
+    const std::size_t mark = session_.process().journal().size();
     try {
         perform(step);
         if (step.kind == StepKind::Quit) outcome = Outcome::Quit;
@@ -115,12 +116,14 @@ StepRunner::Outcome StepRunner::run(const Step& step) {
         renderer_.error(step.text, std::string("after the step: ") + e.what());
         outcome = Outcome::Failed;
     }
+    switches_.forgetRedrawn(session_.process().journal().since(mark));
     return outcome;
 }
 
 void StepRunner::show() {
     auto page = session_.topPage();
-    const PageView view = viewOf(*page, session_.depth());
+    PageView view = viewOf(*page, session_.depth());
+    switches_.apply(*page, view);
     renderer_.page(view, session_.takeJournal());
     if (screenshotFolder_.empty()) return;
     char name[16];
@@ -183,9 +186,13 @@ void StepRunner::toggle(const std::string& argument) {
         position ? page->tableViewCellForRowAtIndexPath(position->row, position->section) : nullptr;
     if (!cell || !cell->control())
         throw StepError("row " + shownName(request.row) + " is not a switch");
-    const bool value = request.value.value_or(!cell->control()->isOn());
+    const bool value = request.value.value_or(
+        !switches_.heldPosition(request.row.row).value_or(cell->control()->isOn()));
 
     const plat::SpecifierPtr& row = request.row.row;
+    // The finger moves the switch before the page hears of it; a page that redraws the row
+    // shows what it stored instead.
+    switches_.hold(page, row, value);
     if (row->setter().empty()) {
         page->setPreferenceValue(plat::Value::boolean(value), row);
         return;

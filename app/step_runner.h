@@ -3,6 +3,7 @@
 #include "app/renderer.h"
 #include "app/session.h"
 #include "app/step.h"
+#include "app/switch_positions.h"
 
 #include <string>
 
@@ -41,6 +42,7 @@ class StepRunner {
 
     Session& session_;
     Renderer& renderer_;
+    SwitchPositions switches_;
     std::string screenshotFolder_;
     int screenshotsTaken_ = 0;
 };

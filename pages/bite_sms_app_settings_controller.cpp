@@ -1,0 +1,20 @@
+#include "pages/bite_sms_app_settings_controller.h"
+
+#include "core/settings_catalogue.h"
+#include "platform/prefs/runtime.h"
+
+namespace velto {
+
+plat::SpecifierArrayPtr BiteSMSAppSettingsController::specifiers() {
+    if (heldSpecifiers()) return heldSpecifiers();
+    setHeldSpecifiers(loadSpecifiersFromPlistName("BiteSMSApp", shared_from_this()));
+    return heldSpecifiers();
+}
+
+void BiteSMSAppSettingsController::registerClass(plat::Runtime& runtime) {
+    runtime.registerClass(
+        "BiteSMSAppSettingsController", "VeltoBaseSettingsController",
+        [] { return std::make_shared<BiteSMSAppSettingsController>(); }, kBundlePath);
+}
+
+}  // namespace velto

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <string>
+
+#include "contract/velto_base_settings_controller.h"
+
+namespace velto {
+
+// Contact pictures in biteSMS. The rows are the resource's own; its switches store through the
+// platform.
+class BiteSMSAppSettingsController : public VeltoBaseSettingsController {
+  public:
+    std::string className() const override { return "BiteSMSAppSettingsController"; }
+
+    plat::SpecifierArrayPtr specifiers() override;
+
+    static void registerClass(plat::Runtime& runtime);
+};
+
+}  // namespace velto

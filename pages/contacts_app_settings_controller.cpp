@@ -1,0 +1,20 @@
+#include "pages/contacts_app_settings_controller.h"
+
+#include "core/settings_catalogue.h"
+#include "platform/prefs/runtime.h"
+
+namespace velto {
+
+plat::SpecifierArrayPtr ContactsAppSettingsController::specifiers() {
+    if (heldSpecifiers()) return heldSpecifiers();
+    setHeldSpecifiers(loadSpecifiersFromPlistName("ContactsApp", shared_from_this()));
+    return heldSpecifiers();
+}
+
+void ContactsAppSettingsController::registerClass(plat::Runtime& runtime) {
+    runtime.registerClass(
+        "ContactsAppSettingsController", "VeltoBaseSettingsController",
+        [] { return std::make_shared<ContactsAppSettingsController>(); }, kBundlePath);
+}
+
+}  // namespace velto

@@ -1,0 +1,37 @@
+#include "pages/enable_switch_page.h"
+
+#include "contract/enabled_query.h"
+#include "core/settings_catalogue.h"
+#include "pages/row_editing.h"
+#include "platform/prefs/user_defaults.h"
+
+namespace velto {
+
+bool EnableSwitchPage::isEnabled() {
+    return enabledQuery(key_, files::kMainSettings);
+}
+
+plat::SpecifierArrayPtr EnableSwitchPage::specifiers() {
+    if (heldSpecifiers()) return heldSpecifiers();
+    auto list = loadSpecifiersFromPlistName(resource_, shared_from_this());
+    if (!isEnabled()) rows::removeDownToTwo(*list, list->count() - 1);
+    setHeldSpecifiers(list);
+    return list;
+}
+
+void EnableSwitchPage::enabledOrDisabled(const plat::Value& value,
+                                         const plat::SpecifierPtr& specifier) {
+    setPreferenceValue(value, specifier);
+    plat::UserDefaults::standardUserDefaults().synchronize();
+    const auto held = heldSpecifiers();
+    if (!held) return;
+    if (value.boolValue()) {
+        // Every file row from 2 on, whatever is shown already: a second "on" shows them twice.
+        const auto fresh = loadSpecifiersFromPlistName(resource_, shared_from_this());
+        rows::insertAtOwnIndexes(*this, *fresh, 2, fresh->count(), true);
+    } else {
+        rows::removeShownDownToTwo(*this, held->count() - 1, true);
+    }
+}
+
+}  // namespace velto

@@ -1,0 +1,21 @@
+#include "pages/lock_screen_settings_controller.h"
+
+#include "core/settings_catalogue.h"
+#include "platform/prefs/runtime.h"
+#include "platform/prefs/selectors.h"
+
+namespace velto {
+
+LockScreenSettingsController::LockScreenSettingsController()
+    : EnableSwitchPage("LockScreen", keys::kLockScreen) {}
+
+void LockScreenSettingsController::registerClass(plat::Runtime& runtime) {
+    using Self = LockScreenSettingsController;
+    runtime.registerClass(
+        "LockScreenSettingsController", "VeltoBaseSettingsController",
+        [] { return std::make_shared<Self>(); }, kBundlePath);
+    plat::addSetter(runtime, "LockScreenSettingsController",
+                    "lockScreenEnabledOrDisabled:specifier:", &Self::lockScreenEnabledOrDisabled);
+}
+
+}  // namespace velto

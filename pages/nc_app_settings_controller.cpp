@@ -1,0 +1,21 @@
+#include "pages/nc_app_settings_controller.h"
+
+#include "core/settings_catalogue.h"
+#include "platform/prefs/runtime.h"
+#include "platform/prefs/selectors.h"
+
+namespace velto {
+
+NCAppSettingsController::NCAppSettingsController()
+    : EnableSwitchPage("NCApp", keys::kNotificationCenter) {}
+
+void NCAppSettingsController::registerClass(plat::Runtime& runtime) {
+    using Self = NCAppSettingsController;
+    runtime.registerClass(
+        "NCAppSettingsController", "VeltoBaseSettingsController",
+        [] { return std::make_shared<Self>(); }, kBundlePath);
+    plat::addSetter(runtime, "NCAppSettingsController",
+                    "ncAppEnabledOrDisabled:specifier:", &Self::ncAppEnabledOrDisabled);
+}
+
+}  // namespace velto

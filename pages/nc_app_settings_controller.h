@@ -1,0 +1,23 @@
+#pragma once
+
+#include <string>
+
+#include "pages/enable_switch_page.h"
+
+namespace velto {
+
+// Contact pictures in Notification Center.
+class NCAppSettingsController : public EnableSwitchPage {
+  public:
+    NCAppSettingsController();
+    std::string className() const override { return "NCAppSettingsController"; }
+
+    bool isNotificationCenterEnabled() { return isEnabled(); }
+    void ncAppEnabledOrDisabled(const plat::Value& value, const plat::SpecifierPtr& specifier) {
+        enabledOrDisabled(value, specifier);
+    }
+
+    static void registerClass(plat::Runtime& runtime);
+};
+
+}  // namespace velto

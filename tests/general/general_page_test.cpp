@@ -1,0 +1,144 @@
+#include <gtest/gtest.h>
+
+#include "general/velto_general_settings_controller.h"
+#include "platform/foundation/errors.h"
+#include "platform/prefs/runtime.h"
+#include "platform/system/journal.h"
+#include "platform/ui/alert_controller.h"
+#include "tests/support/bundle_device.h"
+
+using plat::Value;
+using velto::VeltoGeneralSettingsController;
+
+namespace {
+
+using Ids = std::vector<std::string>;
+constexpr auto ids = &testsupport::BundleDevice::ids;
+const char* const kLocalCache = "VeltoEnabledLocalCache";
+
+class GeneralPageTest : public ::testing::Test {
+  protected:
+    GeneralPageTest() {
+        // The restart must never reach this machine.
+        device.process().shell().setInterceptor([](const std::string&) {
+            return plat::ShellResult{0, ""};
+        });
+    }
+    std::shared_ptr<VeltoGeneralSettingsController> page() {
+        return device.open<VeltoGeneralSettingsController>("VeltoGeneralSettingsController");
+    }
+    static bool hasFooter(const plat::SpecifierArrayPtr& list) {
+        return !list->objectAtIndex(0)->propertyForKey("footerText").isNil();
+    }
+    // Flips the local-cache switch on a built page; the sheet it presents.
+    static std::shared_ptr<plat::AlertController> flipLocalCache(
+        VeltoGeneralSettingsController& page, bool on) {
+        const auto row = page.specifierAtIndex(page.specifiers()->count() - 1);
+        plat::Runtime::shared().perform(page, "veltoUseLocalCacheEnabledOrDisabled:specifier:",
+                                        {Value::boolean(on), Value(row)});
+        return std::dynamic_pointer_cast<plat::AlertController>(page.presentedViewController());
+    }
+    // Kinds of what happened since a mark, leaving out presentation bookkeeping.
+    std::vector<std::string> effects(std::size_t mark) const {
+        std::vector<std::string> out;
+        for (const auto& e : device.journal().since(mark))
+            if (e.kind != plat::JournalEntry::Kind::Dismiss) out.push_back(plat::kindName(e.kind));
+        return out;
+    }
+
+    testsupport::BundleDevice device;
+};
+
+TEST_F(GeneralPageTest, MonogramRowAndFooterFollowTheSwitch) {
+    auto off = page()->specifiers();
+    EXPECT_EQ(ids(off), (Ids{"MonogramGroup", "Monogram", "ShapeGroup", "Rounded Pictures",
+                             "CacheGroup", "Local Cache"}));
+    EXPECT_FALSE(hasFooter(off));
+
+    device.writeSettings({{"VeltoEnabledMonogram", true}});
+    auto built = page();
+    EXPECT_EQ(built->specifiers()->count(), 7u);
+    EXPECT_TRUE(hasFooter(built->specifiers()));
+
+    // Off then on: the row goes and comes back at the file's index, the footer with it.
+    auto mark = device.journal().size();
+    built->veltoMonogramEnabledOrDisabled(Value::boolean(false), built->specifierAtIndex(1));
+    EXPECT_EQ(device.listOperations(mark), (Ids{"-2a", "~0a"}));
+    EXPECT_EQ(ids(built->specifiers()), ids(off));
+    EXPECT_FALSE(hasFooter(built->specifiers()));
+    EXPECT_FALSE(device.mainSettings().objectForKey("VeltoEnabledMonogram").boolValue());
+
+    mark = device.journal().size();
+    built->veltoMonogramEnabledOrDisabled(Value::boolean(true), built->specifierAtIndex(1));
+    EXPECT_EQ(device.listOperations(mark), (Ids{"+2a", "~0a"}));
+    EXPECT_EQ(built->specifierAtIndex(2)->identifier(), "Colored Monogram");
+    EXPECT_TRUE(hasFooter(built->specifiers()));
+
+    // Before the list is built the switch only stores.
+    auto fresh = page();
+    mark = device.journal().size();
+    fresh->veltoMonogramEnabledOrDisabled(Value::boolean(false), built->specifierAtIndex(1));
+    EXPECT_TRUE(device.listOperations(mark).empty());
+    EXPECT_EQ(fresh->heldSpecifiers(), nullptr);
+}
+
+TEST_F(GeneralPageTest, ContinueStoresThenRestartsCancelStoresTheOldValue) {
+    device.writeSettings({{kLocalCache, true}});
+    auto shown = page();
+    auto mark = device.journal().size();
+    ASSERT_TRUE(flipLocalCache(*shown, false)->tapAction("Cancel"));
+    EXPECT_EQ(effects(mark),
+              (Ids{"present", "preference-write", "notification", "synchronize", "reload"}));
+    const Value stored = device.mainSettings().objectForKey(kLocalCache);
+    EXPECT_TRUE(stored.isInteger());
+    EXPECT_TRUE(stored.boolValue());
+
+    mark = device.journal().size();
+    ASSERT_TRUE(flipLocalCache(*shown, false)->tapAction("Continue"));
+    EXPECT_EQ(effects(mark),
+              (Ids{"present", "preference-write", "notification", "synchronize", "shell"}));
+    EXPECT_EQ(device.entries(plat::JournalEntry::Kind::Shell).back().text, "killall backboardd");
+    EXPECT_FALSE(device.mainSettings().objectForKey(kLocalCache).boolValue());
+}
+
+TEST_F(GeneralPageTest, ASheetOutlivingItsPageStillSynchronizesAndRestarts) {
+    for (const char* action : {"Continue", "Cancel"}) {
+        auto shown = page();
+        const auto sheet = flipLocalCache(*shown, true);
+        const std::weak_ptr<VeltoGeneralSettingsController> gone = shown;
+        shown.reset();
+        ASSERT_TRUE(gone.expired()) << "the sheet's actions keep the page alive";
+        const auto mark = device.journal().size();
+        ASSERT_TRUE(sheet->tapAction(action));
+        const Ids expected =
+            std::string(action) == "Continue" ? Ids{"synchronize", "shell"} : Ids{"synchronize"};
+        EXPECT_EQ(effects(mark), expected) << action;
+    }
+    EXPECT_TRUE(device.mainSettings().objectForKey(kLocalCache).isNil());
+}
+
+TEST_F(GeneralPageTest, TrimmingKeepsTheHeadAndTheLastAndWrapsBelowTwo) {
+    auto shown = page();
+    for (std::size_t n = 0; n <= 5; ++n) {
+        auto list = std::make_shared<plat::SpecifierArray>();
+        for (std::size_t i = 0; i < n; ++i)
+            list->addObject(plat::Specifier::groupSpecifierWithName(std::to_string(i)));
+        if (n < 2) {
+            EXPECT_THROW(shown->disableMonogramRelatedSettings(list), plat::RangeError) << n;
+            continue;
+        }
+        shown->disableMonogramRelatedSettings(list);
+        Ids expected{"0", "1"};
+        if (n > 2) expected.push_back(std::to_string(n - 1));
+        EXPECT_EQ(ids(list), expected) << n;
+    }
+}
+
+TEST_F(GeneralPageTest, AResourceWithoutTheMonogramRowFailsWithTheRangeError) {
+    auto file = device.readPlist(std::string(device.kBundle) + "/General.plist");
+    file.objectForKey("items").objectAtIndex(2).setValueForKey("id", "Tinted Monogram");
+    device.writeResource("General", file);
+    EXPECT_THROW(page()->specifiers(), plat::RangeError);
+}
+
+}  // namespace

@@ -1,0 +1,115 @@
+#include <gtest/gtest.h>
+
+#include "pages/lock_screen_settings_controller.h"
+#include "pages/nc_app_settings_controller.h"
+#include "platform/foundation/errors.h"
+#include "platform/prefs/runtime.h"
+#include "tests/support/bundle_device.h"
+
+using plat::Value;
+
+namespace {
+
+using Ids = std::vector<std::string>;
+
+// The two pages are one implementation under two names, files, keys and setters.
+struct SwitchPage {
+    const char* className;
+    const char* resource;
+    const char* key;
+    const char* setter;
+};
+
+class LockScreenNCTest : public ::testing::TestWithParam<SwitchPage> {
+  protected:
+    std::shared_ptr<velto::EnableSwitchPage> page() {
+        return device.open<velto::EnableSwitchPage>(GetParam().className);
+    }
+    bool enabled(velto::EnableSwitchPage& page) {
+        if (auto lock = dynamic_cast<velto::LockScreenSettingsController*>(&page))
+            return lock->isVeltoEnabledForLockScreen();
+        return dynamic_cast<velto::NCAppSettingsController&>(page).isNotificationCenterEnabled();
+    }
+    void flip(velto::EnableSwitchPage& page, bool on) {
+        plat::Runtime::shared().perform(page, GetParam().setter,
+                                        {Value::boolean(on), Value(page.specifierAtIndex(1))});
+    }
+    std::size_t fileRows() {
+        return device.readPlist(std::string(device.kBundle) + "/" + GetParam().resource + ".plist")
+            .objectForKey("items")
+            .count();
+    }
+
+    testsupport::BundleDevice device;
+};
+
+TEST_P(LockScreenNCTest, TheKeyDecidesTheRowsAtOpen) {
+    // Absent, unreadable and false all read as off: the head only.
+    auto absent = page();
+    EXPECT_FALSE(enabled(*absent));
+    EXPECT_EQ(absent->specifiers()->count(), 2u);
+    device.writeText(device.kMainSettings, "garbage");
+    EXPECT_EQ(page()->specifiers()->count(), 2u);
+
+    device.writeSettings({{GetParam().key, true}});
+    auto on = page();
+    EXPECT_TRUE(enabled(*on));
+    EXPECT_EQ(on->specifiers()->count(), fileRows());
+}
+
+TEST_P(LockScreenNCTest, OnInsertsEveryFileRowEvenWhenShownOffLeavesTheHead) {
+    auto shown = page();
+    shown->specifiers();
+    auto mark = device.journal().size();
+    flip(*shown, true);
+    Ids inserted;
+    for (std::size_t i = 2; i < fileRows(); ++i)
+        inserted.push_back("+" + std::to_string(i) + "a");
+    EXPECT_EQ(device.listOperations(mark), inserted);
+    EXPECT_TRUE(device.mainSettings().objectForKey(GetParam().key).boolValue());
+    EXPECT_EQ(device.notifications().back(), "com.norvale.veltosettingschanged");
+
+    // A second "on" does not look at what is shown: the rows come in again.
+    flip(*shown, true);
+    const std::size_t doubled = 2 + 2 * (fileRows() - 2);
+    EXPECT_EQ(shown->specifiers()->count(), doubled);
+
+    mark = device.journal().size();
+    flip(*shown, false);
+    Ids removed;
+    for (std::size_t i = doubled - 1; i >= 2; --i)
+        removed.push_back("-" + std::to_string(i) + "a");
+    EXPECT_EQ(device.listOperations(mark), removed);
+    EXPECT_EQ(shown->specifiers()->count(), 2u);
+}
+
+TEST_P(LockScreenNCTest, CountDownsWrapOnAnEmptyListAndLeaveShortOnesAlone) {
+    device.writeResource(GetParam().resource, Value::dictionary({{"items", Value::array()}}));
+    EXPECT_THROW(page()->specifiers(), plat::RangeError);
+
+    auto shown = page();
+    for (std::size_t n : {0, 1, 2}) {
+        auto list = std::make_shared<plat::SpecifierArray>();
+        for (std::size_t i = 0; i < n; ++i)
+            list->addObject(plat::Specifier::emptyGroupSpecifier());
+        shown->setHeldSpecifiers(list);
+        const plat::Arguments off{Value::boolean(false),
+                                  Value(plat::Specifier::emptyGroupSpecifier())};
+        if (n == 0)
+            EXPECT_THROW(plat::Runtime::shared().perform(*shown, GetParam().setter, off),
+                         plat::RangeError);
+        else
+            plat::Runtime::shared().perform(*shown, GetParam().setter, off);
+        EXPECT_EQ(list->count(), n);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Pages, LockScreenNCTest,
+    ::testing::Values(SwitchPage{"LockScreenSettingsController", "LockScreen", "VeltoEnabledLS",
+                                 "lockScreenEnabledOrDisabled:specifier:"},
+                      SwitchPage{"NCAppSettingsController", "NCApp", "VeltoEnabledNC",
+                                 "ncAppEnabledOrDisabled:specifier:"}),
+    [](const auto& info) { return std::string(info.param.resource); });
+
+}  // namespace
