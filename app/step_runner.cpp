@@ -10,9 +10,11 @@
 #include "app/step_error.h"
 #include "platform/foundation/errors.h"
 #include "platform/prefs/runtime.h"
+#include "platform/ui/activity_view_controller.h"
 #include "platform/ui/alert_controller.h"
 #include "platform/ui/image.h"
 #include "platform/ui/image_picker_controller.h"
+#include "platform/ui/mail_compose_view_controller.h"
 
 namespace velto::app {
 
@@ -58,6 +60,20 @@ std::shared_ptr<plat::ImagePickerController> requirePicker(const plat::ListContr
     auto picker = std::dynamic_pointer_cast<plat::ImagePickerController>(presentedOver(page));
     if (!picker) throw StepError("no photo picker is presented");
     return picker;
+}
+
+// A mail composer or share sheet closes the way its user closes it: Cancel. False when what is
+// presented is neither.
+bool cancelComposer(const std::shared_ptr<plat::ViewController>& presented) {
+    if (auto mail = std::dynamic_pointer_cast<plat::MailComposeViewController>(presented)) {
+        if (!mail->cancel()) throw StepError("the mail composer has no delegate to close it");
+        return true;
+    }
+    if (auto sheet = std::dynamic_pointer_cast<plat::ActivityViewController>(presented)) {
+        sheet->cancel();
+        return true;
+    }
+    return false;
 }
 
 plat::Bytes readHostFile(const std::string& file) {
@@ -193,8 +209,9 @@ void StepRunner::tap(const std::string& argument) {
 }
 
 void StepRunner::choose(const std::string& title) {
-    auto alert = std::dynamic_pointer_cast<plat::AlertController>(
-        requirePresented(*session_.topPage(), "choose from"));
+    auto presented = requirePresented(*session_.topPage(), "choose from");
+    if (title == "Cancel" && cancelComposer(presented)) return;
+    auto alert = std::dynamic_pointer_cast<plat::AlertController>(presented);
     if (!alert) throw StepError("what is presented is not an alert or sheet");
     if (!alert->tapAction(title))
         throw StepError("the presented alert has no action '" + title + "'");
@@ -202,6 +219,7 @@ void StepRunner::choose(const std::string& title) {
 
 void StepRunner::dismiss() {
     auto presented = requirePresented(*session_.topPage(), "dismiss");
+    if (cancelComposer(presented)) return;
     if (!presented->presentsAsPopover()) throw StepError("what is presented is not a popover");
     if (auto alert = std::dynamic_pointer_cast<plat::AlertController>(presented)) {
         alert->dismissByTappingOutside();
@@ -219,6 +237,7 @@ void StepRunner::pick(const std::string& file) {
 }
 
 void StepRunner::cancel() {
+    if (cancelComposer(presentedOver(*session_.topPage()))) return;
     auto picker = requirePicker(*session_.topPage());
     if (!picker->cancel()) throw StepError("the photo picker has no delegate");
 }
