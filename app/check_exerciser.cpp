@@ -9,8 +9,10 @@
 #include "device/bundle_install.h"
 #include "platform/foundation/errors.h"
 #include "platform/prefs/runtime.h"
+#include "platform/ui/activity_view_controller.h"
 #include "platform/ui/alert_controller.h"
 #include "platform/ui/image_picker_controller.h"
+#include "platform/ui/mail_compose_view_controller.h"
 
 namespace velto::app {
 
@@ -330,7 +332,9 @@ void Exerciser::operate(const std::optional<Link>& link, const StoredState& stat
     } else if (std::dynamic_pointer_cast<plat::ImagePickerController>(presented)) {
         answers.push_back({StepKind::Pick, picture_.string(), "pick a picture"});
         answers.push_back({StepKind::Cancel, "", "cancel"});
-    } else if (presented && presented->presentsAsPopover()) {
+    } else if (std::dynamic_pointer_cast<plat::MailComposeViewController>(presented) ||
+               std::dynamic_pointer_cast<plat::ActivityViewController>(presented) ||
+               (presented && presented->presentsAsPopover())) {
         answers.push_back({StepKind::Dismiss, "", "dismiss"});
     }
     for (std::size_t i = 0; i < answers.size(); ++i) {

@@ -40,6 +40,9 @@ void declareDeviceInit(CLI::App& command, DeviceInitRequest& request) {
         ->check(CLI::Range(0, 100000));
     command.add_flag("--no-extension", request.noExtension,
                      "the extension does not answer requests");
+    command.add_option("--extension-version", request.extensionVersion,
+                       "the version the extension reports of itself (default: the "
+                       "com.norvale.velto2 package's)");
     command.add_flag("--demo", request.demo,
                      "the demo content: about thirty apps, the product installed, on");
     command.add_flag("--force", request.force,
@@ -73,6 +76,7 @@ int runDeviceInit(const DeviceInitRequest& request, bool json) {
     options.scale = request.scale;
     options.faceTime = !request.noFaceTime;
     options.extensionAnswers = !request.noExtension;
+    options.extensionVersion = request.extensionVersion;
     for (const std::string& text : request.apps) {
         std::string error;
         auto app = device::parseAppChoice(text, &error);

@@ -22,6 +22,7 @@ struct DeviceInitRequest {
     int userApps = 0;
     std::vector<std::string> apps;
     std::vector<std::string> packages;
+    std::string extensionVersion;
 };
 
 // Declares the subcommand's arguments on `command`, filling `request`.

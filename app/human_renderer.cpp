@@ -52,6 +52,10 @@ std::vector<std::string> wrapped(const std::string& text, std::size_t width) {
     return lines;
 }
 
+std::string byteCount(std::size_t bytes) {
+    return std::to_string(bytes) + (bytes == 1 ? " byte" : " bytes");
+}
+
 }  // namespace
 
 std::string HumanRenderer::paint(const char* code, const std::string& text) const {
@@ -61,7 +65,17 @@ std::string HumanRenderer::paint(const char* code, const std::string& text) cons
 
 void HumanRenderer::row(const RowView& row) {
     std::string line = "  " + padded("#" + std::to_string(row.index), 4) + " ";
-    line += padded(row.label.value_or(""), kLabelWidth);
+    // A cell that draws its own text (a header) shows it, a line at a time, where a label
+    // would stand.
+    std::vector<std::string> textLines;
+    if (!row.label && row.text) {
+        std::istringstream text(*row.text);
+        for (std::string part; std::getline(text, part);)
+            textLines.push_back(part);
+    }
+    const std::string label =
+        textLines.empty() ? row.label.value_or("") : paint(kBold, textLines.front());
+    line += textLines.empty() ? padded(label, kLabelWidth) : label;
     const std::string icon = row.icon ? "[icon " + std::to_string(row.icon->width) + "x" +
                                             std::to_string(row.icon->height) + "]"
                                       : "";
@@ -72,17 +86,47 @@ void HumanRenderer::row(const RowView& row) {
     // Trailing blanks of the padding serve no one.
     line.erase(line.find_last_not_of(' ') + 1);
     out_ << line << "\n";
+    for (std::size_t i = 1; i < textLines.size(); ++i)
+        out_ << "       " << textLines[i] << "\n";
 }
 
 void HumanRenderer::presented(const PresentedView& presented) {
+<<<<<<< HEAD
     std::string head = presented.kind == "other" ? presented.className : presented.kind;
     if (presented.popover)
         head += presented.anchor ? " (popover at " + *presented.anchor + ")" : " (popover)";
+=======
+    std::string head = presented.kind == "other"   ? presented.className
+                       : presented.kind == "mail"  ? "mail composer"
+                       : presented.kind == "share" ? "share sheet"
+                                                   : presented.kind;
+    if (presented.popover) head += " (popover)";
+>>>>>>> about
     out_ << "\n  " << paint(kYellow, "┌ " + head)
          << (presented.title ? ": " + paint(kBold, *presented.title) : "") << "\n";
     if (presented.message)
         for (const std::string& line : wrapped(*presented.message, kFooterWidth))
             out_ << "  │ " << line << "\n";
+    if (const auto& mail = presented.mail) {
+        std::string to;
+        for (const std::string& address : mail->to)
+            to += (to.empty() ? "" : ", ") + address;
+        out_ << "  │ To: " << to << "\n";
+        out_ << "  │ Subject: " << mail->subject << "\n";
+        for (const auto& attachment : mail->attachments)
+            out_ << "  │ Attachment: " << attachment.name << " (" << byteCount(attachment.size)
+                 << ")\n";
+        if (mail->attachments.empty()) out_ << "  │ " << paint(kDim, "(no attachment)") << "\n";
+    }
+    if (const auto& share = presented.share) {
+        for (const std::string& line : wrapped(share->text.value_or(""), kFooterWidth))
+            out_ << "  │ " << line << "\n";
+        if (share->image)
+            out_ << "  │ "
+                 << paint(kDim, "[image " + std::to_string(share->image->width) + "x" +
+                                    std::to_string(share->image->height) + "]")
+                 << "\n";
+    }
     if (!presented.actions.empty()) {
         std::string actions;
         for (const ActionView& action : presented.actions) {

@@ -14,6 +14,7 @@ json rowJson(const RowView& row) {
     json out = {{"index", row.index},
                 {"cell", row.cell},
                 {"label", optional(row.label)},
+                {"text", optional(row.text)},
                 {"id", optional(row.id)},
                 {"footer", optional(row.footer)},
                 {"value", row.value ? json(*row.value) : json(nullptr)},
@@ -29,6 +30,7 @@ json presentedJson(const std::optional<PresentedView>& presented) {
     json actions = json::array();
     for (const ActionView& action : presented->actions)
         actions.push_back({{"title", action.title}, {"style", action.style}});
+<<<<<<< HEAD
     return {{"kind", presented->kind},
             {"class", presented->className},
             {"title", optional(presented->title)},
@@ -36,6 +38,31 @@ json presentedJson(const std::optional<PresentedView>& presented) {
             {"actions", actions},
             {"popover", presented->popover},
             {"anchor", optional(presented->anchor)}};
+=======
+    json out = {{"kind", presented->kind},
+                {"class", presented->className},
+                {"title", optional(presented->title)},
+                {"message", optional(presented->message)},
+                {"actions", actions},
+                {"popover", presented->popover},
+                {"mail", nullptr},
+                {"share", nullptr}};
+    if (const auto& mail = presented->mail) {
+        json attachments = json::array();
+        for (const auto& attachment : mail->attachments)
+            attachments.push_back({{"name", attachment.name},
+                                   {"mime", attachment.mimeType},
+                                   {"size", attachment.size}});
+        out["mail"] = {{"to", mail->to}, {"subject", mail->subject}, {"attachments", attachments}};
+    }
+    if (const auto& share = presented->share) {
+        out["share"] = {{"text", optional(share->text)}, {"image", nullptr}};
+        if (share->image)
+            out["share"]["image"] = {{"width", share->image->width},
+                                     {"height", share->image->height}};
+    }
+    return out;
+>>>>>>> about
 }
 
 std::string base64(const plat::Bytes& bytes) {

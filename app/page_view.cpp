@@ -1,9 +1,14 @@
 #include "app/page_view.h"
 
+<<<<<<< HEAD
 #include "platform/prefs/table_cell.h"
+=======
+#include "platform/ui/activity_view_controller.h"
+>>>>>>> about
 #include "platform/ui/alert_controller.h"
 #include "platform/ui/image.h"
 #include "platform/ui/image_picker_controller.h"
+#include "platform/ui/mail_compose_view_controller.h"
 #include "platform/ui/navigation_controller.h"
 
 namespace velto::app {
@@ -65,6 +70,19 @@ PresentedView presentedView(const plat::ViewController& controller) {
             view.actions.push_back({action->title(), styleName(action->style())});
     } else if (dynamic_cast<const plat::ImagePickerController*>(&controller)) {
         view.kind = "picker";
+    } else if (auto* mail = dynamic_cast<const plat::MailComposeViewController*>(&controller)) {
+        view.kind = "mail";
+        MailView draft{mail->toRecipients(), mail->subject(), {}};
+        for (const auto& attachment : mail->attachments())
+            draft.attachments.push_back(
+                {attachment.fileName, attachment.mimeType, attachment.data.size()});
+        view.mail = std::move(draft);
+    } else if (auto* sheet = dynamic_cast<const plat::ActivityViewController*>(&controller)) {
+        view.kind = "share";
+        ShareView shared{sheet->text(), std::nullopt};
+        if (auto image = sheet->image())
+            shared.image = RowView::Icon{image->pixelWidth(), image->pixelHeight()};
+        view.share = std::move(shared);
     } else {
         view.kind = "other";
     }
@@ -104,8 +122,11 @@ PageView viewOf(plat::ListController& page, std::size_t depth) {
             const std::size_t index = page.indexForRow(row, section);
             shown.rows.push_back(index);
             auto cell = page.tableViewCellForRowAtIndexPath(row, section);
-            if (cell && cell->control() && index < view.rows.size())
-                view.rows[index].value = cell->control()->isOn();
+            if (!cell || index >= view.rows.size()) continue;
+            RowView& shownRow = view.rows[index];
+            if (cell->control()) shownRow.value = cell->control()->isOn();
+            if (cell->textLabel().text() && cell->textLabel().text() != shownRow.label)
+                shownRow.text = cell->textLabel().text();
         }
         view.sections.push_back(std::move(shown));
     }

@@ -15,6 +15,8 @@ struct RowView {
     std::size_t index = 0;
     std::string cell;  // PSGroupCell, PSLinkCell, PSSwitchCell...
     std::optional<std::string> label;
+    // What a cell of its own class shows in place of the label (a header's text).
+    std::optional<std::string> text;
     std::optional<std::string> id;  // only an identifier of its own; never the label standing in
     std::optional<std::string> footer;
     std::optional<bool> value;  // switches only
@@ -39,8 +41,27 @@ struct ActionView {
     std::string style;  // default, cancel, destructive
 };
 
-// The controller presented over the page: an alert, an action sheet, the photo picker, or
-// something else ("other", named by its class).
+// A mail composer's draft: recipients, subject and attachments (by name and byte size).
+struct MailView {
+    struct Attachment {
+        std::string name;
+        std::string mimeType;
+        std::size_t size = 0;
+    };
+    std::vector<std::string> to;
+    std::string subject;
+    std::vector<Attachment> attachments;
+};
+
+// A share sheet's text and the pixel size of its image.
+struct ShareView {
+    std::optional<std::string> text;
+    std::optional<RowView::Icon> image;
+};
+
+// The controller presented over the page: an alert, an action sheet, the photo picker, a
+// mail composer ("mail"), a share sheet ("share"), or something else ("other", named by its
+// class).
 struct PresentedView {
     std::string kind;
     std::string className;
@@ -48,9 +69,14 @@ struct PresentedView {
     std::optional<std::string> message;
     std::vector<ActionView> actions;
     bool popover = false;
+<<<<<<< HEAD
     // The row a popover points at (its identifier, else its label), when it points at a row's
     // cell; nullopt for anything else.
     std::optional<std::string> anchor;
+=======
+    std::optional<MailView> mail;
+    std::optional<ShareView> share;
+>>>>>>> about
 };
 
 struct PageView {

@@ -11,10 +11,15 @@
 #include "app/step_error.h"
 #include "platform/foundation/errors.h"
 #include "platform/prefs/runtime.h"
+<<<<<<< HEAD
 #include "platform/prefs/specifier.h"
+=======
+#include "platform/ui/activity_view_controller.h"
+>>>>>>> about
 #include "platform/ui/alert_controller.h"
 #include "platform/ui/image.h"
 #include "platform/ui/image_picker_controller.h"
+#include "platform/ui/mail_compose_view_controller.h"
 
 namespace velto::app {
 
@@ -62,9 +67,26 @@ std::shared_ptr<plat::ImagePickerController> requirePicker(const plat::ListContr
     return picker;
 }
 
+<<<<<<< HEAD
 // A picture from the user's machine: a regular file of at most the size a phone's photo
 // library would hand over. `pick /dev/zero` or a FIFO must fail the step, not fill memory or
 // wait for ever.
+=======
+// A mail composer or share sheet closes the way its user closes it: Cancel. False when what is
+// presented is neither.
+bool cancelComposer(const std::shared_ptr<plat::ViewController>& presented) {
+    if (auto mail = std::dynamic_pointer_cast<plat::MailComposeViewController>(presented)) {
+        if (!mail->cancel()) throw StepError("the mail composer has no delegate to close it");
+        return true;
+    }
+    if (auto sheet = std::dynamic_pointer_cast<plat::ActivityViewController>(presented)) {
+        sheet->cancel();
+        return true;
+    }
+    return false;
+}
+
+>>>>>>> about
 plat::Bytes readHostFile(const std::string& file) {
     constexpr std::uintmax_t kPictureLimit = std::uintmax_t{64} << 20;
     std::error_code error;
@@ -224,8 +246,9 @@ void StepRunner::tap(const std::string& argument) {
 }
 
 void StepRunner::choose(const std::string& title) {
-    auto alert = std::dynamic_pointer_cast<plat::AlertController>(
-        requirePresented(*session_.topPage(), "choose from"));
+    auto presented = requirePresented(*session_.topPage(), "choose from");
+    if (title == "Cancel" && cancelComposer(presented)) return;
+    auto alert = std::dynamic_pointer_cast<plat::AlertController>(presented);
     if (!alert) throw StepError("what is presented is not an alert or sheet");
     if (!alert->tapAction(title))
         throw StepError("the presented alert has no action '" + title + "'");
@@ -233,6 +256,7 @@ void StepRunner::choose(const std::string& title) {
 
 void StepRunner::dismiss() {
     auto presented = requirePresented(*session_.topPage(), "dismiss");
+    if (cancelComposer(presented)) return;
     if (!presented->presentsAsPopover()) throw StepError("what is presented is not a popover");
     if (auto alert = std::dynamic_pointer_cast<plat::AlertController>(presented)) {
         alert->dismissByTappingOutside();
@@ -264,6 +288,7 @@ void StepRunner::pick(const std::string& argument) {
 }
 
 void StepRunner::cancel() {
+    if (cancelComposer(presentedOver(*session_.topPage()))) return;
     auto picker = requirePicker(*session_.topPage());
     if (!picker->cancel()) throw StepError("the photo picker has no delegate");
 }

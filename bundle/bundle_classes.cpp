@@ -1,5 +1,7 @@
 #include "bundle/bundle_classes.h"
 
+#include "about/velto_misc_controller.h"
+#include "about/velto_package_header_cell.h"
 #include "apps/velto_disabled_apps_settings_controller.h"
 #include "contract/contract_classes.h"
 #include "core/core_classes.h"
@@ -34,6 +36,8 @@ void registerBundleClasses() {
     VeltoNVRecentsSettingsController::registerClass(runtime);
     VeltoGeneralSettingsController::registerClass(runtime);
     VeltoDisabledAppsSettingsController::registerClass(runtime);
+    VeltoMiscController::registerClass(runtime);
+    VeltoPackageHeaderCell::registerClass(runtime);
 }
 
 }  // namespace velto

@@ -66,6 +66,12 @@ void addDemoContent(DeviceOptions& options) {
             [&](const PackageChoice& other) { return other.identifier == package.identifier; });
         if (!chosen) options.packages.push_back(package);
     }
+    // What the extension wrote while logging was on once, so the About page has a log to mail.
+    options.extensionLog =
+        "2026-11-20 09:12:04 Velto 2.1.0-1 loaded into SpringBoard\n"
+        "2026-11-20 09:12:04 Settings read: Phone, Messages, Mail on\n"
+        "2026-11-20 09:13:37 MobilePhone: pictures for 212 contacts\n"
+        "2026-11-20 09:15:02 MobileSMS: no picture for +1 555 0142, monogram shown\n";
     options.mainSettings =
         plat::Value::dictionary({{keys::kMasterSwitch, plat::Value::boolean(true)},
                                  {keys::kPhone, plat::Value::boolean(true)},

@@ -12,7 +12,8 @@ namespace velto::device {
 std::vector<AppChoice> demoApps(plat::DeviceFamily family);
 
 // Adds the demo's content to options: its applications (after any already chosen), the
-// product's package at a released version, and a main settings file with the master switch on.
+// product's package at a released version, a main settings file with the master switch on, and
+// a few lines of the extension's log.
 void addDemoContent(DeviceOptions& options);
 
 inline constexpr const char* kDemoProductVersion = "2.1.0-1";

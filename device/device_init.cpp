@@ -2,6 +2,7 @@
 
 #include <stdexcept>
 
+#include "contract/velto_utils.h"
 #include "device/app_installer.h"
 #include "device/bundle_install.h"
 #include "device/device_profile.h"
@@ -16,6 +17,12 @@ namespace {
 void require(bool ok, const std::string& what, const std::filesystem::path& folder) {
     if (!ok)
         throw std::runtime_error("cannot write " + what + " into the device at " + folder.string());
+}
+
+bool writeExtensionLog(const plat::DeviceRoot& root, const std::string& text) {
+    const std::string path = VeltoUtils::kLogFilePath;
+    return root.createDirectory(path.substr(0, path.rfind('/')), true) &&
+           root.writeFile(path, plat::Bytes(text.begin(), text.end()), true);
 }
 
 }  // namespace
@@ -46,6 +53,8 @@ void initDevice(const std::filesystem::path& folder, const DeviceOptions& option
         require(!installApp(root, app, options.family, options.scale).empty(),
                 "the application " + app.bundleIdentifier, folder);
     require(writePackageDatabase(root, options.packages), "the package database", folder);
+    if (!options.extensionLog.empty())
+        require(writeExtensionLog(root, options.extensionLog), "the extension's log", folder);
     if (!options.mainSettings.isNil())
         require(writeBinaryPlist(root, kMainSettingsFile, options.mainSettings),
                 "the main settings file", folder);

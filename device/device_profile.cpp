@@ -19,20 +19,29 @@ const char* productTypeFor(plat::DeviceFamily family) {
 }
 
 bool writeDeviceProfile(const plat::DeviceRoot& root, const DeviceOptions& options) {
-    return writeBinaryPlist(
-        root, kDeviceProfile,
-        plat::Value::dictionary(
-            {{"DeviceFamily", plat::familyName(options.family)},
-             {"ProductType", productTypeFor(options.family)},
-             {"FaceTime", plat::Value::boolean(options.faceTime)},
-             {"ScreenScale", plat::Value::integer(options.scale)},
-             {"ExtensionAnswers", plat::Value::boolean(options.extensionAnswers)}}));
+    plat::Value profile = plat::Value::dictionary(
+        {{"DeviceFamily", plat::familyName(options.family)},
+         {"ProductType", productTypeFor(options.family)},
+         {"FaceTime", plat::Value::boolean(options.faceTime)},
+         {"ScreenScale", plat::Value::integer(options.scale)},
+         {"ExtensionAnswers", plat::Value::boolean(options.extensionAnswers)}});
+    if (!options.extensionVersion.empty())
+        profile.setValueForKey("ExtensionVersion", options.extensionVersion);
+    return writeBinaryPlist(root, kDeviceProfile, profile);
 }
 
 bool writeSystemVersion(const plat::DeviceRoot& root, const std::string& version) {
     return writeBinaryPlist(
         root, kSystemVersionFile,
         plat::Value::dictionary({{"ProductName", "iPhone OS"}, {"ProductVersion", version}}));
+}
+
+std::optional<std::string> extensionVersion(const plat::DeviceRoot& root) {
+    const auto bytes = root.readFile(kDeviceProfile);
+    if (!bytes) return std::nullopt;
+    const plat::Value version = plat::propertyListFromData(*bytes).objectForKey("ExtensionVersion");
+    if (!version.isString()) return std::nullopt;
+    return version.str();
 }
 
 bool extensionAnswers(const plat::DeviceRoot& root) {

@@ -52,7 +52,8 @@ plat::Value applicationRecords(const plat::DeviceRoot& root) {
 }
 
 plat::Value productInformation(const plat::DeviceRoot& root) {
-    const auto version = installedPackageVersion(root, kProductPackage);
+    auto version = extensionVersion(root);
+    if (!version) version = installedPackageVersion(root, kProductPackage);
     if (!version) return replyWith(plat::Value());
     return replyWith(plat::Value::dictionary({{"Version", *version}}));
 }

@@ -17,8 +17,9 @@ namespace velto::device {
 //                                 when its "VeltoServiceMessageID" is 6, the icon request kind}
 //   "com.norvale.velto.apps"     {"VeltoServiceMessageData": archived array of application
 //                                 records, one per installed app}
-//   "com.norvale.velto.product"  {"VeltoServiceMessageData": archived {"Version": ...} from the
-//                                 package database's entry for com.norvale.velto2}
+//   "com.norvale.velto.product"  {"VeltoServiceMessageData": archived {"Version": ...}: the
+//                                 profile's ExtensionVersion, else the package database's
+//                                 entry for com.norvale.velto2}
 // Anything it does not know gets no reply. An app or package it cannot find gets a reply
 // without payload, as SpringBoard answers when it has nothing to give. The device is read
 // afresh for every request, so applications installed meanwhile are seen.

@@ -3,8 +3,10 @@
 #include <algorithm>
 
 #include "platform/prefs/table_cell.h"
+#include "platform/ui/activity_view_controller.h"
 #include "platform/ui/alert_controller.h"
 #include "platform/ui/image_picker_controller.h"
+#include "platform/ui/mail_compose_view_controller.h"
 #include "platform/ui/navigation_controller.h"
 #include "screen/shapes.h"
 
@@ -44,7 +46,7 @@ class PresentedPainter {
         }
         if (presented.presentsAsPopover()) return paintPopover(presented);
         const bool picker = dynamic_cast<const plat::ImagePickerController*>(&presented) != nullptr;
-        paintSheet(presented.title().value_or(picker ? "Photos" : ""), picker);
+        paintSheet(presented, presented.title().value_or(picker ? "Photos" : ""), picker);
     }
 
   private:
@@ -210,14 +212,15 @@ class PresentedPainter {
             cairo_save(cr_);
             roundedPath(cr_, box, 13);
             cairo_clip(cr_);
-            content(box, boxY, controller.title().value_or(picker ? "Photos" : ""), picker);
+            content(controller, box, boxY, controller.title().value_or(picker ? "Photos" : ""),
+                    picker);
             cairo_restore(cr_);
         }
         shot_.popover = PopoverFrame{box, plat::Point{anchorMid, tipY}, anchorRow_};
     }
 
     // A modal sheet: full screen before iOS 13, a card from 13 on; a form sheet on an iPad.
-    void paintSheet(const std::string& title, bool picker) {
+    void paintSheet(const plat::ViewController& controller, const std::string& title, bool picker) {
         plat::Rect card{{0, 0}, {look_.width, look_.height}};
         bool rounded = false;
         if (look_.iPad) {
@@ -234,13 +237,15 @@ class PresentedPainter {
         cairo_save(cr_);
         roundedPath(cr_, card, radius, true, look_.iPad);
         cairo_clip(cr_);
-        content(card, rounded ? card.origin.y : look_.statusBar, title, picker);
+        content(controller, card, rounded ? card.origin.y : look_.statusBar, title, picker);
         cairo_restore(cr_);
     }
 
     // What a presented controller shows inside its frame: a bar with its title and Cancel,
-    // and for the photo picker a grid of photos.
-    void content(plat::Rect card, double barTop, const std::string& title, bool picker) {
+    // and for the photo picker a grid of photos, for a mail its fields and attachments, for a
+    // share sheet what it shares.
+    void content(const plat::ViewController& controller, plat::Rect card, double barTop,
+                 const std::string& title, bool picker) {
         fillRect(cr_, card, kWhite);
         const plat::Rect bar{{card.origin.x, card.origin.y},
                              {card.size.width, barTop - card.origin.y + 56}};
@@ -253,6 +258,11 @@ class PresentedPainter {
         text_.draw(title, titleStyle, card.origin.x + 90, barTop + 17, card.size.width - 180);
         const TextStyle cancelStyle{17, Weight::Regular, look_.tint, PANGO_ALIGN_RIGHT, 1};
         text_.draw("Cancel", cancelStyle, card.origin.x + card.size.width - 116, barTop + 17, 100);
+        const double below = bar.origin.y + bar.size.height;
+        if (auto* mail = dynamic_cast<const plat::MailComposeViewController*>(&controller))
+            mailDraft(*mail, card, below);
+        else if (auto* sheet = dynamic_cast<const plat::ActivityViewController*>(&controller))
+            sharedItems(*sheet, card, below);
         if (picker) {
             // A grid of photo placeholders, as the library looks while it loads.
             const double gap = 2;
@@ -268,6 +278,59 @@ class PresentedPainter {
                          Rgba{shade, shade, shade + 0.02, 1});
             }
         }
+    }
+
+    // The mail's header fields, one per line under a hairline, then each attachment as a
+    // rounded tile with its name and size.
+    void mailDraft(const plat::MailComposeViewController& mail, plat::Rect card, double top) {
+        const double x = card.origin.x + 16, width = card.size.width - 32;
+        const TextStyle field{15, Weight::Regular, look_.secondaryText, PANGO_ALIGN_LEFT, 1};
+        const TextStyle value{15, Weight::Regular, kBlack, PANGO_ALIGN_LEFT, 1};
+        std::string to;
+        for (const std::string& address : mail.toRecipients())
+            to += (to.empty() ? "" : ", ") + address;
+        for (const auto& [name, text] : {std::pair<std::string, std::string>{"To:", to},
+                                         {"Cc/Bcc:", ""},
+                                         {"Subject:", mail.subject()}}) {
+            const double labelWidth = text_.lineWidth(name, field) + 6;
+            text_.draw(name, field, x, top + 12, labelWidth);
+            text_.draw(text, value, x + labelWidth, top + 12, width - labelWidth);
+            top += 44;
+            fillRect(cr_, plat::Rect{{x, top}, {width, 0.5}}, kLine);
+        }
+        top += 16;
+        for (const auto& attachment : mail.attachments()) {
+            const plat::Rect tile{{x, top}, {std::min(width, 220.0), 56}};
+            roundedPath(cr_, tile, 8);
+            setColor(cr_, kPanel);
+            cairo_fill(cr_);
+            text_.draw(attachment.fileName,
+                       TextStyle{15, Weight::Semibold, kBlack, PANGO_ALIGN_LEFT, 1}, x + 12,
+                       top + 9, tile.size.width - 24);
+            text_.draw(std::to_string(attachment.data.size()) + " bytes", field, x + 12, top + 30,
+                       tile.size.width - 24);
+            top += 64;
+        }
+        if (!mail.messageBody().empty())
+            text_.draw(mail.messageBody(),
+                       TextStyle{15, Weight::Regular, kBlack, PANGO_ALIGN_LEFT, 0}, x, top + 4,
+                       width);
+    }
+
+    // The shared image, as wide as the sheet allows, and the shared text under it.
+    void sharedItems(const plat::ActivityViewController& sheet, plat::Rect card, double top) {
+        const double x = card.origin.x + 16, width = card.size.width - 32;
+        top += 16;
+        if (auto image = sheet.image()) {
+            const plat::Size size = image->size();
+            const double shown = std::min(width, size.width);
+            const double height = size.width > 0 ? shown * size.height / size.width : 0;
+            drawImage(cr_, *image, plat::Rect{{x + (width - shown) / 2, top}, {shown, height}});
+            top += height + 12;
+        }
+        if (auto text = sheet.text())
+            text_.draw(*text, TextStyle{15, Weight::Regular, kBlack, PANGO_ALIGN_LEFT, 0}, x, top,
+                       width);
     }
 
     cairo_t* cr_;

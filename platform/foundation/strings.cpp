@@ -265,6 +265,12 @@ std::size_t utf16Length(std::string_view utf8) {
     return length;
 }
 
+bool isValidUTF8(std::string_view bytes) {
+    for (std::size_t i = 0; i < bytes.size();)
+        if (isEscapedByte(decodeOne(bytes, i))) return false;
+    return true;
+}
+
 std::string stringByAppendingPathComponent(std::string_view base, std::string_view component) {
     std::string joined(base);
     if (!component.empty()) {

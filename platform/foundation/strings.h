@@ -13,6 +13,10 @@ bool nsStringBoolValue(std::string_view s);
 // -[NSString length]: the number of UTF-16 code units of a UTF-8 string.
 std::size_t utf16Length(std::string_view utf8);
 
+// Whether the bytes are well-formed UTF-8, as +[NSString stringWithUTF8String:] needs them to
+// be (it answers nil otherwise).
+bool isValidUTF8(std::string_view bytes);
+
 // -[NSString stringByAppendingPathComponent:].
 std::string stringByAppendingPathComponent(std::string_view base, std::string_view component);
 

@@ -1,0 +1,66 @@
+// The version lookup through the real shell and dpkg-query on the device's package database,
+// with SpringBoard's product information as the fallback and its process-wide cache.
+
+#include "about/version_lookup.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/about/about_fixture.h"
+
+namespace {
+
+using abouttest::AboutDevice;
+
+TEST(VersionLookupTest, PackageVersionIsWhatDpkgQueryPrints) {
+    AboutDevice device;
+    device.installPackage("com.norvale.velto2", "2.1.0-1");
+    EXPECT_EQ(velto::packageVersion("com.norvale.velto2"), "2.1.0-1");
+    EXPECT_EQ(device.entries(plat::JournalEntry::Kind::Shell).at(0).text,
+              "'/usr/bin/dpkg-query' '-Wf' '${Version}' 'com.norvale.velto2'");
+    // dpkg-query complains on its error output and exits 1; nothing of that is read.
+    EXPECT_EQ(velto::packageVersion("com.norvale.absent"), std::nullopt);
+}
+
+TEST(VersionLookupTest, QuoteInIdentifierIsPassedOnUnchanged) {
+    AboutDevice device;
+    device.installPackage("com.norvale.velto2", "2.1.0-1");
+    // The quote ends the shell's quoting; the shell refuses the line and the answer is nil.
+    EXPECT_EQ(velto::packageVersion("com.norvale.velto2'"), std::nullopt);
+    EXPECT_EQ(device.entries(plat::JournalEntry::Kind::Shell).at(0).text,
+              "'/usr/bin/dpkg-query' '-Wf' '${Version}' 'com.norvale.velto2''");
+}
+
+TEST(VersionLookupTest, SpringBoardAnswerIsKeptAfterTheFirstSuccess) {
+    AboutDevice device;
+    device.answerProduct(plat::Value::dictionary({{"Version", "2.0"}}));
+    EXPECT_EQ(velto::__getProductVersion(), "2.0");
+    EXPECT_EQ(velto::__getProductVersion(), "2.0");
+    EXPECT_EQ(device.shellRuns(), 2u);
+    EXPECT_EQ(device.productRequests, 1);
+    // The package manager still comes first once it knows the package.
+    device.installPackage("com.norvale.velto2", "2.1.0-1");
+    EXPECT_EQ(velto::__getProductVersion(), "2.1.0-1");
+}
+
+struct FailedAnswer {
+    const char* name;
+    plat::Value info;
+};
+
+class FailedProductAnswerTest : public ::testing::TestWithParam<FailedAnswer> {};
+
+TEST_P(FailedProductAnswerTest, AsksAgainOnEveryCall) {
+    AboutDevice device;
+    device.answerProduct(GetParam().info);
+    EXPECT_EQ(velto::__getProductVersion(), std::nullopt);
+    EXPECT_EQ(velto::__getProductVersion(), std::nullopt);
+    EXPECT_EQ(device.productRequests, 2);
+}
+
+INSTANTIATE_TEST_SUITE_P(Answers, FailedProductAnswerTest,
+                         ::testing::Values(FailedAnswer{"NoReply", plat::Value()},
+                                           FailedAnswer{"NotADictionary",
+                                                        plat::Value::array({plat::Value("2.0")})}),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+}  // namespace
