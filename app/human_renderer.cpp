@@ -91,17 +91,12 @@ void HumanRenderer::row(const RowView& row) {
 }
 
 void HumanRenderer::presented(const PresentedView& presented) {
-<<<<<<< HEAD
-    std::string head = presented.kind == "other" ? presented.className : presented.kind;
-    if (presented.popover)
-        head += presented.anchor ? " (popover at " + *presented.anchor + ")" : " (popover)";
-=======
     std::string head = presented.kind == "other"   ? presented.className
                        : presented.kind == "mail"  ? "mail composer"
                        : presented.kind == "share" ? "share sheet"
                                                    : presented.kind;
-    if (presented.popover) head += " (popover)";
->>>>>>> about
+    if (presented.popover)
+        head += presented.anchor ? " (popover at " + *presented.anchor + ")" : " (popover)";
     out_ << "\n  " << paint(kYellow, "┌ " + head)
          << (presented.title ? ": " + paint(kBold, *presented.title) : "") << "\n";
     if (presented.message)

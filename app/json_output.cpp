@@ -30,21 +30,13 @@ json presentedJson(const std::optional<PresentedView>& presented) {
     json actions = json::array();
     for (const ActionView& action : presented->actions)
         actions.push_back({{"title", action.title}, {"style", action.style}});
-<<<<<<< HEAD
-    return {{"kind", presented->kind},
-            {"class", presented->className},
-            {"title", optional(presented->title)},
-            {"message", optional(presented->message)},
-            {"actions", actions},
-            {"popover", presented->popover},
-            {"anchor", optional(presented->anchor)}};
-=======
     json out = {{"kind", presented->kind},
                 {"class", presented->className},
                 {"title", optional(presented->title)},
                 {"message", optional(presented->message)},
                 {"actions", actions},
                 {"popover", presented->popover},
+                {"anchor", optional(presented->anchor)},
                 {"mail", nullptr},
                 {"share", nullptr}};
     if (const auto& mail = presented->mail) {
@@ -62,7 +54,6 @@ json presentedJson(const std::optional<PresentedView>& presented) {
                                      {"height", share->image->height}};
     }
     return out;
->>>>>>> about
 }
 
 std::string base64(const plat::Bytes& bytes) {

@@ -1,10 +1,7 @@
 #include "app/page_view.h"
 
-<<<<<<< HEAD
 #include "platform/prefs/table_cell.h"
-=======
 #include "platform/ui/activity_view_controller.h"
->>>>>>> about
 #include "platform/ui/alert_controller.h"
 #include "platform/ui/image.h"
 #include "platform/ui/image_picker_controller.h"

@@ -69,14 +69,11 @@ struct PresentedView {
     std::optional<std::string> message;
     std::vector<ActionView> actions;
     bool popover = false;
-<<<<<<< HEAD
     // The row a popover points at (its identifier, else its label), when it points at a row's
     // cell; nullopt for anything else.
     std::optional<std::string> anchor;
-=======
     std::optional<MailView> mail;
     std::optional<ShareView> share;
->>>>>>> about
 };
 
 struct PageView {

@@ -72,19 +72,13 @@ const char* stepHelp() {
            "  toggle ROW [on|off]  flip a switch (default: the opposite of what it shows)\n"
            "  tap ROW              tap a button row\n"
            "  choose TITLE         tap an action of the presented alert or sheet\n"
-<<<<<<< HEAD
-           "  dismiss              tap outside the presented popover\n"
-           "  pick FILE [--original-only]\n"
-           "                       the photo picker returns the picture in FILE (PNG or JPEG),\n"
-           "                       cropped, or only as the original\n"
-           "  cancel               the photo picker is cancelled\n"
-=======
            "                       (choose Cancel also closes a mail composer or share sheet)\n"
            "  dismiss              tap outside the presented popover; cancel a mail composer\n"
            "                       or share sheet\n"
-           "  pick FILE            the photo picker returns the picture in FILE (PNG or JPEG)\n"
+           "  pick FILE [--original-only]\n"
+           "                       the photo picker returns the picture in FILE (PNG or JPEG),\n"
+           "                       cropped, or only as the original\n"
            "  cancel               the photo picker, mail composer or share sheet is cancelled\n"
->>>>>>> about
            "  notify NAME          another process posts the Darwin notification NAME\n"
            "  wait                 run the main queue until it is empty\n"
            "  screenshot FILE      draw the page as the device shows it into a PNG file\n"

@@ -11,11 +11,8 @@
 #include "app/step_error.h"
 #include "platform/foundation/errors.h"
 #include "platform/prefs/runtime.h"
-<<<<<<< HEAD
 #include "platform/prefs/specifier.h"
-=======
 #include "platform/ui/activity_view_controller.h"
->>>>>>> about
 #include "platform/ui/alert_controller.h"
 #include "platform/ui/image.h"
 #include "platform/ui/image_picker_controller.h"
@@ -67,11 +64,6 @@ std::shared_ptr<plat::ImagePickerController> requirePicker(const plat::ListContr
     return picker;
 }
 
-<<<<<<< HEAD
-// A picture from the user's machine: a regular file of at most the size a phone's photo
-// library would hand over. `pick /dev/zero` or a FIFO must fail the step, not fill memory or
-// wait for ever.
-=======
 // A mail composer or share sheet closes the way its user closes it: Cancel. False when what is
 // presented is neither.
 bool cancelComposer(const std::shared_ptr<plat::ViewController>& presented) {
@@ -86,7 +78,9 @@ bool cancelComposer(const std::shared_ptr<plat::ViewController>& presented) {
     return false;
 }
 
->>>>>>> about
+// A picture from the user's machine: a regular file of at most the size a phone's photo
+// library would hand over. `pick /dev/zero` or a FIFO must fail the step, not fill memory or
+// wait for ever.
 plat::Bytes readHostFile(const std::string& file) {
     constexpr std::uintmax_t kPictureLimit = std::uintmax_t{64} << 20;
     std::error_code error;
