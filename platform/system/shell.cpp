@@ -1,6 +1,7 @@
 #include "platform/system/shell.h"
 
 #include <fcntl.h>
+#include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -23,8 +24,7 @@ int waitStatusForExit(int exitStatus) {
     return (exitStatus & 0xff) << 8;
 }
 
-// Everything the child needs, built before fork: after fork in a threaded process the child
-// may only make async-signal-safe calls, so no allocation and no setenv there.
+// Everything the child needs, built before it starts.
 struct Launch {
     std::string command;
     std::string workingDirectory;
@@ -47,20 +47,24 @@ struct Launch {
         argv = {sh, dashC, command.data(), nullptr};
     }
 
-    // The child's half; returns only in the parent. stdoutFd < 0 keeps the parent's output.
+    // Starts "sh -c command" with its standard output on stdoutFd (< 0 keeps ours); -1 when it
+    // cannot start (the shell would then have exited 127). posix_spawn rather than fork: a fork
+    // of a large process copies its page tables for every version lookup, and the resource
+    // check runs thousands of them.
     pid_t spawn(int stdoutFd, bool discardStderr) {
-        pid_t pid = ::fork();
-        if (pid != 0) return pid;
-        int devNull = ::open("/dev/null", O_RDWR);
-        if (devNull < 0) ::_exit(127);
-        ::dup2(devNull, STDIN_FILENO);
-        if (stdoutFd >= 0) ::dup2(stdoutFd, STDOUT_FILENO);
-        if (discardStderr) ::dup2(devNull, STDERR_FILENO);
-        if (devNull > STDERR_FILENO) ::close(devNull);
+        posix_spawn_file_actions_t actions;
+        if (posix_spawn_file_actions_init(&actions) != 0) return -1;
+        posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+        if (stdoutFd >= 0) posix_spawn_file_actions_adddup2(&actions, stdoutFd, STDOUT_FILENO);
+        if (discardStderr)
+            posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
         // The device's working directory is its "/".
-        if (::chdir(workingDirectory.c_str()) != 0) ::_exit(127);
-        ::execve("/bin/sh", argv.data(), envp.data());
-        ::_exit(127);
+        posix_spawn_file_actions_addchdir_np(&actions, workingDirectory.c_str());
+        pid_t pid = -1;
+        const int error =
+            ::posix_spawn(&pid, "/bin/sh", &actions, nullptr, argv.data(), envp.data());
+        posix_spawn_file_actions_destroy(&actions);
+        return error == 0 ? pid : -1;
     }
 };
 
@@ -177,6 +181,11 @@ std::unique_ptr<Pipe> Shell::popen(const std::string& command, const std::string
                                                 waitStatusForExit(result->status));
     }
 
+    if (remembered_) {
+        if (auto found = remembered_->find(command); found != remembered_->end())
+            return std::make_unique<MemoryPipe>(found->second.second, found->second.first);
+    }
+
     Launch launch(command, root_);
     int fds[2];
     if (::pipe2(fds, O_CLOEXEC) != 0) return nullptr;
@@ -184,9 +193,24 @@ std::unique_ptr<Pipe> Shell::popen(const std::string& command, const std::string
     ::close(fds[1]);
     if (pid < 0) {
         ::close(fds[0]);
-        return nullptr;
+        return std::make_unique<MemoryPipe>(std::string(), waitStatusForExit(127));
     }
-    return std::make_unique<ProcessPipe>(fds[0], pid);
+    if (!remembered_) return std::make_unique<ProcessPipe>(fds[0], pid);
+
+    std::string output;
+    char buffer[4096];
+    for (;;) {
+        const ssize_t n = ::read(fds[0], buffer, sizeof buffer);
+        if (n > 0) {
+            output.append(buffer, static_cast<std::size_t>(n));
+        } else if (n == 0 || errno != EINTR) {
+            break;
+        }
+    }
+    ::close(fds[0]);
+    const int status = waitFor(pid);
+    (*remembered_)[command] = {status, output};
+    return std::make_unique<MemoryPipe>(std::move(output), status);
 }
 
 int Shell::system(const std::string& command) {
@@ -201,7 +225,7 @@ int Shell::system(const std::string& command) {
 
     Launch launch(command, root_);
     pid_t pid = launch.spawn(-1, false);
-    if (pid < 0) return -1;
+    if (pid < 0) return waitStatusForExit(127);
     return waitFor(pid);
 }
 

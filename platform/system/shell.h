@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -38,6 +39,14 @@ class Shell {
 
     void setInterceptor(Interceptor interceptor) { interceptor_ = std::move(interceptor); }
 
+    // popen results by command line, as wait status and whole output. A tool that builds the
+    // same pages thousands of times over a device that does not change (the resource check)
+    // hands one in: each command then runs once and is replayed from it afterwards.
+    using RememberedOutputs = std::map<std::string, std::pair<int, std::string>>;
+    void rememberOutputsIn(std::shared_ptr<RememberedOutputs> outputs) {
+        remembered_ = std::move(outputs);
+    }
+
     // popen(command, mode); only mode "r" is supported. nullptr when the command cannot start.
     std::unique_ptr<Pipe> popen(const std::string& command, const std::string& mode);
     // system(command): the wait status.
@@ -47,6 +56,7 @@ class Shell {
     Journal& journal_;
     const DeviceRoot& root_;
     Interceptor interceptor_;
+    std::shared_ptr<RememberedOutputs> remembered_;
 };
 
 }  // namespace plat
