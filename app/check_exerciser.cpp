@@ -119,6 +119,9 @@ void Exerciser::run(const DeviceConfig& config, const std::filesystem::path& dev
                run);
         return;
     }
+    auto& outputs = shellOutputs_[device];
+    if (!outputs) outputs = std::make_shared<plat::Shell::RememberedOutputs>();
+    session_->process().shell().rememberOutputsIn(outputs);
     runner_ = std::make_unique<StepRunner>(*session_, *silent_);
     // The files that carry the device facts are read as facts; the matrix never changes
     // anything else in them.

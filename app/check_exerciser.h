@@ -89,6 +89,9 @@ class Exerciser {
     std::unique_ptr<StepRunner> runner_;
     std::unique_ptr<ReadRecorder> recorder_;
     PageMemo* memo_ = nullptr;
+    // The package manager's answers per device folder: the matrix changes settings and device
+    // facts, never the package database, so each version lookup runs once per device.
+    std::map<std::filesystem::path, std::shared_ptr<plat::Shell::RememberedOutputs>> shellOutputs_;
     ExerciseFacts facts_;
     PageRecord* recording_ = nullptr;
     std::set<StoredKey> rootKeys_;

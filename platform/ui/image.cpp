@@ -6,7 +6,12 @@
 #include <cstddef>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
+#include <map>
+#include <mutex>
 #include <vector>
+
+#include <sys/stat.h>
 
 // After the standard headers: jpeglib.h expects size_t and FILE to be declared already.
 #include <cairo.h>
@@ -348,6 +353,44 @@ std::shared_ptr<Image> Image::imageWithContentsOfFile(const std::string& deviceP
     return imageWithData(*bytes, scaleFromFileName(devicePath));
 }
 
+namespace {
+// imageNamed: keeps what it decoded, as UIKit's named-image cache does: a page of switch cells
+// asks for its bar picture once per cell. An entry stands while the file keeps its identity,
+// size and modification time, so an edited resource is read anew.
+class NamedImageCache {
+  public:
+    ImagePtr find(const std::filesystem::path& host, const struct stat& info) {
+        std::lock_guard lock(mutex_);
+        const auto found = entries_.find(host.string());
+        if (found == entries_.end() || !sameFile(found->second.info, info)) return nullptr;
+        return found->second.image;
+    }
+    void keep(const std::filesystem::path& host, const struct stat& info, ImagePtr image) {
+        std::lock_guard lock(mutex_);
+        if (entries_.size() >= kEntries) entries_.clear();
+        entries_[host.string()] = {info, std::move(image)};
+    }
+
+  private:
+    static constexpr std::size_t kEntries = 256;
+    struct Entry {
+        struct stat info;
+        ImagePtr image;
+    };
+    static bool sameFile(const struct stat& a, const struct stat& b) {
+        return a.st_dev == b.st_dev && a.st_ino == b.st_ino && a.st_size == b.st_size &&
+               a.st_mtim.tv_sec == b.st_mtim.tv_sec && a.st_mtim.tv_nsec == b.st_mtim.tv_nsec;
+    }
+    std::mutex mutex_;
+    std::map<std::string, Entry> entries_;
+};
+
+NamedImageCache& namedImageCache() {
+    static NamedImageCache cache;
+    return cache;
+}
+}  // namespace
+
 std::shared_ptr<Image> Image::imageNamed(const std::string& name, const Bundle& bundle) {
     Process* process = Process::tryCurrent();
     if (!process || name.empty()) return nullptr;
@@ -373,8 +416,14 @@ std::shared_ptr<Image> Image::imageNamed(const std::string& name, const Bundle& 
     }
     for (const std::string& candidate : candidates) {
         const std::string path = stringByAppendingPathComponent(bundle.bundlePath(), candidate);
-        if (!process->root().fileExists(path)) continue;
-        if (auto image = imageWithContentsOfFile(path)) return image;
+        const auto host = process->root().resolve(path);
+        struct stat info {};
+        if (!host || ::stat(host->c_str(), &info) != 0 || !S_ISREG(info.st_mode)) continue;
+        if (auto image = namedImageCache().find(*host, info)) return image;
+        if (auto image = imageWithContentsOfFile(path)) {
+            namedImageCache().keep(*host, info, image);
+            return image;
+        }
     }
     return nullptr;
 }
