@@ -21,8 +21,10 @@ namespace {
 constexpr std::int64_t kArchiveVersion = 100000;
 // How deep objects may refer to objects. Keeps decoding and encoding recursion bounded.
 constexpr std::size_t kMaxObjectDepth = 512;
-// Pixels of all images one archive may decode to (256 MB of ARGB), and of any one side.
-constexpr std::uint64_t kMaxArchivePixels = std::uint64_t{1} << 26;
+// Pixels all the pictures of one archive may declare, and any one side. Pictures decode when
+// first drawn, so this bounds what drawing every one would hold (1 GB of ARGB): enough for a
+// reply listing thousands of applications with their icons.
+constexpr std::uint64_t kMaxArchivePixels = std::uint64_t{1} << 28;
 constexpr std::uint32_t kMaxImageSide = 16384;
 
 const std::vector<std::string> kNSArrayClasses{"NSArray", "NSObject"};
