@@ -4,6 +4,7 @@
 
 #include "contract/enabled_query.h"
 #include "contract/picture_files.h"
+#include "contract/picture_sheets.h"
 #include "contract/velto_settings.h"
 #include "contract/velto_utils.h"
 #include "platform/foundation/plist.h"
@@ -40,20 +41,6 @@ void savePicture(const plat::ImagePtr& image, plat::Size canvas, const std::stri
         return;
     }
     VeltoUtils::logMessage("Saved the default contact picture at '" + path + "'");
-}
-
-std::string localized(const std::string& key) {
-    return plat::Bundle::mainBundle().localizedStringForKey(key, "", "");
-}
-
-// Popovers on an iPad point at the cell the table made for the button row.
-void anchorOnCell(plat::ViewController& controller, const plat::SpecifierPtr& specifier) {
-    const auto cell = specifier
-                          ? specifier->propertyForKey(plat::pskey::CellObject).as<plat::TableCell>()
-                          : nullptr;
-    auto& popover = controller.popoverPresentationController();
-    popover.setSourceView(cell);
-    popover.setSourceRect(cell ? cell->bounds() : plat::Rect{});
 }
 
 }  // namespace
@@ -221,30 +208,14 @@ void VeltoBaseMessagesSettingsController::imagePickerControllerDidCancel(
 
 void VeltoBaseMessagesSettingsController::restoreDefaultContactImage(
     const plat::SpecifierPtr& specifier) {
-    auto sheet = plat::AlertController::alertControllerWithTitle(
-        std::nullopt, std::nullopt, plat::UIAlertControllerStyleActionSheet);
     const std::weak_ptr<VeltoBaseMessagesSettingsController> weakSelf =
         std::dynamic_pointer_cast<VeltoBaseMessagesSettingsController>(shared_from_this());
-    sheet->addAction(plat::AlertAction::actionWithTitle(localized("Default Avatar"),
-                                                        plat::UIAlertActionStyleDestructive,
-                                                        [weakSelf](plat::AlertAction&) {
-                                                            if (const auto self = weakSelf.lock()) {
-                                                                self->removeDefaultContactImage();
-                                                                self->pictureFilesChanged();
-                                                            }
-                                                        }));
-    if (VeltoUtils::isIPad()) {
-        // A popover at the button; tapping outside it is the way out.
-        anchorOnCell(*sheet, specifier);
-    } else {
-        const std::weak_ptr<plat::AlertController> weakSheet = sheet;
-        sheet->addAction(plat::AlertAction::actionWithTitle(
-            localized("Cancel"), plat::UIAlertActionStyleCancel, [weakSheet](plat::AlertAction&) {
-                if (const auto shown = weakSheet.lock())
-                    shown->dismissViewControllerAnimated(true, nullptr);
-            }));
-    }
-    presentViewController(sheet, true, nullptr);
+    presentRestoreSheet(*this, specifier, [weakSelf] {
+        if (const auto self = weakSelf.lock()) {
+            self->removeDefaultContactImage();
+            self->pictureFilesChanged();
+        }
+    });
 }
 
 void VeltoBaseMessagesSettingsController::pictureFilesChanged() {

@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "contract/enabled_query.h"
+#include "contract/picture_sheets.h"
 #include "contract/velto_utils.h"
 #include "core/settings_catalogue.h"
 #include "pages/mail_avatar_files.h"
@@ -21,24 +22,6 @@ namespace velto {
 namespace {
 
 const char* const kResource = "MailApp";
-
-std::string localized(const std::string& key) {
-    return plat::Bundle::mainBundle().localizedStringForKey(key, "", "");
-}
-
-// The cell the Settings application made for a row, where popovers point on an iPad. A row
-// that was never shown has none, and the popover then points at nothing.
-std::shared_ptr<plat::TableCell> cellOf(const plat::SpecifierPtr& specifier) {
-    if (!specifier) return nullptr;
-    return specifier->propertyForKey(plat::pskey::CellObject).as<plat::TableCell>();
-}
-
-void anchorOnCell(plat::ViewController& controller, const plat::SpecifierPtr& specifier) {
-    const auto cell = cellOf(specifier);
-    auto& popover = controller.popoverPresentationController();
-    popover.setSourceView(cell);
-    popover.setSourceRect(cell ? cell->bounds() : plat::Rect{});
-}
 
 // Cuts one row's icon round or square. The icon is handed over even when the row has none;
 // whatever comes back empty leaves the old icon in place.
@@ -168,28 +151,11 @@ void MailAppSettingsController::imagePickerControllerDidCancel(plat::ImagePicker
 }
 
 void MailAppSettingsController::restoreAvatarsMail(const plat::SpecifierPtr& specifier) {
-    auto sheet = plat::AlertController::alertControllerWithTitle(
-        std::nullopt, std::nullopt, plat::UIAlertControllerStyleActionSheet);
     const std::weak_ptr<MailAppSettingsController> weakSelf =
         std::dynamic_pointer_cast<MailAppSettingsController>(shared_from_this());
-    sheet->addAction(plat::AlertAction::actionWithTitle(localized("Default Avatar"),
-                                                        plat::UIAlertActionStyleDestructive,
-                                                        [weakSelf](plat::AlertAction&) {
-                                                            if (const auto self = weakSelf.lock())
-                                                                self->restoreStockAvatar();
-                                                        }));
-    if (VeltoUtils::isIPad()) {
-        // A popover at the button; tapping outside it is the way out, so no Cancel.
-        anchorOnCell(*sheet, specifier);
-    } else {
-        const std::weak_ptr<plat::AlertController> weakSheet = sheet;
-        sheet->addAction(plat::AlertAction::actionWithTitle(
-            localized("Cancel"), plat::UIAlertActionStyleCancel, [weakSheet](plat::AlertAction&) {
-                if (const auto shown = weakSheet.lock())
-                    shown->dismissViewControllerAnimated(true, nullptr);
-            }));
-    }
-    presentViewController(sheet, true, nullptr);
+    presentRestoreSheet(*this, specifier, [weakSelf] {
+        if (const auto self = weakSelf.lock()) self->restoreStockAvatar();
+    });
 }
 
 void MailAppSettingsController::storeChosenPicture(const plat::ImagePtr& image) {
