@@ -169,7 +169,9 @@ Value::Value(std::string s) : Value(Type::String, std::move(s)) {}
 void Value::unlinkChildren(Value& value, std::vector<Value>& pending) {
     Storage& storage = value.storage_;
     auto take = [&pending](Value& child) {
-        if (child.isArray() || child.isDictionary()) pending.push_back(std::move(child));
+        // A copy, not a move: another thread may still be reading the slot, and a copy only
+        // reads it. The container's own destructor then finds each child shared and stops.
+        if (child.isArray() || child.isDictionary()) pending.push_back(child);
     };
     if (auto* a = std::get_if<std::shared_ptr<Array>>(&storage)) {
         if (*a && a->use_count() == 1)
