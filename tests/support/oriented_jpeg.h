@@ -52,11 +52,11 @@ inline std::vector<unsigned char> exifBlock(int orientation) {
             0,    0,   0,   0,   0, 0, 0};  // no next IFD
 }
 
-// The stored picture as JPEG bytes, with the EXIF block unless the orientation is 0.
-inline std::vector<std::uint8_t> orientedJpeg(int orientation) {
-    const bool quarter = orientation >= 5;
-    const int width = quarter ? kUprightHeight : kUprightWidth;
-    const int height = quarter ? kUprightWidth : kUprightHeight;
+// A baseline JPEG made by libjpeg itself, each pixel 0xRRGGBB from colourAt, with an EXIF
+// orientation block unless orientation is 0.
+template <class ColourAt>
+std::vector<std::uint8_t> encodeJpeg(int width, int height, ColourAt colourAt,
+                                     int orientation = 0) {
     jpeg_compress_struct info;
     jpeg_error_mgr error;
     info.err = jpeg_std_error(&error);
@@ -79,7 +79,7 @@ inline std::vector<std::uint8_t> orientedJpeg(int orientation) {
     while (info.next_scanline < info.image_height) {
         const int y = static_cast<int>(info.next_scanline);
         for (int x = 0; x < width; ++x) {
-            const std::uint32_t c = storedColour(orientation, x, y);
+            const std::uint32_t c = colourAt(x, y);
             row[x * 3] = c >> 16 & 0xff;
             row[x * 3 + 1] = c >> 8 & 0xff;
             row[x * 3 + 2] = c & 0xff;
@@ -92,6 +92,14 @@ inline std::vector<std::uint8_t> orientedJpeg(int orientation) {
     std::vector<std::uint8_t> out(buffer, buffer + size);
     std::free(buffer);
     return out;
+}
+
+// The stored picture as JPEG bytes, with the EXIF block unless the orientation is 0.
+inline std::vector<std::uint8_t> orientedJpeg(int orientation) {
+    const bool quarter = orientation >= 5;
+    return encodeJpeg(
+        quarter ? kUprightHeight : kUprightWidth, quarter ? kUprightWidth : kUprightHeight,
+        [orientation](int x, int y) { return storedColour(orientation, x, y); }, orientation);
 }
 
 // Whether an ARGB pixel shows a 0xRRGGBB colour, within what JPEG compression changes.

@@ -21,32 +21,10 @@ using namespace uitest;
 using plat::Bytes;
 using plat::Image;
 
-// A baseline JPEG made by libjpeg itself: the left half red, the right half green.
+// The left half red, the right half green.
 Bytes jpeg(int width, int height) {
-    jpeg_compress_struct info;
-    jpeg_error_mgr error;
-    info.err = jpeg_std_error(&error);
-    jpeg_create_compress(&info);
-    unsigned char* buffer = nullptr;
-    unsigned long size = 0;
-    jpeg_mem_dest(&info, &buffer, &size);
-    info.image_width = width;
-    info.image_height = height;
-    info.input_components = 3;
-    info.in_color_space = JCS_RGB;
-    jpeg_set_defaults(&info);
-    jpeg_set_quality(&info, 95, TRUE);
-    jpeg_start_compress(&info, TRUE);
-    std::vector<unsigned char> row(width * 3, 0);
-    for (int x = 0; x < width; ++x)
-        row[x * 3 + (x < width / 2 ? 0 : 1)] = 255;
-    for (JSAMPROW rows[] = {row.data()}; info.next_scanline < info.image_height;)
-        jpeg_write_scanlines(&info, rows, 1);
-    jpeg_finish_compress(&info);
-    jpeg_destroy_compress(&info);
-    Bytes out(buffer, buffer + size);
-    std::free(buffer);
-    return out;
+    return testsupport::encodeJpeg(
+        width, height, [width](int x, int) { return x < width / 2 ? 0xff0000u : 0x00ff00u; });
 }
 
 Bytes pngOf(const plat::ImagePtr& image) {
