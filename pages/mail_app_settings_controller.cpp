@@ -8,6 +8,7 @@
 #include "contract/velto_utils.h"
 #include "core/settings_catalogue.h"
 #include "pages/mail_avatar_files.h"
+#include "pages/row_editing.h"
 #include "platform/prefs/runtime.h"
 #include "platform/prefs/selectors.h"
 #include "platform/prefs/table_cell.h"
@@ -104,8 +105,7 @@ void MailAppSettingsController::mailAppEnabledOrDisabled(const plat::Value& valu
         // Nothing checks whether the dependent rows are there already: switching on twice
         // shows them twice.
         const auto fresh = loadSpecifiersFromPlistName(kResource, shared_from_this());
-        for (std::size_t i = 2; i < fresh->count(); ++i)
-            insertSpecifier(fresh->objectAtIndex(i), i, true);
+        rows::insertAtOwnIndexes(*this, *fresh, 2, fresh->count(), true);
     } else {
         for (std::size_t i = shown->count() - 1; i > 1; --i)
             removeSpecifierAtIndex(i, true);
