@@ -166,35 +166,6 @@ Value::Value(const char* s) : Value(Type::String, std::string(s ? s : "")) {
 }
 Value::Value(std::string s) : Value(Type::String, std::move(s)) {}
 
-void Value::unlinkChildren(Value& value, std::vector<Value>& pending) {
-    Storage& storage = value.storage_;
-    auto take = [&pending](Value& child) {
-        // A copy, not a move: another thread may still be reading the slot, and a copy only
-        // reads it. The container's own destructor then finds each child shared and stops.
-        if (child.isArray() || child.isDictionary()) pending.push_back(child);
-    };
-    if (auto* a = std::get_if<std::shared_ptr<Array>>(&storage)) {
-        if (*a && a->use_count() == 1)
-            for (Value& child : **a)
-                take(child);
-    } else if (auto* d = std::get_if<std::shared_ptr<Dictionary>>(&storage)) {
-        if (*d && d->use_count() == 1)
-            for (auto& entry : **d)
-                take(entry.second);
-    }
-}
-
-Value::~Value() {
-    if (type_ != Type::Array && type_ != Type::Dictionary) return;
-    std::vector<Value> pending;
-    unlinkChildren(*this, pending);
-    while (!pending.empty()) {
-        Value last = std::move(pending.back());
-        pending.pop_back();
-        unlinkChildren(last, pending);
-    }  // each `last` now ends without containers below it
-}
-
 Value& Value::operator=(const Value& other) {
     Value copy(other);
     return *this = std::move(copy);
@@ -202,13 +173,66 @@ Value& Value::operator=(const Value& other) {
 
 Value& Value::operator=(Value&& other) noexcept {
     if (this == &other) return *this;
-    // The old contents go through the destructor above, not through the variant's assignment.
+    // `other` may live inside what this Value owns; the old contents outlive the move.
     Value old(std::move(*this));
     type_ = other.type_;
     storage_ = std::move(other.storage_);
     mutableFlavour_ = other.mutableFlavour_;
     return *this;
 }
+
+namespace {
+
+// The values the outermost container teardown on this thread still has to release.
+thread_local std::vector<Value>* tLeftToRelease = nullptr;
+
+// Containers are allocated through this allocator so that their teardown is a loop, not a
+// recursion: a list nested ten thousand deep would otherwise take ten thousand nested
+// destructor frames. The shared pointer calls destroy() only once the last owner lets go, after
+// its own synchronisation, so the children are moved out of a container no one else can see.
+template <class T>
+struct ContainerAllocator {
+    using value_type = T;
+    ContainerAllocator() = default;
+    template <class U>
+    ContainerAllocator(const ContainerAllocator<U>&) noexcept {}
+    T* allocate(std::size_t n) { return std::allocator<T>().allocate(n); }
+    void deallocate(T* p, std::size_t n) noexcept { std::allocator<T>().deallocate(p, n); }
+    template <class U>
+    void destroy(U* p) noexcept {
+        std::vector<Value> own;
+        const bool outermost = tLeftToRelease == nullptr;
+        if (outermost) tLeftToRelease = &own;
+        moveNestedOut(*p);
+        p->~U();
+        if (!outermost) return;
+        while (!own.empty()) {
+            Value next = std::move(own.back());
+            own.pop_back();
+        }  // `next` ends here; a container it owned alone comes back through destroy()
+        tLeftToRelease = nullptr;
+    }
+    template <class U>
+    friend bool operator==(const ContainerAllocator&, const ContainerAllocator<U>&) {
+        return true;
+    }
+
+  private:
+    static void keep(Value& child) {
+        if (child.isArray() || child.isDictionary()) tLeftToRelease->push_back(std::move(child));
+    }
+    static void moveNestedOut(Array& items) {
+        for (Value& child : items)
+            keep(child);
+    }
+    static void moveNestedOut(Dictionary& entries) {
+        for (auto& entry : entries)
+            keep(entry.second);
+    }
+};
+
+}  // namespace
+
 Value::Value(ObjectPtr object) {
     if (object) {
         type_ = Type::Object;
@@ -253,13 +277,13 @@ Value Value::date(double sinceReferenceDate) {
     return Value(Type::Date, Date{sinceReferenceDate});
 }
 Value Value::array(Array items) {
-    return Value(Type::Array, std::make_shared<Array>(std::move(items)));
+    return Value(Type::Array, std::allocate_shared<Array>(ContainerAllocator<Array>(), std::move(items)));
 }
 Value Value::array(std::initializer_list<Value> items) {
     return array(Array(items));
 }
 Value Value::dictionary(Dictionary entries) {
-    return Value(Type::Dictionary, std::make_shared<Dictionary>(std::move(entries)));
+    return Value(Type::Dictionary, std::allocate_shared<Dictionary>(ContainerAllocator<Dictionary>(), std::move(entries)));
 }
 Value Value::dictionary(std::initializer_list<std::pair<const std::string, Value>> entries) {
     Dictionary d;

@@ -63,7 +63,7 @@ class Value {
     // A property list read from a file may nest tens of thousands of levels; releasing it must
     // not take a stack frame per level, so the last owner of a container unlinks its children
     // into a worklist instead of letting the destructors recurse.
-    ~Value();
+    ~Value() = default;
     Value(const Value&) = default;
     Value(Value&&) noexcept = default;
     Value& operator=(const Value& other);
@@ -174,8 +174,6 @@ class Value {
                      std::shared_ptr<const Bytes>, Date, std::shared_ptr<Array>,
                      std::shared_ptr<Dictionary>, Uid, ObjectPtr>;
     Value(Type type, Storage storage) : type_(type), storage_(std::move(storage)) {}
-    // Moves the children that hold containers out of a container this Value alone owns.
-    static void unlinkChildren(Value& value, std::vector<Value>& pending);
 
     Type type_ = Type::Nil;
     Storage storage_;
