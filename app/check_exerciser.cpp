@@ -18,7 +18,9 @@ namespace velto::app {
 
 namespace {
 
-constexpr const char* kPreferences = "/var/mobile/Library/Preferences/";
+// The folder itself too: which domain files it lists is the stored state the check writes,
+// and a page that looks at the folder (to write a file into it) must not be told apart by it.
+constexpr const char* kPreferences = "/var/mobile/Library/Preferences";
 // Discovery stops growing the keys of a page past this many: states double with every key.
 constexpr std::size_t kMaxKeys = 6;
 

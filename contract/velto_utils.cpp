@@ -2,8 +2,11 @@
 
 #include <chrono>
 #include <cstdio>
+#include <cstring>
 #include <ctime>
 #include <fstream>
+#include <memory>
+#include <mutex>
 
 #include <cairo.h>
 
@@ -74,10 +77,28 @@ plat::ColorPtr VeltoUtils::navigationBarColor(const std::string& className,
     plat::ImagePtr image = plat::Image::imageNamed(imageName, bundle);
     if (!image) return productColor();
 
+    // Every switch cell asks for the colour; the named image stays the same object while its
+    // file does, so its average is worked out once per picture.
+    static std::mutex mutex;
+    static std::weak_ptr<plat::Image> averaged;
+    static plat::ColorPtr average;
+    {
+        std::lock_guard lock(mutex);
+        if (!averaged.owner_before(image) && !image.owner_before(averaged) && average)
+            return average;
+    }
+
+    // Straight from the surface, flushed once: a call per pixel would flush it every time.
+    cairo_surface_t* pixels = image->surface();
+    cairo_surface_flush(pixels);
+    const unsigned char* data = cairo_image_surface_get_data(pixels);
+    const int stride = cairo_image_surface_get_stride(pixels);
     double red = 0, green = 0, blue = 0, weight = 0;
-    for (int y = 0; y < image->pixelHeight(); ++y) {
+    for (int y = 0; data && y < image->pixelHeight(); ++y) {
+        const unsigned char* row = data + static_cast<std::ptrdiff_t>(y) * stride;
         for (int x = 0; x < image->pixelWidth(); ++x) {
-            const std::uint32_t argb = image->pixel(x, y);
+            std::uint32_t argb;
+            std::memcpy(&argb, row + x * 4, sizeof argb);
             const double alpha = (argb >> 24) / 255.0;
             if (alpha <= 0) continue;
             // Premultiplied components: summing them weights each pixel by its coverage.
@@ -87,8 +108,13 @@ plat::ColorPtr VeltoUtils::navigationBarColor(const std::string& className,
             weight += alpha;
         }
     }
-    if (weight <= 0) return productColor();
-    return plat::Color::colorWithRGBA(red / weight, green / weight, blue / weight, 1.0);
+    plat::ColorPtr color =
+        weight <= 0 ? productColor()
+                    : plat::Color::colorWithRGBA(red / weight, green / weight, blue / weight, 1.0);
+    std::lock_guard lock(mutex);
+    averaged = image;
+    average = color;
+    return color;
 }
 
 plat::ImagePtr VeltoUtils::roundedImage(const plat::ImagePtr& image) {

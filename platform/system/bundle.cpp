@@ -1,7 +1,7 @@
 #include "platform/system/bundle.h"
 
-#include "platform/foundation/plist.h"
 #include "platform/system/process.h"
+#include "platform/system/property_list_cache.h"
 
 namespace plat {
 
@@ -31,9 +31,8 @@ std::string Bundle::localizedStringForKey(const std::string& key, const std::str
     const std::string file = (table.empty() ? std::string("Localizable") : table) + ".strings";
     const DeviceRoot& root = Process::current().root();
     for (const std::string& folder : {path_, joined(path_, "en.lproj")}) {
-        auto bytes = root.readFile(joined(folder, file));
-        if (!bytes) continue;
-        Value strings = propertyListFromData(*bytes);
+        // Every label of every page asks: the table is parsed once, as NSBundle keeps it.
+        const Value strings = cachedPropertyList(root, joined(folder, file));
         const Value found = strings.objectForKey(key);
         if (found.isString()) return found.str();
     }

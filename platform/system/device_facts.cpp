@@ -3,19 +3,18 @@
 #include <cctype>
 #include <string_view>
 
-#include "platform/foundation/plist.h"
 #include "platform/system/device_root.h"
+#include "platform/system/property_list_cache.h"
 
 namespace plat {
 
 namespace {
 
 // A property list read from the device; nil when missing or not a property list, so every
-// lookup below falls back to its default.
+// lookup below falls back to its default. Pages ask for facts at every row: the files are
+// parsed again only when they change.
 Value readPropertyList(const DeviceRoot& root, std::string_view devicePath) {
-    auto bytes = root.readFile(devicePath);
-    if (!bytes) return Value();
-    return propertyListFromData(*bytes);
+    return cachedPropertyList(root, devicePath);
 }
 
 // A model the family really had, for code that shows or compares the product type.

@@ -15,7 +15,7 @@ enum class DeviceFamily { iPhone, iPad, iPod };
 //   ProductType:  e.g. "iPhone13,2"            (default derived from the family)
 //   FaceTime:     boolean                      (default true)
 //   ScreenScale:  1, 2 or 3                    (default 3 on iPhone, 2 otherwise)
-// Read afresh on every call: nothing is cached.
+// Read on every call; a file is parsed again only when it has changed.
 struct DeviceFacts {
     DeviceFamily family = DeviceFamily::iPhone;
     std::string productType;

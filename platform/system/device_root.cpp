@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <cstring>
 #include <deque>
 #include <system_error>
@@ -50,6 +51,47 @@ std::optional<fs::path> realLocation(const fs::path& path, fs::path from = "/") 
         result = std::move(next);
     }
     return result;
+}
+
+// Where an existing host path really lies, by the kernel's own walk: one open, and the location
+// read back from the descriptor. Every file access resolves its path, and a walk of our own
+// costs an lstat per component. Nothing when the path or a link on it leads nowhere; the walk
+// above answers those.
+std::optional<fs::path> kernelLocation(const fs::path& path) {
+    const int fd = ::open(path.c_str(), O_PATH | O_CLOEXEC);
+    if (fd < 0) return std::nullopt;
+    char buffer[PATH_MAX];
+    const std::string descriptor = "/proc/self/fd/" + std::to_string(fd);
+    const ssize_t n = ::readlink(descriptor.c_str(), buffer, sizeof buffer);
+    ::close(fd);
+    if (n <= 0 || static_cast<std::size_t>(n) >= sizeof buffer || buffer[0] != '/')
+        return std::nullopt;
+    return fs::path(std::string(buffer, static_cast<std::size_t>(n)));
+}
+
+// Where a path that is not there would be made: below the nearest folder on it that is there,
+// when the name right under that folder is truly absent (not a link leading nowhere, which the
+// walk must follow). Asked most often for a file not made yet, or a table a bundle lacks.
+std::optional<fs::path> missingLocation(const fs::path& inside, const fs::path& realRoot) {
+    std::vector<fs::path> absent;
+    for (fs::path at = inside; !at.empty(); at = at.parent_path()) {
+        absent.push_back(at.filename());
+        const fs::path above = at.parent_path();
+        auto folder =
+            above.empty() ? std::optional<fs::path>(realRoot) : kernelLocation(realRoot / above);
+        if (!folder) {
+            if (errno != ENOENT) return std::nullopt;
+            continue;
+        }
+        struct stat status;
+        if (::lstat((*folder / absent.back()).c_str(), &status) == 0 || errno != ENOENT)
+            return std::nullopt;
+        fs::path real = *folder;
+        for (auto name = absent.rbegin(); name != absent.rend(); ++name)
+            real /= *name;
+        return real;
+    }
+    return std::nullopt;
 }
 
 bool isWithin(const fs::path& path, const fs::path& folder) {
@@ -123,8 +165,11 @@ std::optional<fs::path> DeviceRoot::resolve(std::string_view devicePath) const {
         if (!realRoot_) realRoot_ = realLocation(hostRoot_);
         realRoot = realRoot_;
     }
-    auto real = realRoot ? realLocation(inside, *realRoot) : std::nullopt;
-    if (!realRoot || !real || !isWithin(*real, *realRoot)) return std::nullopt;
+    if (!realRoot) return std::nullopt;
+    auto real = kernelLocation(host);
+    if (!real) real = missingLocation(inside, *realRoot);
+    if (!real) real = realLocation(inside, *realRoot);
+    if (!real || !isWithin(*real, *realRoot)) return std::nullopt;
     return host;
 }
 

@@ -181,6 +181,10 @@ TEST_F(DeviceRootTest, DotDotAndLinksOutOfTheRootNeverReachTheHost) {
     EXPECT_FALSE(root.removeItem("/escape/secret.txt"));
     EXPECT_FALSE(fs::exists(host.root() / "outside/new.txt"));
     EXPECT_TRUE(fs::exists(host.root() / "outside/secret.txt"));
+    // A link leading nowhere above folders not made yet: making them would make them outside.
+    fs::create_directory_symlink(host.root() / "outside/made", rootPath / "nowhere");
+    EXPECT_FALSE(root.createDirectory("/nowhere/a/b", true));
+    EXPECT_FALSE(fs::exists(host.root() / "outside/made"));
 
     // Links inside the root work, and so does a root reached through a link.
     host.writeText("/device/private/var/file.txt", "inside");
@@ -252,6 +256,9 @@ TEST(BundleTest, ResourcesAndTranslationsComeFromTheFolderThenEnglish) {
     EXPECT_EQ(bundle.localizedStringForKey("MISSING", "Fallback", ""), "Fallback");
     EXPECT_EQ(bundle.localizedStringForKey("MISSING", "", "NoSuchTable"), "MISSING");
     EXPECT_EQ(bundle.localizedStringForKey("NUMBER", "", ""), "NUMBER");  // not a string
+    // Tables are kept between lookups, but an edited one is read again.
+    device.writePlist(path + "/Root.strings", Value::dictionary({{"TITLE", "Edited root"}}));
+    EXPECT_EQ(bundle.localizedStringForKey("TITLE", "", "Root"), "Edited root");
 }
 
 TEST(DeviceFactsTest, AnUnreadableDeviceIsARecentIPhoneAndFactsAreReadAfresh) {
