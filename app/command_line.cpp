@@ -119,8 +119,7 @@ int runCommandLine(int argc, char** argv) {
     app.add_flag("--json", options.json, "JSON Lines output");
     app.add_option("--screenshots", options.screenshots,
                    "also draw every shown page into DIR as 001.png, 002.png...");
-    app.add_option("STEP", options.steps,
-                   "steps to run, one per argument, e.g. 'open Mail'");
+    app.add_option("STEP", options.steps, "steps to run, one per argument, e.g. 'open Mail'");
 
     CLI::App* run =
         app.add_subcommand("run", "run steps from FILE, one per line ('-': standard input)");
