@@ -4,6 +4,20 @@
 
 namespace velto::app {
 
+std::optional<int> stopStatus(StepRunner::Outcome outcome) {
+    switch (outcome) {
+        case StepRunner::Outcome::Done:
+            return std::nullopt;
+        case StepRunner::Outcome::Failed:
+            return kExitStepFailed;
+        case StepRunner::Outcome::Unmet:
+            return kExitUnmet;
+        case StepRunner::Outcome::Quit:
+            return kExitOk;
+    }
+    return kExitTrouble;
+}
+
 int runArgumentSteps(StepRunner& runner, Renderer& renderer,
                      const std::vector<std::string>& steps) {
     std::vector<Step> parsed;
@@ -15,11 +29,8 @@ int runArgumentSteps(StepRunner& runner, Renderer& renderer,
             return kExitStepFailed;
         }
     }
-    for (const Step& step : parsed) {
-        const auto outcome = runner.run(step);
-        if (outcome == StepRunner::Outcome::Failed) return kExitStepFailed;
-        if (outcome == StepRunner::Outcome::Quit) break;
-    }
+    for (const Step& step : parsed)
+        if (const auto status = stopStatus(runner.run(step))) return *status;
     return kExitOk;
 }
 
@@ -35,9 +46,8 @@ int runStepStream(StepRunner& runner, Renderer& renderer, std::istream& in) {
             return kExitStepFailed;
         }
         if (!step) continue;
-        const auto outcome = runner.run(*step);
-        if (outcome == StepRunner::Outcome::Failed) return kExitStepFailed;
-        if (outcome == StepRunner::Outcome::Quit) break;
+        step->line = lineNumber;
+        if (const auto status = stopStatus(runner.run(*step))) return *status;
     }
     return kExitOk;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <istream>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -12,6 +13,10 @@ namespace velto::app {
 inline constexpr int kExitOk = 0;
 inline constexpr int kExitTrouble = 1;     // no device, unreadable file, bad options
 inline constexpr int kExitStepFailed = 2;  // a step could not be carried out
+inline constexpr int kExitUnmet = 3;       // an expect step found the session otherwise
+
+// The program's status after a step's outcome; nullopt when the run goes on.
+std::optional<int> stopStatus(StepRunner::Outcome outcome);
 
 // Runs steps given as arguments, one step per argument, after checking them all: a step that
 // does not parse fails the run before anything happens. Stops at the first failing step.

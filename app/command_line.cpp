@@ -46,8 +46,8 @@ int trouble(bool json, const std::string& message) {
 
 std::unique_ptr<Renderer> makeRenderer(bool json) {
     if (json) return std::make_unique<JsonRenderer>(std::cout, std::cerr);
-    return std::make_unique<HumanRenderer>(std::cout, std::cerr, ::isatty(STDOUT_FILENO) != 0,
-                                           ::isatty(STDERR_FILENO) != 0);
+    return std::make_unique<HumanRenderer>(std::cout, std::cerr, colourFor(STDOUT_FILENO),
+                                           colourFor(STDERR_FILENO));
 }
 
 // Steps from the arguments, from `run FILE|-`, or the interactive session (a printed root
@@ -84,7 +84,8 @@ int runSession(const Options& options, bool fromFile) {
     if (fromFile) return runStepStream(runner, *renderer, options.runFile == "-" ? std::cin : file);
     if (!options.steps.empty()) return runArgumentSteps(runner, *renderer, options.steps);
     if (::isatty(STDIN_FILENO))
-        return runInteractive(runner, *renderer, std::cin, std::cout, !options.json);
+        return runInteractive(*session, runner, *renderer, !options.json,
+                              !options.json && colourFor(STDOUT_FILENO));
     return runner.run(showStep()) == StepRunner::Outcome::Failed ? kExitStepFailed : kExitOk;
 }
 
@@ -118,8 +119,7 @@ int runCommandLine(int argc, char** argv) {
     app.add_flag("--json", options.json, "JSON Lines output");
     app.add_option("--screenshots", options.screenshots,
                    "also draw every shown page into DIR as 001.png, 002.png...");
-    app.add_option("STEP", options.steps,
-                   "steps to run, one per argument, e.g. 'open Lock Screen'");
+    app.add_option("STEP", options.steps, "steps to run, one per argument, e.g. 'open Mail'");
 
     CLI::App* run =
         app.add_subcommand("run", "run steps from FILE, one per line ('-': standard input)");

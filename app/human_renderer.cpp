@@ -1,6 +1,10 @@
 #include "app/human_renderer.h"
 
+#include <unistd.h>
+
 #include <algorithm>
+#include <cstdlib>
+#include <cstring>
 #include <sstream>
 
 namespace velto::app {
@@ -57,6 +61,13 @@ std::string byteCount(std::size_t bytes) {
 }
 
 }  // namespace
+
+bool colourFor(int fd) {
+    if (::isatty(fd) == 0) return false;
+    if (const char* noColour = std::getenv("NO_COLOR"); noColour && *noColour) return false;
+    const char* term = std::getenv("TERM");
+    return !term || std::strcmp(term, "dumb") != 0;
+}
 
 std::string HumanRenderer::paint(const char* code, const std::string& text) const {
     if (!colour_) return text;

@@ -8,6 +8,10 @@
 
 namespace velto::app {
 
+// Whether output to the file descriptor is coloured: a terminal that is not "dumb", and no
+// NO_COLOR set to a non-empty value (no-color.org).
+bool colourFor(int fd);
+
 // The page as a Settings screen in a terminal: title, group headers and footers, one line per
 // row (index, label, switch state, disclosure mark, icon note), what is presented over the
 // page, and what happened since the previous page. Colour only when asked for (a terminal).

@@ -1,6 +1,9 @@
 #include "app/interactive.h"
 
+#include <iostream>
+
 #include "app/batch_run.h"
+#include "app/line_editor.h"
 #include "app/step_error.h"
 
 namespace velto::app {
@@ -8,27 +11,33 @@ namespace velto::app {
 namespace {
 
 bool changesNothing(StepKind kind) {
-    return kind == StepKind::Show || kind == StepKind::Help || kind == StepKind::Quit;
+    return kind == StepKind::Show || kind == StepKind::Help || kind == StepKind::Quit ||
+           kind == StepKind::Expect;
 }
 
 }  // namespace
 
-int runInteractive(StepRunner& runner, Renderer& renderer, std::istream& in, std::ostream& out,
-                   bool human) {
+int runInteractive(Session& session, StepRunner& runner, Renderer& renderer, bool human,
+                   bool colour) {
+    LineEditor editor(
+        LineEditor::defaultHistoryFile(),
+        [&session](const std::string& typed) {
+            return complete(typed, completionContext(session));
+        },
+        colour);
     runner.run(showStep());
-    if (human) renderer.note("Type a step (help lists them, quit ends).\n");
+    if (human) renderer.note("Type a step (help lists them, Tab completes, quit ends).\n");
     for (;;) {
-        if (human) out << "velto> " << std::flush;
-        std::string line;
-        if (!std::getline(in, line)) {
-            if (human) out << "\n";
+        const auto line = editor.read(human ? "velto> " : "");
+        if (!line) {
+            if (human) std::cout << "\n" << std::flush;
             break;
         }
         std::optional<Step> step;
         try {
-            step = parseStep(line);
+            step = parseStep(*line);
         } catch (const StepError& e) {
-            renderer.error(line, e.what());
+            renderer.error(*line, e.what());
             continue;
         }
         if (!step) continue;

@@ -133,3 +133,11 @@ PageView viewOf(plat::ListController& page, std::size_t depth) {
 }
 
 }  // namespace velto::app
+
+namespace velto::app {
+
+PresentedView presentedViewOf(const plat::ViewController& controller) {
+    return presentedView(controller);
+}
+
+}  // namespace velto::app

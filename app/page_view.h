@@ -89,6 +89,9 @@ struct PageView {
 // the page's own hooks raise.
 PageView viewOf(plat::ListController& page, std::size_t depth);
 
+// What a presented controller shows, as `presented` of a page gives it.
+PresentedView presentedViewOf(const plat::ViewController& controller);
+
 // The controller on top of what the page presents (nullptr when nothing is presented).
 std::shared_ptr<plat::ViewController> presentedOver(const plat::ListController& page);
 

@@ -2,6 +2,7 @@
 
 #include <array>
 
+#include "app/expect_step.h"
 #include "app/step_error.h"
 
 namespace velto::app {
@@ -17,7 +18,7 @@ struct StepWord {
     const char* what;  // what the argument is, for messages
 };
 
-constexpr std::array<StepWord, 16> kSteps = {{
+constexpr std::array<StepWord, 17> kSteps = {{
     {"show", StepKind::Show, Argument::None, ""},
     {"open", StepKind::Open, Argument::Required, "a row"},
     {"back", StepKind::Back, Argument::None, ""},
@@ -30,6 +31,8 @@ constexpr std::array<StepWord, 16> kSteps = {{
     {"notify", StepKind::Notify, Argument::Required, "a notification name"},
     {"wait", StepKind::Wait, Argument::None, ""},
     {"screenshot", StepKind::Screenshot, Argument::Required, "a PNG file to write"},
+    {"expect", StepKind::Expect, Argument::Required,
+     "ROW on|off|shown|hidden, presented KIND, file PATH exists|missing or log TEXT"},
     {"help", StepKind::Help, Argument::None, ""},
     {"quit", StepKind::Quit, Argument::None, ""},
     {"exit", StepKind::Quit, Argument::None, ""},
@@ -59,6 +62,8 @@ std::optional<Step> parseStep(const std::string& line) {
             throw StepError(word + " needs " + step.what);
         if (step.argument == Argument::None && !argument.empty())
             throw StepError(word + " takes no argument");
+        // A script's expectations are checked as a whole before any step runs.
+        if (step.kind == StepKind::Expect) parseExpectation(argument);
         return Step{step.kind, argument, text};
     }
     throw StepError("unknown step '" + word + "' (try help)");
@@ -82,9 +87,39 @@ const char* stepHelp() {
            "  notify NAME          another process posts the Darwin notification NAME\n"
            "  wait                 run the main queue until it is empty\n"
            "  screenshot FILE      draw the page as the device shows it into a PNG file\n"
+           "  expect ROW on|off|shown|hidden\n"
+           "                       the switch shows on or off; the row is on the page or not\n"
+           "  expect presented KIND\n"
+           "                       alert, sheet, picker, mail, share, other, nothing or a class\n"
+           "  expect file PATH exists|missing\n"
+           "                       a device path (/var/mobile/...) under the device root\n"
+           "  expect log TEXT      a log line holding TEXT was written since the last step that\n"
+           "                       acts (show, help and expect only look)\n"
            "  help                 this list\n"
            "  quit                 end the session\n"
-           "ROW is a row's identifier, else its label, else #N for its index.\n";
+           "ROW is a row's identifier, else its label (\"...\" stands for \"\u2026\"), else #N "
+           "for\n"
+           "its index, else the one row that matches ignoring case. open skips group rows.\n"
+           "A failed expect exits with status 3; any other failed step with 2.\n"
+           "Examples, on the demo device:\n"
+           "  toggle Enabled on\n"
+           "  open phone\n"
+           "  toggle Pictures in Favorites off\n"
+           "  expect Favorites off\n"
+           "  back\n"
+           "  open About\n"
+           "  tap Share Velto\n"
+           "  expect presented share\n"
+           "  cancel\n"
+           "  expect file /var/mobile/Library/Preferences/com.norvale.velto.plist exists\n";
+}
+
+std::vector<std::pair<std::string, bool>> stepWords() {
+    std::vector<std::pair<std::string, bool>> words;
+    for (const StepWord& step : kSteps)
+        if (std::string(step.word) != "?")
+            words.emplace_back(step.word, step.argument == Argument::Required);
+    return words;
 }
 
 }  // namespace velto::app

@@ -1,7 +1,10 @@
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace velto::app {
 
@@ -22,6 +25,8 @@ enum class StepKind {
     Quit,     // end the session
     // Draw the top page as the device shows it into a PNG (FILE).
     Screenshot,
+    // Check the page, what is presented, a device file or the log (see expect_step.h).
+    Expect,
 };
 
 struct Step {
@@ -30,6 +35,8 @@ struct Step {
     std::string argument;
     // The whole step as written (trimmed), to name it in messages.
     std::string text;
+    // Its line in a file of steps, for messages; 0 elsewhere.
+    std::size_t line = 0;
 };
 
 // Reads one line. nullopt for a blank line or a '#' comment. Throws StepError for an unknown
@@ -43,5 +50,8 @@ inline Step showStep() {
 
 // The steps with a line of explanation each.
 const char* stepHelp();
+
+// The words that begin a step, each with whether an argument follows it (for completion).
+std::vector<std::pair<std::string, bool>> stepWords();
 
 }  // namespace velto::app

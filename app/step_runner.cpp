@@ -5,6 +5,7 @@
 #include <fstream>
 #include <iterator>
 
+#include "app/expect_step.h"
 #include "app/page_view.h"
 #include "app/row_lookup.h"
 #include "app/screenshot_writer.h"
@@ -22,13 +23,18 @@ namespace velto::app {
 
 namespace {
 
-RowRef requireRow(const plat::ListController& page, const std::string& text) {
-    if (auto found = findRow(page.heldSpecifiers(), text)) return *found;
-    throw StepError("no row '" + text + "' on this page");
-}
-
 std::string shownName(const RowRef& ref) {
     return "'" + ref.row->name().value_or("#" + std::to_string(ref.index)) + "'";
+}
+
+RowRef requireRow(const plat::ListController& page, const std::string& text,
+                  RowUse use = RowUse::Any) {
+    if (auto found = findRow(page.heldSpecifiers(), text, use)) return *found;
+    if (use == RowUse::Link)
+        if (auto group = findRow(page.heldSpecifiers(), text);
+            group && group->row->cellType() == plat::PSGroupCell)
+            throw StepError("row " + shownName(*group) + " is a group heading, not a link");
+    throw StepError(rowMissMessage(page.heldSpecifiers(), text, use));
 }
 
 // "toggle ROW on" names the row without its last word when that word is on or off and the
@@ -106,30 +112,37 @@ plat::Bytes readHostFile(const std::string& file) {
 StepRunner::Outcome StepRunner::run(const Step& step) {
     Outcome outcome = Outcome::Done;
     const std::size_t mark = session_.process().journal().size();
+    if (step.kind != StepKind::Show && step.kind != StepKind::Help && step.kind != StepKind::Expect)
+        actionMark_ = mark;
+    // A step of a file is named with its line, as a step that does not parse is.
+    const std::string where = step.line ? "line " + std::to_string(step.line) + ": " : "";
     try {
         perform(step);
         if (step.kind == StepKind::Quit) outcome = Outcome::Quit;
+    } catch (const ExpectationFailed& e) {
+        renderer_.error(step.text, where + "expectation not met: " + e.what());
+        outcome = Outcome::Unmet;
     } catch (const StepError& e) {
-        renderer_.error(step.text, e.what());
+        renderer_.error(step.text, where + e.what());
         outcome = Outcome::Failed;
     } catch (const plat::RangeError& e) {
-        renderer_.error(step.text, std::string("range error: ") + e.what());
+        renderer_.error(step.text, where + std::string("range error: ") + e.what());
         outcome = Outcome::Failed;
     } catch (const plat::DispatchError& e) {
-        renderer_.error(step.text, std::string("unrecognized selector: ") + e.what());
+        renderer_.error(step.text, where + std::string("unrecognized selector: ") + e.what());
         outcome = Outcome::Failed;
     } catch (const plat::InvalidArgumentError& e) {
-        renderer_.error(step.text, std::string("invalid argument: ") + e.what());
+        renderer_.error(step.text, where + std::string("invalid argument: ") + e.what());
         outcome = Outcome::Failed;
     } catch (const std::exception& e) {
-        renderer_.error(step.text, e.what());
+        renderer_.error(step.text, where + e.what());
         outcome = Outcome::Failed;
     }
     // Whatever the step left queued runs now, failed or not, as the run loop would.
     try {
         session_.settle();
     } catch (const std::exception& e) {
-        renderer_.error(step.text, std::string("after the step: ") + e.what());
+        renderer_.error(step.text, where + std::string("after the step: ") + e.what());
         outcome = Outcome::Failed;
     }
     switches_.forgetRedrawn(session_.process().journal().since(mark));
@@ -155,7 +168,7 @@ void StepRunner::perform(const Step& step) {
             show();
             return;
         case StepKind::Open:
-            session_.open(requireRow(*page, step.argument).row);
+            session_.open(requireRow(*page, step.argument, RowUse::Link).row);
             return;
         case StepKind::Back:
             session_.back();
@@ -190,20 +203,35 @@ void StepRunner::perform(const Step& step) {
         case StepKind::Help:
             renderer_.note(stepHelp());
             return;
+        case StepKind::Expect:
+            expect(step.argument);
+            return;
     }
+}
+
+std::optional<bool> StepRunner::switchShows(plat::ListController& page, const RowRef& row) {
+    const auto position = cellPosition(page, row.index);
+    // What the switch shows is what the page's cell hook made of the row, not the stored value.
+    auto cell =
+        position ? page.tableViewCellForRowAtIndexPath(position->row, position->section) : nullptr;
+    if (!cell || !cell->control()) return std::nullopt;
+    return switches_.heldPosition(row.row).value_or(cell->control()->isOn());
+}
+
+void StepRunner::expect(const std::string& argument) {
+    auto page = session_.topPage();
+    const ExpectScene scene{*page, [&](const RowRef& row) { return switchShows(*page, row); },
+                            session_.process().root(),
+                            session_.process().journal().since(actionMark_)};
+    checkExpectation(parseExpectation(argument), scene);
 }
 
 void StepRunner::toggle(const std::string& argument) {
     auto page = session_.topPage();
     const ToggleRequest request = toggleRequest(*page, argument);
-    const auto position = cellPosition(*page, request.row.index);
-    // What the switch shows is what the page's cell hook made of the row, not the stored value.
-    auto cell =
-        position ? page->tableViewCellForRowAtIndexPath(position->row, position->section) : nullptr;
-    if (!cell || !cell->control())
-        throw StepError("row " + shownName(request.row) + " is not a switch");
-    const bool value = request.value.value_or(
-        !switches_.heldPosition(request.row.row).value_or(cell->control()->isOn()));
+    const auto shows = switchShows(*page, request.row);
+    if (!shows) throw StepError("row " + shownName(request.row) + " is not a switch");
+    const bool value = request.value.value_or(!*shows);
 
     const plat::SpecifierPtr& row = request.row.row;
     // The finger moves the switch before the page hears of it; a page that redraws the row

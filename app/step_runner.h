@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/renderer.h"
+#include "app/row_lookup.h"
 #include "app/session.h"
 #include "app/step.h"
 #include "app/switch_positions.h"
@@ -15,7 +16,8 @@ class StepRunner {
   public:
     StepRunner(Session& session, Renderer& renderer) : session_(session), renderer_(renderer) {}
 
-    enum class Outcome { Done, Failed, Quit };
+    // Unmet: an `expect` step found the session otherwise.
+    enum class Outcome { Done, Failed, Unmet, Quit };
 
     // Runs one step, then lets the main queue and notification delivery settle. A step that
     // cannot be carried out, or that the bundle raises from, is reported to the renderer as
@@ -39,12 +41,17 @@ class StepRunner {
     void dismiss();
     void pick(const std::string& argument);
     void cancel();
+    void expect(const std::string& argument);
+    // What the switch of a row shows on the page, nullopt when the row is not a switch.
+    std::optional<bool> switchShows(plat::ListController& page, const RowRef& row);
 
     Session& session_;
     Renderer& renderer_;
     SwitchPositions switches_;
     std::string screenshotFolder_;
     int screenshotsTaken_ = 0;
+    // Where the journal stood when the last step that acts began; `expect log` reads from it.
+    std::size_t actionMark_ = 0;
 };
 
 }  // namespace velto::app

@@ -1,0 +1,149 @@
+// Scripts that assert (`expect`) and rows named the way people type them, through the program
+// as a script drives it, on the demo device the help's examples are written for.
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include "tests/support/program_run.h"
+
+namespace apptest {
+namespace {
+
+const std::string kAvatar = "/var/mobile/Library/Mail/Velto/default_avatar_mail@3x.png";
+
+class ExpectCli : public ::testing::Test {
+  protected:
+    void SetUp() override { freshDevice(); }
+    void freshDevice() {
+        std::filesystem::remove_all(device_);
+        initDevice(device_, {"--demo"});
+    }
+
+    ProgramResult run(std::vector<std::string> arguments, bool json = true) {
+        arguments.insert(arguments.begin(), {"--device", device_});
+        if (json) arguments.insert(arguments.begin(), "--json");
+        return runProgram(arguments);
+    }
+    std::string scriptFile(const std::string& steps) {
+        const std::string file = scratch_ / "test.steps";
+        std::ofstream(file) << steps;
+        return file;
+    }
+
+    ScratchFolder scratch_;
+    std::string device_ = scratch_ / "device";
+};
+
+TEST_F(ExpectCli, AScriptTestsTheResourcesAndTheFirstUnmetExpectationExitsThreeNamingIt) {
+    const std::string picture =
+        device_ + "/System/Library/PreferenceBundles/VeltoSettings.bundle/recent@3x.png";
+    const std::string script =
+        "# Mail's default avatar, picked\n"
+        "expect Enabled on\n"
+        "open Mail\n"
+        "expect file " +
+        kAvatar +
+        " missing\n"
+        "tap Choose Default Avatar...\n"
+        "expect presented picker\n"
+        "pick " +
+        picture +
+        "\n"
+        "expect presented nothing\n"
+        "expect log Posting notification\n"
+        "expect file " +
+        kAvatar +
+        " exists\n"
+        "back\n"
+        "toggle Enabled off\n"
+        "expect Enabled off\n"
+        "expect Phone hidden\n"
+        "expect About shown\n";
+    const auto passed = run({"run", scriptFile(script)});
+    EXPECT_EQ(passed.status, 0) << passed.err;
+    EXPECT_EQ(passed.err, "");
+
+    // Each kind of expectation, unmet at the end of the same script.
+    const std::vector<std::pair<std::string, std::string>> unmet = {
+        {"expect Enabled on", "'Enabled' is off"},
+        {"expect About hidden", "'About' is shown (#"},
+        {"expect presented sheet", "nothing is presented"},
+        {"expect file " + kAvatar + " missing", kAvatar + " exists"},
+        {"expect log Posting notification", "no line was logged since the last step"},
+    };
+    for (const auto& [step, says] : unmet) {
+        freshDevice();
+        const std::string file = scriptFile(script + step + "\nopen About\n");
+        const auto json = run({"run", file});
+        EXPECT_EQ(json.status, 3) << step << json.err;
+        ASSERT_EQ(json.errLines().size(), 1u) << json.err;
+        EXPECT_EQ(json.errLines()[0]["step"], step);
+        EXPECT_EQ(json.errLines()[0]["error"].get<std::string>().rfind(
+                      "line 16: expectation not met: ", 0),
+                  0u)
+            << json.err;
+        EXPECT_NE(json.err.find(says), std::string::npos) << json.err;
+        EXPECT_EQ(json.outLines().size(), 0u);  // the step after it never ran
+
+        freshDevice();
+        const auto human = run({"run", file}, false);
+        EXPECT_EQ(human.status, 3);
+        EXPECT_EQ(human.err.rfind("error: " + step + ": line 16: expectation not met: ", 0), 0u)
+            << human.err;
+    }
+    // A malformed expectation is a broken script, found before anything runs.
+    const auto broken = run({"expect Enabled maybe"});
+    EXPECT_EQ(broken.status, 2);
+    EXPECT_NE(broken.err.find("expect needs ROW on|off|shown|hidden"), std::string::npos);
+}
+
+TEST_F(ExpectCli, RowsAreFoundTheWayPeopleTypeThemAndAMissSuggestsTheClosest) {
+    struct Case {
+        std::vector<std::string> steps;
+        int status;
+        std::string error;
+    };
+    const std::vector<Case> cases = {
+        // Ignoring case when only one row matches.
+        {{"open phone", "expect pictures in recents shown"}, 0, ""},
+        // An identifier first: the switch "Pictures in Favorites" is "Favorites", not the group.
+        {{"open Phone", "toggle Favorites off", "expect Pictures in Favorites off"}, 0, ""},
+        // "..." for "…".
+        {{"open Mail", "tap Choose Default Avatar...", "expect presented picker"}, 0, ""},
+        {{"open Phone", "expect favorites shown"},
+         3,
+         "'favorites' could be 'FavoritesGroup' or 'Pictures in Favorites': write it as shown"},
+        {{"open Applications"}, 2, "row 'Applications' is a group heading, not a link"},
+        {{"open Phnoe"}, 2, "no row 'Phnoe' on this page; did you mean 'Phone'?"},
+        {{"open Notifications"}, 2, "did you mean 'Notification Center'?"},
+    };
+    for (const Case& c : cases) {
+        const auto result = run(c.steps);
+        EXPECT_EQ(result.status, c.status) << c.steps.front() << result.err;
+        if (c.error.empty()) continue;
+        ASSERT_EQ(result.errLines().size(), 1u) << result.err;
+        EXPECT_NE(result.errLines()[0]["error"].get<std::string>().find(c.error), std::string::npos)
+            << result.err;
+    }
+}
+
+TEST_F(ExpectCli, TheHelpsExamplesRunOnTheDemoDevice) {
+    const auto help = run({"help"});
+    ASSERT_EQ(help.status, 0);
+    std::istringstream text(help.outLines().at(0)["note"].get<std::string>());
+    std::vector<std::string> examples;
+    bool inExamples = false;
+    for (std::string line; std::getline(text, line);) {
+        if (inExamples && line.rfind("  ", 0) == 0) examples.push_back(line.substr(2));
+        inExamples = inExamples || line.rfind("Examples", 0) == 0;
+    }
+    ASSERT_GE(examples.size(), 5u);
+    const auto result = run(examples);
+    EXPECT_EQ(result.status, 0) << result.err;
+}
+
+}  // namespace
+}  // namespace apptest

@@ -1,0 +1,155 @@
+// The interactive session under a pseudo-terminal of our own, typed at key by key as a user
+// types: Tab completion, history across sessions, Ctrl-L and colour.
+
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <pty.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+
+#include "tests/support/program_run.h"
+
+namespace apptest {
+namespace {
+
+// velto-settings on the child side of a pseudo-terminal, with the environment of a user's
+// terminal: a state folder, a home without an ~/.editrc, xterm, a UTF-8 locale.
+class Terminal {
+  public:
+    Terminal(const ScratchFolder& scratch, const std::string& device, bool noColour = false) {
+        winsize size{};
+        size.ws_row = 50;
+        size.ws_col = 120;
+        pid_ = ::forkpty(&master_, nullptr, nullptr, &size);
+        if (pid_ == 0) {
+            ::setenv("XDG_STATE_HOME", (scratch / "state").c_str(), 1);
+            ::setenv("HOME", scratch.path().c_str(), 1);
+            ::setenv("TERM", "xterm", 1);
+            ::setenv("LANG", "C.UTF-8", 1);
+            ::unsetenv("VELTO_RESOURCES");
+            if (noColour)
+                ::setenv("NO_COLOR", "1", 1);
+            else
+                ::unsetenv("NO_COLOR");
+            const std::string program = programPath().string();
+            ::execl(program.c_str(), program.c_str(), "--device", device.c_str(), nullptr);
+            ::_exit(127);
+        }
+    }
+    ~Terminal() {
+        if (pid_ > 0 && !exited_) {
+            ::kill(pid_, SIGKILL);
+            ::waitpid(pid_, nullptr, 0);
+        }
+        if (master_ >= 0) ::close(master_);
+    }
+
+    void type(const std::string& keys) const {
+        ASSERT_EQ(::write(master_, keys.data(), keys.size()), static_cast<ssize_t>(keys.size()));
+    }
+
+    // Reads until what the program wrote since `from` holds `text`; false when it stops
+    // writing first. The next call reads on from where the text ended.
+    bool waitFor(const std::string& text) {
+        for (;;) {
+            if (const auto at = output_.find(text, from_); at != std::string::npos) {
+                from_ = at + text.size();
+                return true;
+            }
+            if (!readMore()) return false;
+        }
+    }
+    // True when the program ended by itself with status 0.
+    bool waitForExit() {
+        while (readMore()) {
+        }
+        if (timedOut_) return false;  // still running: the destructor ends it
+        int status = 0;
+        exited_ = ::waitpid(pid_, &status, 0) == pid_;
+        return exited_ && WIFEXITED(status) && WEXITSTATUS(status) == 0;
+    }
+    const std::string& output() const { return output_; }
+    bool started() const { return pid_ > 0; }
+
+  private:
+    bool readMore() {
+        pollfd fd{master_, POLLIN, 0};
+        // Generous: only a hung program takes this long, and then the test fails.
+        if (::poll(&fd, 1, 20000) <= 0) {
+            timedOut_ = true;
+            return false;
+        }
+        char buffer[4096];
+        const ssize_t n = ::read(master_, buffer, sizeof buffer);
+        if (n <= 0) return false;
+        output_.append(buffer, static_cast<std::size_t>(n));
+        return true;
+    }
+
+    int master_ = -1;
+    pid_t pid_ = -1;
+    bool exited_ = false;
+    bool timedOut_ = false;
+    std::string output_;
+    std::size_t from_ = 0;
+};
+
+class ShellTty : public ::testing::Test {
+  protected:
+    void SetUp() override { initDevice(device_, {"--demo"}); }
+    ScratchFolder scratch_;
+    std::string device_ = scratch_ / "device";
+};
+
+TEST_F(ShellTty, TabCompletesStepsRowsAndValuesAndTheHistoryOutlivesTheSession) {
+    {
+        Terminal terminal(scratch_, device_);
+        ASSERT_TRUE(terminal.started());
+        ASSERT_TRUE(terminal.waitFor("velto>")) << terminal.output();
+        // A step word, then a link row ignoring case: "open Phone".
+        terminal.type("op\tph\t\r");
+        ASSERT_TRUE(terminal.waitFor("PhoneAppSettingsController")) << terminal.output();
+        ASSERT_TRUE(terminal.waitFor("velto>")) << terminal.output();
+        // Two switches begin alike: their common part, then both listed on a second Tab.
+        terminal.type("toggle Pic\t\t");
+        ASSERT_TRUE(terminal.waitFor("Pictures in Favorites")) << terminal.output();
+        ASSERT_TRUE(terminal.waitFor("Pictures in Recents")) << terminal.output();
+        terminal.type("R\tof\t\r");  // "toggle Pictures in Recents off"
+        ASSERT_TRUE(terminal.waitFor("com.norvale.velto VeltoPhoneRecents")) << terminal.output();
+        // Keys are typed at a prompt only: between two, the terminal is not the editor's.
+        ASSERT_TRUE(terminal.waitFor("velto>")) << terminal.output();
+        terminal.type("quit\r");
+        EXPECT_TRUE(terminal.waitForExit()) << terminal.output();
+    }
+    EXPECT_TRUE(std::filesystem::exists(scratch_ / "state/velto-settings/history"));
+
+    // A new session goes back through the old one's lines: quit, the toggle, then open Phone.
+    Terminal terminal(scratch_, device_);
+    ASSERT_TRUE(terminal.waitFor("velto>")) << terminal.output();
+    terminal.type("\033[A\033[A\033[A\r");
+    ASSERT_TRUE(terminal.waitFor("PhoneAppSettingsController")) << terminal.output();
+    ASSERT_TRUE(terminal.waitFor("velto>")) << terminal.output();
+    terminal.type("\004");  // Ctrl-D on an empty line ends the session
+    EXPECT_TRUE(terminal.waitForExit()) << terminal.output();
+}
+
+TEST_F(ShellTty, ColourUnlessNoColourAndCtrlLClearsTheScreen) {
+    for (const bool noColour : {false, true}) {
+        Terminal terminal(scratch_, device_, noColour);
+        ASSERT_TRUE(terminal.waitFor("velto>")) << terminal.output();
+        const bool bold = terminal.output().find("\033[1mVelto") != std::string::npos;
+        EXPECT_EQ(bold, !noColour) << terminal.output();
+        terminal.type("\014");
+        EXPECT_TRUE(terminal.waitFor("\033[2J")) << terminal.output();
+        ASSERT_TRUE(terminal.waitFor("velto>")) << terminal.output();
+        terminal.type("quit\r");
+        EXPECT_TRUE(terminal.waitForExit()) << terminal.output();
+    }
+}
+
+}  // namespace
+}  // namespace apptest
