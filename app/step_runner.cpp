@@ -5,6 +5,7 @@
 #include <fstream>
 #include <iterator>
 
+#include "app/journal_rows.h"
 #include "app/page_view.h"
 #include "app/row_lookup.h"
 #include "app/screenshot_writer.h"
@@ -139,8 +140,13 @@ StepRunner::Outcome StepRunner::run(const Step& step) {
 void StepRunner::show() {
     auto page = session_.topPage();
     PageView view = viewOf(*page, session_.depth());
+    const auto stack = session_.pages();
+    for (const auto& shown : stack)
+        view.stack.push_back(shown->className());
     switches_.apply(*page, view);
-    renderer_.page(view, session_.takeJournal());
+    auto journal = session_.takeJournal();
+    placeInsertions(journal, stack);
+    renderer_.page(view, journal);
     if (screenshotFolder_.empty()) return;
     char name[16];
     std::snprintf(name, sizeof name, "%03d.png", ++screenshotsTaken_);
