@@ -8,7 +8,7 @@ namespace velto::app {
 
 namespace {
 
-enum class Argument { None, Required };
+enum class Argument { None, Required, Optional };
 
 struct StepWord {
     const char* word;
@@ -17,7 +17,7 @@ struct StepWord {
     const char* what;  // what the argument is, for messages
 };
 
-constexpr std::array<StepWord, 16> kSteps = {{
+constexpr std::array<StepWord, 18> kSteps = {{
     {"show", StepKind::Show, Argument::None, ""},
     {"open", StepKind::Open, Argument::Required, "a row"},
     {"back", StepKind::Back, Argument::None, ""},
@@ -34,6 +34,8 @@ constexpr std::array<StepWord, 16> kSteps = {{
     {"quit", StepKind::Quit, Argument::None, ""},
     {"exit", StepKind::Quit, Argument::None, ""},
     {"?", StepKind::Help, Argument::None, ""},
+    {"reload", StepKind::Reload, Argument::None, ""},
+    {"watch", StepKind::Watch, Argument::Optional, ""},
 }};
 
 std::string trim(const std::string& text) {
@@ -82,6 +84,10 @@ const char* stepHelp() {
            "  notify NAME          another process posts the Darwin notification NAME\n"
            "  wait                 run the main queue until it is empty\n"
            "  screenshot FILE      draw the page as the device shows it into a PNG file\n"
+           "  reload               the page rebuilds its rows from the bundle's resources\n"
+           "  watch [--redraws N] [--timeout SECONDS]\n"
+           "                       redraw the page whenever the device's settings or the\n"
+           "                       bundle's resources change, until Ctrl-C or end of input\n"
            "  help                 this list\n"
            "  quit                 end the session\n"
            "ROW is a row's identifier, else its label, else #N for its index.\n";

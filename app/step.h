@@ -22,6 +22,10 @@ enum class StepKind {
     Quit,     // end the session
     // Draw the top page as the device shows it into a PNG (FILE).
     Screenshot,
+    Reload,  // the top page rebuilds its rows from the resources
+    // Redraw the top page whenever the device's settings or the bundle change
+    // ([--redraws N] [--timeout SECONDS]).
+    Watch,
 };
 
 struct Step {

@@ -190,6 +190,16 @@ void StepRunner::perform(const Step& step) {
         case StepKind::Screenshot:
             renderer_.screenshot(step.argument, writeScreenshot(session_, step.argument));
             return;
+        case StepKind::Reload:
+            page->reloadSpecifiers();
+            return;
+        case StepKind::Watch: {
+            const WatchLimits limits = parseWatchLimits(step.argument);
+            WatchPlaces places;
+            places.device = session_.process().root().hostRoot();
+            watchTopPage(*this, renderer_, watchPlaces_.value_or(places), limits);
+            return;
+        }
         case StepKind::Wait:
         case StepKind::Quit:
             return;  // settling after every step is all that waiting needs
