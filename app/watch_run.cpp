@@ -153,8 +153,9 @@ void watchTopPage(StepRunner& runner, Renderer& renderer, const WatchPlaces& pla
         }
         // The page is made again from what is stored now, as the developer wants to see it.
         runner.run(Step{StepKind::Reload, "", "reload"});
-        runner.run(showStep());
+        // What the rebuild wrote is not a change; what anyone writes once the page is out is.
         watch.changes();
+        runner.run(showStep());
         if (limits.redraws && ++redraws >= *limits.redraws) break;
     }
 }
