@@ -12,6 +12,7 @@
 
 #include "app/check_run.h"
 #include "app/device_location.h"
+#include "app/json_output.h"
 
 namespace velto::app {
 
@@ -21,9 +22,7 @@ namespace fs = std::filesystem;
 
 int failure(bool json, const std::string& message) {
     if (json)
-        std::cerr << nlohmann::json({{"type", "error"}, {"error", message}})
-                         .dump(-1, ' ', false, nlohmann::json::error_handler_t::replace)
-                  << "\n";
+        std::cerr << jsonText(errorLine(message)) << "\n";
     else
         std::cerr << "velto-settings check: " << message << "\n";
     return kCheckBadArguments;
@@ -87,12 +86,11 @@ int runCheck(const CheckRequest& request) {
 
     if (request.json) {
         printFindingsJson(std::cout, outcome.findings);
-        std::cout << nlohmann::ordered_json({{"type", "summary"},
-                                             {"devices", outcome.devices},
-                                             {"steps", outcome.steps},
-                                             {"errors", outcome.findings.errors()},
-                                             {"warnings", outcome.findings.warnings()},
-                                             {"seconds", seconds}})
+        std::cout << recordLine("summary", {{"devices", outcome.devices},
+                                            {"steps", outcome.steps},
+                                            {"errors", outcome.findings.errors()},
+                                            {"warnings", outcome.findings.warnings()},
+                                            {"seconds", seconds}})
                          .dump()
                   << "\n";
     } else {

@@ -4,6 +4,8 @@
 #include <nlohmann/json.hpp>
 #include <tuple>
 
+#include "app/json_output.h"
+
 namespace velto::app {
 
 void FindingSet::add(Finding finding) {
@@ -83,13 +85,18 @@ void printFindings(std::ostream& out, const FindingSet& findings) {
 
 void printFindingsJson(std::ostream& out, const FindingSet& findings) {
     for (const Finding& f : findings.sorted()) {
-        nlohmann::ordered_json line = {
-            {"type", "finding"}, {"severity", f.error() ? "error" : "warning"},
-            {"kind", f.kind},    {"resource", f.resource},
-            {"row", f.row},      {"page", f.page},
-            {"step", f.step},    {"reason", f.reason},
-            {"state", f.state},  {"states", f.states},
-        };
+        const nlohmann::ordered_json line =
+            recordLine("finding", {
+                                      {"severity", f.error() ? "error" : "warning"},
+                                      {"kind", f.kind},
+                                      {"resource", f.resource},
+                                      {"row", f.row},
+                                      {"page", f.page},
+                                      {"step", f.step},
+                                      {"reason", f.reason},
+                                      {"state", f.state},
+                                      {"states", f.states},
+                                  });
         out << line.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << "\n";
     }
 }

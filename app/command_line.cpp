@@ -1,11 +1,13 @@
 #include "app/command_line.h"
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
 #include <fstream>
 #include <iostream>
 #include <nlohmann/json.hpp>
+#include <sstream>
 
 #include "app/batch_run.h"
 #include "app/check_command.h"
@@ -34,11 +36,13 @@ struct Options {
     std::optional<std::string> key;
     std::string screenshots;
     CheckRequest check;
+    std::optional<long> watchRedraws;
+    std::optional<double> watchTimeout;
 };
 
 int trouble(bool json, const std::string& message) {
     if (json)
-        std::cerr << jsonText(nlohmann::json({{"error", message}, {"step", nullptr}})) << "\n";
+        std::cerr << jsonText(errorLine(message)) << "\n";
     else
         std::cerr << "velto-settings: " << message << "\n";
     return kExitTrouble;
@@ -50,9 +54,31 @@ std::unique_ptr<Renderer> makeRenderer(bool json) {
                                            colourFor(STDERR_FILENO));
 }
 
+// Standard input, when its end may end a watch: a terminal (Ctrl-D) or a pipe, unless the steps
+// themselves come from there. /dev/null (a background job's input) ends nothing.
+int watchedInput(bool stepsFromInput) {
+    struct stat info {};
+    if (stepsFromInput || ::fstat(STDIN_FILENO, &info) != 0) return -1;
+    if (::isatty(STDIN_FILENO) || S_ISFIFO(info.st_mode) || S_ISSOCK(info.st_mode))
+        return STDIN_FILENO;
+    return -1;
+}
+
+// `watch [--redraws N] [--timeout SECONDS]` as a step, after the steps given with it.
+std::string watchStep(const Options& options) {
+    std::string step = "watch";
+    if (options.watchRedraws) step += " --redraws " + std::to_string(*options.watchRedraws);
+    if (options.watchTimeout) {
+        std::ostringstream seconds;
+        seconds << *options.watchTimeout;
+        step += " --timeout " + seconds.str();
+    }
+    return step;
+}
+
 // Steps from the arguments, from `run FILE|-`, or the interactive session (a printed root
 // page when standard input is not a terminal).
-int runSession(const Options& options, bool fromFile) {
+int runSession(const Options& options, bool fromFile, bool watch) {
     std::filesystem::path device;
     std::ifstream file;
     try {
@@ -79,6 +105,18 @@ int runSession(const Options& options, bool fromFile) {
         std::filesystem::create_directories(options.screenshots, error);
         if (error) return trouble(options.json, "cannot make " + options.screenshots);
         runner.setScreenshotFolder(options.screenshots);
+    }
+    WatchPlaces places;
+    places.device = device;
+    // The demo device gets the bundle afresh at every start, so its source is watched too.
+    if (!options.device) places.resources = resourcesFolder();
+    places.input = watchedInput(fromFile && options.runFile == "-");
+    runner.setWatchPlaces(places);
+
+    if (watch) {
+        std::vector<std::string> steps = options.steps;
+        steps.push_back(watchStep(options));
+        return runArgumentSteps(runner, *renderer, steps);
     }
 
     if (fromFile) return runStepStream(runner, *renderer, options.runFile == "-" ? std::cin : file);
@@ -143,6 +181,15 @@ int runCommandLine(int argc, char** argv) {
     remove->add_option("DOMAIN", options.domain)->required();
     remove->add_option("KEY", options.key);
 
+    CLI::App* watch = app.add_subcommand(
+        "watch",
+        "show the page the steps lead to, and again whenever the device's settings or "
+        "the bundle's resources change (Ctrl-C or end of input ends it)");
+    watch->add_option("--redraws", options.watchRedraws, "stop after N redraws")
+        ->check(CLI::PositiveNumber);
+    watch->add_option("--timeout", options.watchTimeout, "stop after SECONDS")
+        ->check(CLI::PositiveNumber);
+
     CLI::App* check = app.add_subcommand(
         "check", "prove that the bundle's resources cannot crash the Settings application");
     declareCheck(*check, options.check);
@@ -164,6 +211,7 @@ int runCommandLine(int argc, char** argv) {
         if (options.json) options.check.json = true;
         return runCheck(options.check);
     }
+    if (watch->parsed()) return runSession(options, false, true);
     const bool subcommand = run->parsed() || device->parsed() || defaults->parsed();
     if (subcommand && !options.steps.empty())
         return trouble(options.json, "steps cannot be given together with " +
@@ -172,7 +220,7 @@ int runCommandLine(int argc, char** argv) {
                                                                         : "defaults"));
     if (init->parsed()) return runDeviceInit(options.deviceInit, options.json);
     if (defaults->parsed()) return runDefaults(options, *read, *write, *remove);
-    return runSession(options, run->parsed());
+    return runSession(options, run->parsed(), false);
 }
 
 }  // namespace velto::app

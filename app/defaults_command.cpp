@@ -72,7 +72,7 @@ std::string shown(const plat::Value& value) {
 
 int fail(DefaultsIo& io, const std::string& message) {
     if (io.json)
-        io.err << jsonText(nlohmann::json({{"error", message}})) << "\n";
+        io.err << jsonText(errorLine(message)) << "\n";
     else
         io.err << "defaults: " << message << "\n";
     return kExitTrouble;

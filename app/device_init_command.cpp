@@ -59,7 +59,7 @@ plat::DeviceFamily familyOf(const std::string& name) {
 
 int fail(bool json, const std::string& message) {
     if (json)
-        std::cerr << jsonText(nlohmann::json({{"error", message}})) << "\n";
+        std::cerr << jsonText(errorLine(message)) << "\n";
     else
         std::cerr << "velto-settings: device init: " << message << "\n";
     return kExitTrouble;
@@ -110,8 +110,8 @@ int runDeviceInit(const DeviceInitRequest& request, bool json) {
         return fail(json, e.what());
     }
     if (json)
-        std::cout << jsonText(nlohmann::json(
-                         {{"device", request.folder}, {"apps", options.apps.size()}}))
+        std::cout << jsonText(recordLine(
+                         "device", {{"device", request.folder}, {"apps", options.apps.size()}}))
                   << "\n";
     else
         std::cout << "device written to " << request.folder << " (" << options.apps.size()

@@ -164,7 +164,9 @@ void HumanRenderer::journalLine(const plat::JournalEntry& entry, std::size_t run
         case Kind::Insert:
         case Kind::Remove:
         case Kind::Reload:
-            what = entry.index ? "#" + std::to_string(*entry.index) : "all rows";
+            what = entry.index                  ? "#" + std::to_string(*entry.index)
+                   : entry.kind == Kind::Insert ? "a row no longer shown"
+                                                : "all rows";
             if (lastIndex) what += " to #" + std::to_string(*lastIndex);
             if (entry.animated) what += ", animated";
             break;
@@ -200,7 +202,9 @@ void HumanRenderer::journal(const std::vector<plat::JournalEntry>& entries) {
         std::size_t end = i + 1;
         while (end < entries.size()) {
             const plat::JournalEntry& next = entries[end];
-            if (next.kind != first.kind || next.name != first.name || next.text != first.text ||
+            // An insertion's text names its row; a run of them is one line all the same.
+            if (next.kind != first.kind || next.name != first.name ||
+                (next.text != first.text && first.kind != Kind::Insert) ||
                 next.replied != first.replied || next.animated != first.animated)
                 break;
             if (listOperation && (!next.index || !first.index)) break;

@@ -12,7 +12,7 @@ namespace {
 
 bool changesNothing(StepKind kind) {
     return kind == StepKind::Show || kind == StepKind::Help || kind == StepKind::Quit ||
-           kind == StepKind::Expect;
+           kind == StepKind::Expect || kind == StepKind::Watch;  // watch drew its own pages
 }
 
 }  // namespace

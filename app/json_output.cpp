@@ -1,5 +1,9 @@
 #include "app/json_output.h"
 
+#include "app/content_hash.h"
+#include "platform/foundation/keyed_archive.h"
+#include "platform/ui/image.h"
+
 namespace velto::app {
 
 using json = nlohmann::ordered_json;
@@ -8,6 +12,12 @@ namespace {
 
 json optional(const std::optional<std::string>& text) {
     return text ? json(*text) : json(nullptr);
+}
+
+json pictureJson(const RowView::Icon& picture) {
+    return {{"width", picture.width},
+            {"height", picture.height},
+            {"hash", picture.image ? json(pixelHash(*picture.image)) : json(nullptr)}};
 }
 
 json rowJson(const RowView& row) {
@@ -20,8 +30,11 @@ json rowJson(const RowView& row) {
                 {"value", row.value ? json(*row.value) : json(nullptr)},
                 {"detail", optional(row.detail)},
                 {"action", optional(row.action)},
+                {"key", optional(row.key)},
+                {"defaults", optional(row.defaults)},
+                {"notification", optional(row.notification)},
                 {"icon", nullptr}};
-    if (row.icon) out["icon"] = {{"width", row.icon->width}, {"height", row.icon->height}};
+    if (row.icon) out["icon"] = pictureJson(*row.icon);
     return out;
 }
 
@@ -49,9 +62,7 @@ json presentedJson(const std::optional<PresentedView>& presented) {
     }
     if (const auto& share = presented->share) {
         out["share"] = {{"text", optional(share->text)}, {"image", nullptr}};
-        if (share->image)
-            out["share"]["image"] = {{"width", share->image->width},
-                                     {"height", share->image->height}};
+        if (share->image) out["share"]["image"] = pictureJson(*share->image);
     }
     return out;
 }
@@ -89,6 +100,8 @@ json journalJson(const plat::JournalEntry& entry) {
             out["name"] = entry.name;
             out["center"] = entry.text;
             out["replied"] = entry.replied;
+            out["userInfo"] = summaryJson(entry.value);
+            out["reply"] = summaryJson(entry.reply);
             break;
         case Kind::Shell:
             out["command"] = entry.text;
@@ -99,6 +112,8 @@ json journalJson(const plat::JournalEntry& entry) {
             out["index"] = entry.index ? json(*entry.index) : json(nullptr);
             out["animated"] = entry.animated;
             out["page"] = entry.name;
+            if (entry.kind == Kind::Insert)
+                out["row"] = entry.text.empty() ? json(nullptr) : json(entry.text);
             break;
         case Kind::Present:
             out["class"] = entry.name;
@@ -118,6 +133,7 @@ json journalJson(const plat::JournalEntry& entry) {
         case Kind::PreferenceWrite:
             out["domain"] = entry.name;
             out["key"] = entry.text;
+            out["value"] = valueJson(entry.value);
             break;
     }
     return out;
@@ -130,12 +146,80 @@ json pageJson(const PageView& page, const std::vector<plat::JournalEntry>& journ
     json entries = json::array();
     for (const auto& entry : journal)
         entries.push_back(journalJson(entry));
-    return {{"page", page.className},
-            {"title", optional(page.title)},
-            {"depth", page.depth},
-            {"rows", rows},
-            {"presented", presentedJson(page.presented)},
-            {"journal", entries}};
+    json out = recordLine("page");
+    out["page"] = page.className;
+    out["title"] = optional(page.title);
+    out["depth"] = page.depth;
+    out["stack"] = page.stack;
+    out["rows"] = rows;
+    out["presented"] = presentedJson(page.presented);
+    out["journal"] = entries;
+    return out;
+}
+
+json recordLine(const char* type) {
+    return {{"type", type}, {"schema", kJsonSchema}};
+}
+
+json recordLine(const char* type, const json& fields) {
+    json out = recordLine(type);
+    for (const auto& [key, value] : fields.items())
+        out[key] = value;
+    return out;
+}
+
+json errorLine(const std::string& message, const std::string& step) {
+    json out = recordLine("error");
+    out["error"] = message;
+    out["step"] = step.empty() ? json(nullptr) : json(step);
+    return out;
+}
+
+namespace {
+
+constexpr std::size_t kSummaryItems = 8;
+constexpr std::size_t kSummaryText = 200;
+constexpr int kSummaryDepth = 8;
+
+json summary(const plat::Value& value, int depth) {
+    using Type = plat::Value::Type;
+    if (depth > kSummaryDepth) return "…";
+    switch (value.type()) {
+        case Type::String:
+            if (value.str().size() > kSummaryText) return value.str().substr(0, kSummaryText) + "…";
+            return value.str();
+        case Type::Data: {
+            const plat::Value decoded = plat::unarchiveObjectWithData(*value.asData());
+            if (!decoded.isNil()) return {{"archived", summary(decoded, depth + 1)}};
+            return {{"data", value.asData()->size()}};
+        }
+        case Type::Array: {
+            json items = json::array();
+            for (const plat::Value& item : *value.asArray()) {
+                if (items.size() == kSummaryItems) break;
+                items.push_back(summary(item, depth + 1));
+            }
+            return {{"count", value.asArray()->size()}, {"items", items}};
+        }
+        case Type::Dictionary: {
+            json out = json::object();
+            for (const auto& [key, item] : *value.asDictionary())
+                out[key] = summary(item, depth + 1);
+            return out;
+        }
+        case Type::Object:
+            if (auto image = value.as<plat::Image>())
+                return {{"image", pictureJson({image->pixelWidth(), image->pixelHeight(), image})}};
+            return valueJson(value);
+        default:
+            return valueJson(value);
+    }
+}
+
+}  // namespace
+
+json summaryJson(const plat::Value& value) {
+    return summary(value, 0);
 }
 
 json valueJson(const plat::Value& value) {

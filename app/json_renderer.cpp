@@ -18,17 +18,19 @@ void JsonRenderer::page(const PageView& page, const std::vector<plat::JournalEnt
 }
 
 void JsonRenderer::error(const std::string& step, const std::string& message) {
-    nlohmann::ordered_json out = {{"error", message}, {"step", nullptr}};
-    if (!step.empty()) out["step"] = step;
-    err_ << line(out) << std::endl;
+    err_ << line(errorLine(message, step)) << std::endl;
 }
 
 void JsonRenderer::screenshot(const std::string& path, std::size_t bytes) {
-    out_ << line({{"screenshot", {{"path", path}, {"size", bytes}}}}) << std::endl;
+    auto out = recordLine("screenshot");
+    out["screenshot"] = {{"path", path}, {"size", bytes}};
+    out_ << line(out) << std::endl;
 }
 
 void JsonRenderer::note(const std::string& text) {
-    out_ << line({{"note", text}}) << std::endl;
+    auto out = recordLine("note");
+    out["note"] = text;
+    out_ << line(out) << std::endl;
 }
 
 }  // namespace velto::app

@@ -7,7 +7,8 @@
 namespace velto::app {
 
 // JSON Lines: one object per shown page on the output, one per error on the error stream.
-// Notes (help) are objects too, {"note": text}, so the output stays one JSON value per line.
+// Notes (help) and written screenshots are objects too, so the output stays one JSON value per
+// line; every line says its "type" and "schema" (docs/json.md).
 class JsonRenderer : public Renderer {
   public:
     JsonRenderer(std::ostream& out, std::ostream& err) : out_(out), err_(err) {}

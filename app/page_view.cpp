@@ -32,8 +32,11 @@ RowView rowView(const plat::Specifier& row, std::size_t index) {
     view.footer = stringProperty(row, plat::pskey::FooterText);
     view.detail = nonEmpty(row.detailControllerClass());
     view.action = nonEmpty(row.action());
+    view.key = stringProperty(row, plat::pskey::Key);
+    view.defaults = stringProperty(row, plat::pskey::Defaults);
+    view.notification = stringProperty(row, plat::pskey::PostNotification);
     if (auto icon = row.propertyForKey(plat::pskey::IconImage).as<plat::Image>())
-        view.icon = RowView::Icon{icon->pixelWidth(), icon->pixelHeight()};
+        view.icon = RowView::Icon{icon->pixelWidth(), icon->pixelHeight(), icon};
     return view;
 }
 
@@ -78,7 +81,7 @@ PresentedView presentedView(const plat::ViewController& controller) {
         view.kind = "share";
         ShareView shared{sheet->text(), std::nullopt};
         if (auto image = sheet->image())
-            shared.image = RowView::Icon{image->pixelWidth(), image->pixelHeight()};
+            shared.image = RowView::Icon{image->pixelWidth(), image->pixelHeight(), image};
         view.share = std::move(shared);
     } else {
         view.kind = "other";

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "platform/prefs/list_controller.h"
+#include "platform/ui/image.h"
 
 namespace velto::app {
 
@@ -22,8 +23,15 @@ struct RowView {
     std::optional<bool> value;  // switches only
     std::optional<std::string> detail;
     std::optional<std::string> action;
+    // Where the row stores its value and whom it tells: its key, defaults domain and the
+    // Darwin notification posted after a write.
+    std::optional<std::string> key;
+    std::optional<std::string> defaults;
+    std::optional<std::string> notification;
     struct Icon {
         int width, height;
+        // The picture itself, for a record that fingerprints it.
+        std::shared_ptr<const plat::Image> image;
     };
     std::optional<Icon> icon;
     bool group() const { return cell == "PSGroupCell"; }
@@ -80,6 +88,8 @@ struct PageView {
     std::string className;
     std::optional<std::string> title;
     std::size_t depth = 1;  // pages on the navigation stack, this one included
+    // The class of every page on the navigation stack, from the root page to this one.
+    std::vector<std::string> stack;
     std::vector<RowView> rows;
     std::vector<SectionView> sections;
     std::optional<PresentedView> presented;

@@ -71,6 +71,14 @@ std::shared_ptr<plat::ListController> Session::topPage() const {
     return std::dynamic_pointer_cast<plat::ListController>(navigation_->topViewController());
 }
 
+std::vector<std::shared_ptr<plat::ListController>> Session::pages() const {
+    std::vector<std::shared_ptr<plat::ListController>> pages;
+    for (const auto& controller : navigation_->viewControllers())
+        if (auto page = std::dynamic_pointer_cast<plat::ListController>(controller))
+            pages.push_back(std::move(page));
+    return pages;
+}
+
 void Session::open(const plat::SpecifierPtr& row, std::shared_ptr<plat::ListController>* made) {
     const std::string& className = row->detailControllerClass();
     if (className.empty())

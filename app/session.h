@@ -30,6 +30,8 @@ class Session {
     plat::Process& process() { return *process_; }
     std::shared_ptr<plat::ListController> topPage() const;
     std::size_t depth() const { return navigation_->viewControllers().size(); }
+    // The pages on the navigation stack, the root page first.
+    std::vector<std::shared_ptr<plat::ListController>> pages() const;
 
     // Taps a link row of the top page: makes its page with initForContentSize:, hands it the
     // row, pushes it and asks it for its rows. StepError when the row leads nowhere or its

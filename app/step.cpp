@@ -9,7 +9,7 @@ namespace velto::app {
 
 namespace {
 
-enum class Argument { None, Required };
+enum class Argument { None, Required, Optional };
 
 struct StepWord {
     const char* word;
@@ -18,7 +18,7 @@ struct StepWord {
     const char* what;  // what the argument is, for messages
 };
 
-constexpr std::array<StepWord, 17> kSteps = {{
+constexpr std::array<StepWord, 19> kSteps = {{
     {"show", StepKind::Show, Argument::None, ""},
     {"open", StepKind::Open, Argument::Required, "a row"},
     {"back", StepKind::Back, Argument::None, ""},
@@ -37,6 +37,8 @@ constexpr std::array<StepWord, 17> kSteps = {{
     {"quit", StepKind::Quit, Argument::None, ""},
     {"exit", StepKind::Quit, Argument::None, ""},
     {"?", StepKind::Help, Argument::None, ""},
+    {"reload", StepKind::Reload, Argument::None, ""},
+    {"watch", StepKind::Watch, Argument::Optional, ""},
 }};
 
 std::string trim(const std::string& text) {
@@ -95,6 +97,10 @@ const char* stepHelp() {
            "                       a device path (/var/mobile/...) under the device root\n"
            "  expect log TEXT      a log line holding TEXT was written since the last step that\n"
            "                       acts (show, help and expect only look)\n"
+           "  reload               the page rebuilds its rows from the bundle's resources\n"
+           "  watch [--redraws N] [--timeout SECONDS]\n"
+           "                       redraw the page whenever the device's settings or the\n"
+           "                       bundle's resources change, until Ctrl-C or end of input\n"
            "  help                 this list\n"
            "  quit                 end the session\n"
            "ROW is a row's identifier, else its label (\"...\" stands for \"\u2026\"), else #N "

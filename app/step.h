@@ -27,6 +27,10 @@ enum class StepKind {
     Screenshot,
     // Check the page, what is presented, a device file or the log (see expect_step.h).
     Expect,
+    Reload,  // the top page rebuilds its rows from the resources
+    // Redraw the top page whenever the device's settings or the bundle change
+    // ([--redraws N] [--timeout SECONDS]).
+    Watch,
 };
 
 struct Step {

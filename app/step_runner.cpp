@@ -6,6 +6,7 @@
 #include <iterator>
 
 #include "app/expect_step.h"
+#include "app/journal_rows.h"
 #include "app/page_view.h"
 #include "app/row_lookup.h"
 #include "app/screenshot_writer.h"
@@ -152,8 +153,13 @@ StepRunner::Outcome StepRunner::run(const Step& step) {
 void StepRunner::show() {
     auto page = session_.topPage();
     PageView view = viewOf(*page, session_.depth());
+    const auto stack = session_.pages();
+    for (const auto& shown : stack)
+        view.stack.push_back(shown->className());
     switches_.apply(*page, view);
-    renderer_.page(view, session_.takeJournal());
+    auto journal = session_.takeJournal();
+    placeInsertions(journal, stack);
+    renderer_.page(view, journal);
     if (screenshotFolder_.empty()) return;
     char name[16];
     std::snprintf(name, sizeof name, "%03d.png", ++screenshotsTaken_);
@@ -197,6 +203,16 @@ void StepRunner::perform(const Step& step) {
         case StepKind::Screenshot:
             renderer_.screenshot(step.argument, writeScreenshot(session_, step.argument));
             return;
+        case StepKind::Reload:
+            page->reloadSpecifiers();
+            return;
+        case StepKind::Watch: {
+            const WatchLimits limits = parseWatchLimits(step.argument);
+            WatchPlaces places;
+            places.device = session_.process().root().hostRoot();
+            watchTopPage(*this, renderer_, watchPlaces_.value_or(places), limits);
+            return;
+        }
         case StepKind::Wait:
         case StepKind::Quit:
             return;  // settling after every step is all that waiting needs

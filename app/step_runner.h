@@ -5,6 +5,7 @@
 #include "app/session.h"
 #include "app/step.h"
 #include "app/switch_positions.h"
+#include "app/watch_run.h"
 
 #include <string>
 
@@ -30,6 +31,10 @@ class StepRunner {
     // With a folder, every shown page is also drawn into it as 001.png, 002.png...
     void setScreenshotFolder(std::string folder) { screenshotFolder_ = std::move(folder); }
 
+    // Where `watch` looks besides the session's device (by default: that device only, and no
+    // input).
+    void setWatchPlaces(WatchPlaces places) { watchPlaces_ = std::move(places); }
+
     // Carries out one step without reporting or settling: what the step or the bundle raises
     // reaches the caller.
     void perform(const Step& step);
@@ -52,6 +57,7 @@ class StepRunner {
     int screenshotsTaken_ = 0;
     // Where the journal stood when the last step that acts began; `expect log` reads from it.
     std::size_t actionMark_ = 0;
+    std::optional<WatchPlaces> watchPlaces_;
 };
 
 }  // namespace velto::app

@@ -10,3 +10,6 @@ pkg_check_modules(EXIF REQUIRED IMPORTED_TARGET libexif)
 pkg_check_modules(ICU REQUIRED IMPORTED_TARGET icu-uc icu-i18n)
 # Screenshots: text through Pango over cairo, in a font loaded through a private fontconfig.
 pkg_check_modules(PANGO REQUIRED IMPORTED_TARGET pangocairo pangoft2 fontconfig)
+# Content hashes of pictures in the simulator's JSON record: GLib's SHA-256 (GLib is already
+# there under Pango).
+pkg_check_modules(GLIB REQUIRED IMPORTED_TARGET glib-2.0)

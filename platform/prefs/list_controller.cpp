@@ -49,7 +49,7 @@ SpecifierArrayPtr ListController::loadSpecifiersFromPlistName(const std::string&
 }
 
 void ListController::journalListOperation(JournalEntry::Kind kind, std::optional<std::size_t> index,
-                                          bool animated) {
+                                          bool animated, const SpecifierPtr& row) {
     Process* process = Process::tryCurrent();
     if (!process) return;
     JournalEntry entry;
@@ -57,6 +57,10 @@ void ListController::journalListOperation(JournalEntry::Kind kind, std::optional
     entry.name = className();
     if (index) entry.index = static_cast<std::int64_t>(*index);
     entry.animated = animated;
+    if (row) {
+        entry.row = row;
+        entry.text = row->identifier().value_or("");
+    }
     process->journal().append(std::move(entry));
 }
 
@@ -64,7 +68,7 @@ void ListController::insertSpecifier(const SpecifierPtr& specifier, std::size_t 
                                      bool animated) {
     if (!held_) held_ = std::make_shared<SpecifierArray>();
     held_->insertObject(specifier, index);
-    journalListOperation(JournalEntry::Kind::Insert, index, animated);
+    journalListOperation(JournalEntry::Kind::Insert, index, animated, specifier);
 }
 
 void ListController::removeSpecifierAtIndex(std::size_t index, bool animated) {
@@ -156,8 +160,12 @@ void ListController::setPreferenceValue(const Value& value, const SpecifierPtr& 
             process.root().createDirectory(kPreferencesFolder, true);
         if (auto bytes = dataFromPropertyList(stored, PropertyListFormat::Binary))
             writeDataToFile(*bytes, path, true);
-        process.journal().append(
-            {JournalEntry::Kind::PreferenceWrite, domain, key, std::nullopt, false, false});
+        JournalEntry entry;
+        entry.kind = JournalEntry::Kind::PreferenceWrite;
+        entry.name = domain;
+        entry.text = key;
+        entry.value = value;
+        process.journal().append(std::move(entry));
     }
     const std::string notification = specifier->propertyForKey(pskey::PostNotification).str();
     if (!notification.empty()) process.darwin().postNotification(notification, true);

@@ -91,7 +91,7 @@ class ListController : public ViewController {
 
   protected:
     void journalListOperation(JournalEntry::Kind kind, std::optional<std::size_t> index,
-                              bool animated);
+                              bool animated, const SpecifierPtr& row = nullptr);
 
   private:
     SpecifierArrayPtr held_;

@@ -10,9 +10,11 @@ UserDefaults& UserDefaults::standardUserDefaults() {
 }
 
 bool UserDefaults::synchronize() {
-    if (Process* process = Process::tryCurrent())
-        process->journal().append(
-            {JournalEntry::Kind::Synchronize, "", "", std::nullopt, false, false});
+    if (Process* process = Process::tryCurrent()) {
+        JournalEntry entry;
+        entry.kind = JournalEntry::Kind::Synchronize;
+        process->journal().append(std::move(entry));
+    }
     return true;
 }
 

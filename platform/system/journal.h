@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "platform/foundation/value.h"
+
 namespace plat {
 
 // One observable thing the bundle did, in the order it happened.
@@ -15,9 +17,10 @@ struct JournalEntry {
         Notification,       // Darwin notification posted (name)
         LocalNotification,  // NSNotificationCenter post (name)
         Log,                // NSLog or library log line (text = the message)
-        Request,            // message-center request (name, replied)
+        Request,            // message-center request (name, text = center, value = user info,
+                            // reply)
         Shell,              // popen/system (text = the exact command line)
-        Insert,             // list insert (index, animated)
+        Insert,             // list insert (index, animated, row, text = the row's identifier)
         Remove,             // list removal (index, animated)
         Reload,             // reloadSpecifier (index) / reloadSpecifiers (no index)
         Present,            // presentViewController (name = class, text = title)
@@ -25,7 +28,7 @@ struct JournalEntry {
         Navigation,         // push/pop by the host (name = class, text = "push"/"pop")
         Synchronize,        // NSUserDefaults synchronize
         PreferenceWrite,    // setPreferenceValue:specifier: stored a value (name = domain, text =
-                            // key)
+                            // key, value = what was stored)
     };
 
     Kind kind = Kind::Log;
@@ -34,6 +37,12 @@ struct JournalEntry {
     std::optional<std::int64_t> index;
     bool animated = false;
     bool replied = false;
+    // What a request sent or a write stored; containers are shared with the caller, as the
+    // objects themselves would be.
+    Value value;
+    Value reply;  // a request's reply (nil when none came)
+    // The row an insertion added; weak, so that the journal keeps no row alive.
+    std::weak_ptr<const Object> row;
 };
 
 // The JSON/human name of a kind: "notification", "local-notification", "log", "request",

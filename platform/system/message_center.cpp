@@ -63,6 +63,8 @@ Value MessageCenters::route(const std::string& centerName, const std::string& me
     entry.name = messageName;
     entry.text = centerName;
     entry.replied = !reply.isNil();
+    entry.value = userInfo;
+    entry.reply = reply;
     journal_.append(std::move(entry));
     return reply;
 }

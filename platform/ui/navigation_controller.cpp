@@ -7,9 +7,13 @@ namespace plat {
 namespace {
 
 void journal(const ViewController& controller, const char* what) {
-    if (Process* process = Process::tryCurrent())
-        process->journal().append({JournalEntry::Kind::Navigation, controller.className(), what,
-                                   std::nullopt, false, false});
+    Process* process = Process::tryCurrent();
+    if (!process) return;
+    JournalEntry entry;
+    entry.kind = JournalEntry::Kind::Navigation;
+    entry.name = controller.className();
+    entry.text = what;
+    process->journal().append(std::move(entry));
 }
 
 }  // namespace

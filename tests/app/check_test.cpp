@@ -11,6 +11,7 @@
 #include "app/check_run.h"
 #include "platform/foundation/plist.h"
 #include "tests/support/program_run.h"
+#include "tests/support/record_schema.h"
 
 namespace apptest {
 namespace {
@@ -181,9 +182,11 @@ TEST(CheckCli, ExitStatusJsonFindingsAndBadArguments) {
     EXPECT_EQ(lines.back()["type"], "summary");
     EXPECT_EQ(lines.back()["devices"], 32);
     bool recents = false;
-    for (const auto& line : lines)
+    for (const auto& line : lines) {
+        EXPECT_TRUE(recordProblems(line).empty()) << line;
         recents |= line["type"] == "finding" && line["resource"] == "VeltoiPad" &&
                    line["kind"] == "range-error";
+    }
     EXPECT_TRUE(recents) << found.out;
 
     EXPECT_EQ(runProgram({"check", "--resources", "/nonexistent"}).status, 2);

@@ -1,0 +1,105 @@
+// The JSON record as a script reads it: every line as docs/json.md describes it, and what the
+// record promises beyond field types, on the demo device driven through switches, a write,
+// requests to the extension and a sheet.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <set>
+
+#include "tests/support/program_run.h"
+#include "tests/support/record_schema.h"
+
+namespace apptest {
+namespace {
+
+using nlohmann::json;
+using ::testing::IsEmpty;
+
+std::vector<json> entries(const json& page, const std::string& kind) {
+    std::vector<json> found;
+    for (const auto& entry : page.at("journal"))
+        if (entry.at("kind") == kind) found.push_back(entry);
+    return found;
+}
+
+const json* row(const json& page, const std::string& id) {
+    for (const auto& shown : page.at("rows"))
+        if (shown.at("id") == id || shown.at("label") == id) return &shown;
+    return nullptr;
+}
+
+TEST(JsonRecordCli, EveryLineIsAsDocumentedAndSaysWhatHappened) {
+    ASSERT_GE(documentedSchema(), 1);
+    ScratchFolder scratch;
+    const std::string device = scratch / "device";
+    const auto made = runProgram({"device", "init", device, "--demo", "--json"});
+    ASSERT_EQ(made.status, 0) << made.err;
+    const std::string picture =
+        device + "/System/Library/PreferenceBundles/VeltoSettings.bundle/recent@3x.png";
+    const auto run =
+        runProgram({"--device", device, "--json", "toggle VeltoEnabled off",
+                    "toggle VeltoEnabled on", "show", "open Mail", "toggle MailEnabled on",
+                    "tap ChooseAvatar", "pick " + picture, "tap RestoreAvatar", "show", "help",
+                    "screenshot " + (scratch / "shot.png"), "open Nowhere"});
+    ASSERT_EQ(run.status, 2) << run.err;
+
+    std::vector<json> lines = made.outLines();
+    for (const auto& line : run.outLines())
+        lines.push_back(line);
+    for (const auto& line : run.errLines())
+        lines.push_back(line);
+    std::set<std::string> types;
+    for (const json& line : lines) {
+        EXPECT_THAT(recordProblems(line), IsEmpty()) << line.dump();
+        types.insert(line.value("type", ""));
+    }
+    EXPECT_EQ(types, (std::set<std::string>{"device", "page", "note", "screenshot", "error"}));
+
+    const auto pages = run.outLines();
+    ASSERT_GE(pages.size(), 2u);
+    const json& root = pages[0];
+    const json& mail = pages[1];
+
+    // The master switch: where it stores, whom it tells, what it wrote.
+    const json* enabled = row(root, "VeltoEnabled");
+    ASSERT_NE(enabled, nullptr);
+    EXPECT_EQ(enabled->at("key"), "VeltoEnabled");
+    EXPECT_EQ(enabled->at("defaults"), "com.norvale.velto");
+    EXPECT_EQ(enabled->at("notification"), "com.norvale.veltosettingschanged");
+    const auto writes = entries(root, "preference-write");
+    ASSERT_EQ(writes.size(), 2u);
+    EXPECT_EQ(writes[0].at("value"), false);
+    EXPECT_EQ(writes[1].at("value"), true);
+
+    // Rows inserted and then rebuilt are named where the page shows them.
+    const auto inserts = entries(root, "insert");
+    ASSERT_FALSE(inserts.empty());
+    for (const json& insert : inserts) {
+        if (insert.at("index").is_null()) continue;
+        const json& shown = root.at("rows").at(insert.at("index").get<std::size_t>());
+        EXPECT_TRUE(shown.at("id") == insert.at("row") || shown.at("label") == insert.at("row"))
+            << insert.dump() << " names " << shown.dump();
+    }
+
+    // An icon request names its application; the reply decodes to the picture the row shows.
+    bool phoneIcon = false;
+    for (const json& request : entries(root, "request")) {
+        if (request.at("userInfo").value("VeltoServiceMessageData", "") != "com.apple.mobilephone")
+            continue;
+        const json picture =
+            request.at("reply").at("VeltoServiceMessageData").at("archived").at("image");
+        const json* phone = row(root, "Phone");
+        ASSERT_NE(phone, nullptr);
+        EXPECT_EQ(picture, phone->at("icon"));
+        EXPECT_EQ(picture.at("hash").get<std::string>().size(), 12u);
+        phoneIcon = true;
+    }
+    EXPECT_TRUE(phoneIcon) << root.at("journal").dump();
+
+    EXPECT_EQ(mail.at("stack"), json::array({"VeltoSettingsController", mail.at("page")}));
+    ASSERT_FALSE(mail.at("presented").is_null()) << mail.dump();
+}
+
+}  // namespace
+}  // namespace apptest
