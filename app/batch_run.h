@@ -12,6 +12,7 @@ namespace velto::app {
 inline constexpr int kExitOk = 0;
 inline constexpr int kExitTrouble = 1;     // no device, unreadable file, bad options
 inline constexpr int kExitStepFailed = 2;  // a step could not be carried out
+inline constexpr int kExitNotADevice = 2;  // --device names a folder that is not a device root
 
 // Runs steps given as arguments, one step per argument, after checking them all: a step that
 // does not parse fails the run before anything happens. Stops at the first failing step.

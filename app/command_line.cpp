@@ -36,12 +36,12 @@ struct Options {
     CheckRequest check;
 };
 
-int trouble(bool json, const std::string& message) {
+int trouble(bool json, const std::string& message, int status = kExitTrouble) {
     if (json)
         std::cerr << jsonText(nlohmann::json({{"error", message}, {"step", nullptr}})) << "\n";
     else
         std::cerr << "velto-settings: " << message << "\n";
-    return kExitTrouble;
+    return status;
 }
 
 std::unique_ptr<Renderer> makeRenderer(bool json) {
@@ -61,6 +61,8 @@ int runSession(const Options& options, bool fromFile) {
             if (!file) return trouble(options.json, "cannot read " + options.runFile);
         }
         device = prepareDevice(options.device);
+    } catch (const NotADevice& e) {
+        return trouble(options.json, e.what(), kExitNotADevice);
     } catch (const std::exception& e) {
         return trouble(options.json, e.what());
     }
@@ -92,6 +94,8 @@ int runDefaults(const Options& options, CLI::App& read, CLI::App& write, CLI::Ap
     std::filesystem::path device;
     try {
         device = prepareDevice(options.device);
+    } catch (const NotADevice& e) {
+        return trouble(options.json, e.what(), kExitNotADevice);
     } catch (const std::exception& e) {
         return trouble(options.json, e.what());
     }
@@ -106,14 +110,42 @@ int runDefaults(const Options& options, CLI::App& read, CLI::App& write, CLI::Ap
     return defaultsWrite(device, domain, arguments, io);
 }
 
+// A first argument that is one word and no step was meant as a subcommand.
+std::optional<std::string> unknownSubcommand(CLI::App& app, const std::vector<std::string>& steps) {
+    if (steps.empty() || steps.front().find_first_of(" \t") != std::string::npos ||
+        steps.front().empty() || steps.front().starts_with('#') || isStepWord(steps.front()))
+        return std::nullopt;
+    std::string names;
+    for (const CLI::App* command : app.get_subcommands([](CLI::App*) { return true; }))
+        names += (names.empty() ? "" : ", ") + command->get_name();
+    return "unknown subcommand '" + steps.front() + "' (subcommands: " + names +
+           "; steps: velto-settings help)";
+}
+
+int runDemoReset(bool json) {
+    std::filesystem::path folder;
+    try {
+        folder = resetDemoDevice();
+    } catch (const std::exception& e) {
+        return trouble(json, "cannot reset the demo device: " + std::string(e.what()));
+    }
+    if (json)
+        std::cout << jsonText(nlohmann::json({{"device", folder.string()}, {"reset", true}}))
+                  << "\n";
+    else
+        std::cout << "the demo device at " << folder.string() << " is back to its first state\n";
+    return kExitOk;
+}
+
 }  // namespace
 
 int runCommandLine(int argc, char** argv) {
     Options options;
     CLI::App app{
-        "velto-settings: the Settings application for the VeltoSettings bundle, on a device root."};
-    app.footer(stepHelp());
+        "velto-settings: the Settings application for the VeltoSettings bundle, on a device root.",
+        "velto-settings"};
     app.fallthrough();
+    app.set_version_flag("--version", std::string("velto-settings ") + VELTO_VERSION);
     app.add_option("--device", options.device, "device root folder (default: the demo device)");
     app.add_flag("--json", options.json, "JSON Lines output");
     app.add_option("--screenshots", options.screenshots,
@@ -143,10 +175,16 @@ int runCommandLine(int argc, char** argv) {
     remove->add_option("DOMAIN", options.domain)->required();
     remove->add_option("KEY", options.key);
 
+    CLI::App* demo = app.add_subcommand("demo", "the demo device used when no --device is given");
+    demo->require_subcommand(1);
+    CLI::App* reset = demo->add_subcommand("reset", "put the demo device back to its first state");
+
     CLI::App* check = app.add_subcommand(
         "check", "prove that the bundle's resources cannot crash the Settings application");
     declareCheck(*check, options.check);
 
+    // Set last: subcommands made after it would inherit the list of steps as their footer.
+    app.footer(stepHelp());
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& e) {
@@ -164,12 +202,21 @@ int runCommandLine(int argc, char** argv) {
         if (options.json) options.check.json = true;
         return runCheck(options.check);
     }
-    const bool subcommand = run->parsed() || device->parsed() || defaults->parsed();
+    const bool subcommand =
+        run->parsed() || device->parsed() || defaults->parsed() || demo->parsed();
     if (subcommand && !options.steps.empty())
         return trouble(options.json, "steps cannot be given together with " +
                                          std::string(run->parsed()      ? "run"
                                                      : device->parsed() ? "device"
+                                                     : demo->parsed()   ? "demo"
                                                                         : "defaults"));
+    if (reset->parsed()) {
+        if (options.device) return trouble(options.json, "demo reset takes no --device");
+        return runDemoReset(options.json);
+    }
+    if (!subcommand)
+        if (auto unknown = unknownSubcommand(app, options.steps))
+            return trouble(options.json, *unknown);
     if (init->parsed()) return runDeviceInit(options.deviceInit, options.json);
     if (defaults->parsed()) return runDefaults(options, *read, *write, *remove);
     return runSession(options, run->parsed());
