@@ -16,6 +16,7 @@
 #include "app/interactive.h"
 #include "app/json_output.h"
 #include "app/json_renderer.h"
+#include "app/plutil_command.h"
 #include "app/session.h"
 #include "app/step.h"
 #include "app/step_runner.h"
@@ -32,6 +33,7 @@ struct Options {
     DeviceInitRequest deviceInit;
     std::string domain;
     std::optional<std::string> key;
+    std::string file;
     std::string screenshots;
     CheckRequest check;
 };
@@ -90,7 +92,7 @@ int runSession(const Options& options, bool fromFile) {
     return runner.run(showStep()) == StepRunner::Outcome::Failed ? kExitStepFailed : kExitOk;
 }
 
-int runDefaults(const Options& options, CLI::App& read, CLI::App& write, CLI::App& remove) {
+int runDefaults(const Options& options, CLI::App& defaults) {
     std::filesystem::path device;
     try {
         device = prepareDevice(options.device);
@@ -100,10 +102,16 @@ int runDefaults(const Options& options, CLI::App& read, CLI::App& write, CLI::Ap
         return trouble(options.json, e.what());
     }
     DefaultsIo io{std::cout, std::cerr, options.json};
-    if (read.parsed()) return defaultsRead(device, options.domain, options.key, io);
-    if (remove.parsed()) return defaultsDelete(device, options.domain, options.key, io);
+    const CLI::App& command = *defaults.get_subcommands().front();
+    const std::string name = command.get_name();
+    if (name == "read") return defaultsRead(device, options.domain, options.key, io);
+    if (name == "read-type") return defaultsReadType(device, options.domain, *options.key, io);
+    if (name == "delete") return defaultsDelete(device, options.domain, options.key, io);
+    if (name == "domains") return defaultsDomains(device, io);
+    if (name == "export") return defaultsExport(device, options.domain, options.file, io);
+    if (name == "import") return defaultsImport(device, options.domain, options.file, io);
     // write takes its arguments unparsed: "-bool" is a type, not an option of ours.
-    std::vector<std::string> arguments = write.remaining();
+    std::vector<std::string> arguments = command.remaining();
     if (arguments.empty()) return trouble(options.json, "defaults write needs a DOMAIN");
     const std::string domain = arguments.front();
     arguments.erase(arguments.begin());
@@ -167,13 +175,42 @@ int runCommandLine(int argc, char** argv) {
     CLI::App* read = defaults->add_subcommand("read", "print a domain, or one key of it");
     read->add_option("DOMAIN", options.domain)->required();
     read->add_option("KEY", options.key);
-    CLI::App* write =
-        defaults->add_subcommand("write", "DOMAIN KEY -bool|-int|-float|-string VALUE");
+    CLI::App* readType = defaults->add_subcommand("read-type", "print the type of one key");
+    readType->add_option("DOMAIN", options.domain)->required();
+    readType->add_option("KEY", options.key)->required();
+    CLI::App* write = defaults->add_subcommand("write", "store one key");
+    write->footer(
+        "defaults write DOMAIN KEY VALUE\n"
+        "defaults write DOMAIN KEY -bool|-int|-float|-string|-data HEX|-date DATE VALUE\n"
+        "defaults write DOMAIN KEY -array|-array-add ITEM...\n"
+        "defaults write DOMAIN KEY -dict|-dict-add KEY ITEM ...\n"
+        "An ITEM is a string, or a type and a value (-int 3). -array-add and -dict-add add to\n"
+        "what the key holds. DATE: YYYY-MM-DD[ HH:MM:SS +0000] in UTC. The domain is written\n"
+        "as a binary property list.");
     write->prefix_command();
     write->fallthrough(false);
     CLI::App* remove = defaults->add_subcommand("delete", "remove one key, or the whole domain");
     remove->add_option("DOMAIN", options.domain)->required();
     remove->add_option("KEY", options.key);
+    defaults->add_subcommand("domains", "list the domains in the preferences folder");
+    CLI::App* exportDomain =
+        defaults->add_subcommand("export", "write a domain as an XML property list");
+    exportDomain->add_option("DOMAIN", options.domain)->required();
+    exportDomain->add_option("FILE", options.file, "'-': standard output")->required();
+    CLI::App* importDomain = defaults->add_subcommand(
+        "import", "replace a domain with a property list dictionary (XML or binary)");
+    importDomain->add_option("DOMAIN", options.domain)->required();
+    importDomain->add_option("FILE", options.file, "'-': standard input")->required();
+
+    CLI::App* plutil = app.add_subcommand("plutil", "check and convert property list files");
+    plutil->footer(
+        "plutil -lint FILE...                          say whether each is a property list\n"
+        "plutil -convert xml1|binary1 FILE... [-o OUT]  rewrite in place, or into OUT\n"
+        "FILE and OUT may be '-' for standard input and output. Exit status 1 when a file\n"
+        "fails.");
+    plutil->prefix_command();
+    plutil->allow_extras();
+    plutil->fallthrough(false);
 
     CLI::App* demo = app.add_subcommand("demo", "the demo device used when no --device is given");
     demo->require_subcommand(1);
@@ -202,14 +239,16 @@ int runCommandLine(int argc, char** argv) {
         if (options.json) options.check.json = true;
         return runCheck(options.check);
     }
-    const bool subcommand =
-        run->parsed() || device->parsed() || defaults->parsed() || demo->parsed();
+    const bool subcommand = run->parsed() || device->parsed() || defaults->parsed() ||
+                            demo->parsed() || plutil->parsed();
     if (subcommand && !options.steps.empty())
         return trouble(options.json, "steps cannot be given together with " +
                                          std::string(run->parsed()      ? "run"
                                                      : device->parsed() ? "device"
                                                      : demo->parsed()   ? "demo"
+                                                     : plutil->parsed() ? "plutil"
                                                                         : "defaults"));
+    if (plutil->parsed()) return runPlutil(plutil->remaining(), options.json);
     if (reset->parsed()) {
         if (options.device) return trouble(options.json, "demo reset takes no --device");
         return runDemoReset(options.json);
@@ -218,7 +257,7 @@ int runCommandLine(int argc, char** argv) {
         if (auto unknown = unknownSubcommand(app, options.steps))
             return trouble(options.json, *unknown);
     if (init->parsed()) return runDeviceInit(options.deviceInit, options.json);
-    if (defaults->parsed()) return runDefaults(options, *read, *write, *remove);
+    if (defaults->parsed()) return runDefaults(options, *defaults);
     return runSession(options, run->parsed());
 }
 

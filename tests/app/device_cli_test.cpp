@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <fstream>
+#include <iterator>
 
 #include "tests/support/program_run.h"
 
@@ -167,6 +168,59 @@ TEST_F(DefaultsCli, BadValuesAreRefusedAndDeleteRemovesAKeyOrTheWholeDomain) {
     ASSERT_EQ(defaults({"delete", "com.norvale.velto"}).status, 0);
     EXPECT_EQ(defaults({"read", "com.norvale.velto"}).status, 1);
     EXPECT_EQ(defaults({"delete", "com.norvale.velto"}).status, 1);
+}
+
+TEST_F(DefaultsCli, ContainersDataAndDatesRoundTripThroughExportAndImport) {
+    const std::string domain = "com.norvale.velto";
+    for (const std::vector<std::string>& write :
+         {std::vector<std::string>{"List", "-array", "a", "-int", "2"},
+          {"List", "-array-add", "-bool", "yes"},
+          {"Map", "-dict", "k", "v", "n", "-float", "1.5"},
+          {"Map", "-dict-add", "blob", "-data", "<0a0b 0c>"},
+          {"When", "-date", "2001-01-02 00:00:00 +0000"}}) {
+        std::vector<std::string> arguments{"write", domain};
+        arguments.insert(arguments.end(), write.begin(), write.end());
+        ASSERT_EQ(defaults(arguments).status, 0) << write[1];
+    }
+    const json all = {{"List", {"a", 2, true}},
+                      {"Map", {{"k", "v"}, {"n", 1.5}, {"blob", {{"data", "CgsM"}}}}},
+                      {"When", {{"date", 86400.0}}}};
+    EXPECT_EQ(defaults({"read", domain}).outLines().at(0), all);
+    EXPECT_EQ(defaults({"read-type", domain, "Map"}).outLines().at(0),
+              json({{"type", "dictionary"}}));
+    // Adding to something that is not an array changes nothing.
+    EXPECT_EQ(defaults({"write", domain, "When", "-array-add", "x"}).status, 1);
+
+    const auto exported = defaults({"export", domain, "-"});
+    ASSERT_EQ(exported.status, 0);
+    EXPECT_TRUE(exported.out.starts_with("<?xml")) << exported.out;
+    ASSERT_EQ(runProgram({"--device", device_, "defaults", "import", "com.example.copy", "-"},
+                         exported.out)
+                  .status,
+              0);
+    EXPECT_EQ(defaults({"read", "com.example.copy"}).outLines().at(0), all);
+    EXPECT_EQ(defaults({"domains"}).outLines().at(0), json({"com.example.copy", domain}));
+    // Something that is not a dictionary replaces no domain.
+    EXPECT_EQ(runProgram({"--device", device_, "defaults", "import", domain, "-"}, "junk").status,
+              1);
+    EXPECT_EQ(defaults({"read", domain}).outLines().at(0), all);
+}
+
+TEST(PlutilCli, LintNamesTheBadFileAndConvertRoundTrips) {
+    ScratchFolder scratch;
+    const std::string good = std::string(VELTO_SOURCE_DIR) + "/resources/Velto.plist";
+    std::ofstream(scratch / "bad.plist") << "<plist><dict><key>a</key>";
+    const auto lint = runProgram({"plutil", "-lint", good, scratch / "bad.plist"});
+    EXPECT_EQ(lint.status, 1);
+    EXPECT_NE(lint.out.find(good + ": OK"), std::string::npos) << lint.out;
+    EXPECT_NE(lint.out.find(scratch / "bad.plist" + ": not a property list"), std::string::npos);
+
+    ASSERT_EQ(runProgram({"plutil", "-convert", "binary1", good, "-o", scratch / "b.plist"}).status,
+              0);
+    ASSERT_EQ(runProgram({"plutil", "-convert", "xml1", scratch / "b.plist"}).status, 0);
+    const auto original = runProgram({"plutil", "-convert", "xml1", good, "-o", "-"});
+    std::ifstream back(scratch / "b.plist");
+    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(back), {}), original.out);
 }
 
 }  // namespace
