@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <fstream>
 #include <iterator>
 
@@ -95,6 +96,46 @@ TEST(DeviceCli, BadOptionsAreRefusedWithoutADevice) {
         EXPECT_FALSE(std::filesystem::exists(scratch.path() / "device/DeviceProfile.plist"))
             << options[1];
     }
+}
+
+TEST(DeviceCli, ARealDevicesFilesAreImportedFromAFolderOrATar) {
+    ScratchFolder scratch;
+    const std::filesystem::path source = scratch.path() / "phone";
+    const auto put = [&](const std::string& path, const std::string& text) {
+        std::filesystem::create_directories((source / path).parent_path());
+        std::ofstream(source / path) << text;
+    };
+    const std::string plist = "<?xml version=\"1.0\"?><plist version=\"1.0\"><dict>";
+    // /var is /private/var on the device, and a copy may keep it that way.
+    put("private/var/mobile/Library/Preferences/com.norvale.velto.plist",
+        plist + "<key>VeltoEnabled</key><true/></dict></plist>");
+    put("Applications/biteSMS.app/Info.plist",
+        plist + "<key>CFBundleIdentifier</key><string>com.bitesms</string></dict></plist>");
+    put("Applications/biteSMS.app/biteSMS", "the program, which is not wanted");
+    const std::string status =
+        "Package: com.norvale.velto2\nStatus: install ok installed\nVersion: 3.0.0-1\n\n";
+    put("var/lib/dpkg/status", status);
+    ASSERT_EQ(
+        std::system(
+            ("tar -czf '" + scratch / "phone.tar.gz" + "' -C '" + source.string() + "' .").c_str()),
+        0);
+
+    for (const std::string& from : {source.string(), scratch / "phone.tar.gz"}) {
+        const std::string device = scratch / ("device-" + std::to_string(from.size()));
+        initDevice(device, {"--from", from});
+        const auto shown = runProgram({"--device", device, "--json", "show"});
+        ASSERT_EQ(shown.status, 0) << shown.err;
+        EXPECT_EQ(row(shown.outLines().at(0), "VeltoEnabled")["value"], true) << from;
+        EXPECT_NE(row(shown.outLines().at(0), "biteSMS"), nullptr) << from;
+        std::ifstream database(device + "/var/lib/dpkg/status");
+        EXPECT_EQ(std::string(std::istreambuf_iterator<char>(database), {}), status);
+        EXPECT_FALSE(std::filesystem::exists(device + "/Applications/biteSMS.app/biteSMS"));
+    }
+    // A source that holds none of a device's files fails the command.
+    EXPECT_EQ(
+        runProgram({"device", "init", scratch / "none", "--from", scratch / "phone/Applications"})
+            .status,
+        1);
 }
 
 class DefaultsCli : public ::testing::Test {
