@@ -17,6 +17,7 @@ inline constexpr int kExitUnmet = 3;       // an expect step found the session o
 
 // The program's status after a step's outcome; nullopt when the run goes on.
 std::optional<int> stopStatus(StepRunner::Outcome outcome);
+inline constexpr int kExitNotADevice = 2;  // --device names a folder that is not a device root
 
 // Runs steps given as arguments, one step per argument, after checking them all: a step that
 // does not parse fails the run before anything happens. Stops at the first failing step.

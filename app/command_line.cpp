@@ -18,6 +18,7 @@
 #include "app/interactive.h"
 #include "app/json_output.h"
 #include "app/json_renderer.h"
+#include "app/plutil_command.h"
 #include "app/session.h"
 #include "app/step.h"
 #include "app/step_runner.h"
@@ -34,18 +35,19 @@ struct Options {
     DeviceInitRequest deviceInit;
     std::string domain;
     std::optional<std::string> key;
+    std::string file;
     std::string screenshots;
     CheckRequest check;
     std::optional<long> watchRedraws;
     std::optional<double> watchTimeout;
 };
 
-int trouble(bool json, const std::string& message) {
+int trouble(bool json, const std::string& message, int status = kExitTrouble) {
     if (json)
         std::cerr << jsonText(errorLine(message)) << "\n";
     else
         std::cerr << "velto-settings: " << message << "\n";
-    return kExitTrouble;
+    return status;
 }
 
 std::unique_ptr<Renderer> makeRenderer(bool json) {
@@ -87,6 +89,8 @@ int runSession(const Options& options, bool fromFile, bool watch) {
             if (!file) return trouble(options.json, "cannot read " + options.runFile);
         }
         device = prepareDevice(options.device);
+    } catch (const NotADevice& e) {
+        return trouble(options.json, e.what(), kExitNotADevice);
     } catch (const std::exception& e) {
         return trouble(options.json, e.what());
     }
@@ -127,22 +131,57 @@ int runSession(const Options& options, bool fromFile, bool watch) {
     return runner.run(showStep()) == StepRunner::Outcome::Failed ? kExitStepFailed : kExitOk;
 }
 
-int runDefaults(const Options& options, CLI::App& read, CLI::App& write, CLI::App& remove) {
+int runDefaults(const Options& options, CLI::App& defaults) {
     std::filesystem::path device;
     try {
         device = prepareDevice(options.device);
+    } catch (const NotADevice& e) {
+        return trouble(options.json, e.what(), kExitNotADevice);
     } catch (const std::exception& e) {
         return trouble(options.json, e.what());
     }
     DefaultsIo io{std::cout, std::cerr, options.json};
-    if (read.parsed()) return defaultsRead(device, options.domain, options.key, io);
-    if (remove.parsed()) return defaultsDelete(device, options.domain, options.key, io);
+    const CLI::App& command = *defaults.get_subcommands().front();
+    const std::string name = command.get_name();
+    if (name == "read") return defaultsRead(device, options.domain, options.key, io);
+    if (name == "read-type") return defaultsReadType(device, options.domain, *options.key, io);
+    if (name == "delete") return defaultsDelete(device, options.domain, options.key, io);
+    if (name == "domains") return defaultsDomains(device, io);
+    if (name == "export") return defaultsExport(device, options.domain, options.file, io);
+    if (name == "import") return defaultsImport(device, options.domain, options.file, io);
     // write takes its arguments unparsed: "-bool" is a type, not an option of ours.
-    std::vector<std::string> arguments = write.remaining();
+    std::vector<std::string> arguments = command.remaining();
     if (arguments.empty()) return trouble(options.json, "defaults write needs a DOMAIN");
     const std::string domain = arguments.front();
     arguments.erase(arguments.begin());
     return defaultsWrite(device, domain, arguments, io);
+}
+
+// A first argument that is one word and no step was meant as a subcommand.
+std::optional<std::string> unknownSubcommand(CLI::App& app, const std::vector<std::string>& steps) {
+    if (steps.empty() || steps.front().find_first_of(" \t") != std::string::npos ||
+        steps.front().empty() || steps.front().starts_with('#') || isStepWord(steps.front()))
+        return std::nullopt;
+    std::string names;
+    for (const CLI::App* command : app.get_subcommands([](CLI::App*) { return true; }))
+        names += (names.empty() ? "" : ", ") + command->get_name();
+    return "unknown subcommand '" + steps.front() + "' (subcommands: " + names +
+           "; steps: velto-settings help)";
+}
+
+int runDemoReset(bool json) {
+    std::filesystem::path folder;
+    try {
+        folder = resetDemoDevice();
+    } catch (const std::exception& e) {
+        return trouble(json, "cannot reset the demo device: " + std::string(e.what()));
+    }
+    if (json)
+        std::cout << jsonText(nlohmann::json({{"device", folder.string()}, {"reset", true}}))
+                  << "\n";
+    else
+        std::cout << "the demo device at " << folder.string() << " is back to its first state\n";
+    return kExitOk;
 }
 
 }  // namespace
@@ -150,9 +189,10 @@ int runDefaults(const Options& options, CLI::App& read, CLI::App& write, CLI::Ap
 int runCommandLine(int argc, char** argv) {
     Options options;
     CLI::App app{
-        "velto-settings: the Settings application for the VeltoSettings bundle, on a device root."};
-    app.footer(stepHelp());
+        "velto-settings: the Settings application for the VeltoSettings bundle, on a device root.",
+        "velto-settings"};
     app.fallthrough();
+    app.set_version_flag("--version", std::string("velto-settings ") + VELTO_VERSION);
     app.add_option("--device", options.device, "device root folder (default: the demo device)");
     app.add_flag("--json", options.json, "JSON Lines output");
     app.add_option("--screenshots", options.screenshots,
@@ -173,13 +213,46 @@ int runCommandLine(int argc, char** argv) {
     CLI::App* read = defaults->add_subcommand("read", "print a domain, or one key of it");
     read->add_option("DOMAIN", options.domain)->required();
     read->add_option("KEY", options.key);
-    CLI::App* write =
-        defaults->add_subcommand("write", "DOMAIN KEY -bool|-int|-float|-string VALUE");
+    CLI::App* readType = defaults->add_subcommand("read-type", "print the type of one key");
+    readType->add_option("DOMAIN", options.domain)->required();
+    readType->add_option("KEY", options.key)->required();
+    CLI::App* write = defaults->add_subcommand("write", "store one key");
+    write->footer(
+        "defaults write DOMAIN KEY VALUE\n"
+        "defaults write DOMAIN KEY -bool|-int|-float|-string|-data HEX|-date DATE VALUE\n"
+        "defaults write DOMAIN KEY -array|-array-add ITEM...\n"
+        "defaults write DOMAIN KEY -dict|-dict-add KEY ITEM ...\n"
+        "An ITEM is a string, or a type and a value (-int 3). -array-add and -dict-add add to\n"
+        "what the key holds. DATE: YYYY-MM-DD[ HH:MM:SS +0000] in UTC. The domain is written\n"
+        "as a binary property list.");
     write->prefix_command();
     write->fallthrough(false);
     CLI::App* remove = defaults->add_subcommand("delete", "remove one key, or the whole domain");
     remove->add_option("DOMAIN", options.domain)->required();
     remove->add_option("KEY", options.key);
+    defaults->add_subcommand("domains", "list the domains in the preferences folder");
+    CLI::App* exportDomain =
+        defaults->add_subcommand("export", "write a domain as an XML property list");
+    exportDomain->add_option("DOMAIN", options.domain)->required();
+    exportDomain->add_option("FILE", options.file, "'-': standard output")->required();
+    CLI::App* importDomain = defaults->add_subcommand(
+        "import", "replace a domain with a property list dictionary (XML or binary)");
+    importDomain->add_option("DOMAIN", options.domain)->required();
+    importDomain->add_option("FILE", options.file, "'-': standard input")->required();
+
+    CLI::App* plutil = app.add_subcommand("plutil", "check and convert property list files");
+    plutil->footer(
+        "plutil -lint FILE...                          say whether each is a property list\n"
+        "plutil -convert xml1|binary1 FILE... [-o OUT]  rewrite in place, or into OUT\n"
+        "FILE and OUT may be '-' for standard input and output. Exit status 1 when a file\n"
+        "fails.");
+    plutil->prefix_command();
+    plutil->allow_extras();
+    plutil->fallthrough(false);
+
+    CLI::App* demo = app.add_subcommand("demo", "the demo device used when no --device is given");
+    demo->require_subcommand(1);
+    CLI::App* reset = demo->add_subcommand("reset", "put the demo device back to its first state");
 
     CLI::App* watch = app.add_subcommand(
         "watch",
@@ -194,6 +267,8 @@ int runCommandLine(int argc, char** argv) {
         "check", "prove that the bundle's resources cannot crash the Settings application");
     declareCheck(*check, options.check);
 
+    // Set last: subcommands made after it would inherit the list of steps as their footer.
+    app.footer(stepHelp());
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& e) {
@@ -212,14 +287,25 @@ int runCommandLine(int argc, char** argv) {
         return runCheck(options.check);
     }
     if (watch->parsed()) return runSession(options, false, true);
-    const bool subcommand = run->parsed() || device->parsed() || defaults->parsed();
+    const bool subcommand = run->parsed() || device->parsed() || defaults->parsed() ||
+                            demo->parsed() || plutil->parsed();
     if (subcommand && !options.steps.empty())
         return trouble(options.json, "steps cannot be given together with " +
                                          std::string(run->parsed()      ? "run"
                                                      : device->parsed() ? "device"
+                                                     : demo->parsed()   ? "demo"
+                                                     : plutil->parsed() ? "plutil"
                                                                         : "defaults"));
+    if (plutil->parsed()) return runPlutil(plutil->remaining(), options.json);
+    if (reset->parsed()) {
+        if (options.device) return trouble(options.json, "demo reset takes no --device");
+        return runDemoReset(options.json);
+    }
+    if (!subcommand)
+        if (auto unknown = unknownSubcommand(app, options.steps))
+            return trouble(options.json, *unknown);
     if (init->parsed()) return runDeviceInit(options.deviceInit, options.json);
-    if (defaults->parsed()) return runDefaults(options, *read, *write, *remove);
+    if (defaults->parsed()) return runDefaults(options, *defaults);
     return runSession(options, run->parsed(), false);
 }
 

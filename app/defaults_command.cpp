@@ -1,9 +1,8 @@
 #include "app/defaults_command.h"
 
-#include <cerrno>
-#include <cstdlib>
-
 #include "app/batch_run.h"
+#include "app/defaults_values.h"
+#include "app/host_files.h"
 #include "app/json_output.h"
 #include "platform/foundation/plist.h"
 #include "platform/foundation/plist_file.h"
@@ -13,10 +12,12 @@ namespace velto::app {
 
 namespace {
 
+constexpr const char* kPreferences = "/var/mobile/Library/Preferences";
+
 std::string domainPath(const std::string& domain) {
     if (!domain.empty() && domain[0] == '/')
         return domain.size() > 6 && domain.ends_with(".plist") ? domain : domain + ".plist";
-    return "/var/mobile/Library/Preferences/" + domain + ".plist";
+    return std::string(kPreferences) + "/" + domain + ".plist";
 }
 
 plat::Value readDomain(const plat::DeviceRoot& root, const std::string& domain) {
@@ -24,45 +25,6 @@ plat::Value readDomain(const plat::DeviceRoot& root, const std::string& domain) 
     if (!bytes) return plat::Value();
     const plat::Value value = plat::propertyListFromData(*bytes);
     return value.isDictionary() ? value : plat::Value();
-}
-
-std::string lower(std::string text) {
-    for (char& c : text)
-        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-    return text;
-}
-
-std::optional<plat::Value> parseTyped(const std::string& type, const std::string& text,
-                                      std::string& error) {
-    if (type == "-bool" || type == "-boolean") {
-        const std::string word = lower(text);
-        if (word == "true" || word == "yes" || word == "1") return plat::Value::boolean(true);
-        if (word == "false" || word == "no" || word == "0") return plat::Value::boolean(false);
-        error = "'" + text + "' is not a boolean (true, false, yes, no, 1, 0)";
-        return std::nullopt;
-    }
-    if (type == "-int" || type == "-integer") {
-        char* end = nullptr;
-        errno = 0;
-        const long long number = std::strtoll(text.c_str(), &end, 10);
-        if (text.empty() || *end != '\0' || errno == ERANGE) {
-            error = "'" + text + "' is not an integer";
-            return std::nullopt;
-        }
-        return plat::Value::integer(number);
-    }
-    if (type == "-float") {
-        char* end = nullptr;
-        const double number = std::strtod(text.c_str(), &end);
-        if (text.empty() || *end != '\0') {
-            error = "'" + text + "' is not a number";
-            return std::nullopt;
-        }
-        return plat::Value::real(number);
-    }
-    if (type == "-string") return plat::Value::string(text);
-    error = "unknown type " + type + " (use -bool, -int, -float or -string)";
-    return std::nullopt;
 }
 
 // What `defaults read` prints for a single value: scalars bare, containers in the text form.
@@ -108,19 +70,15 @@ int defaultsRead(const std::filesystem::path& device, const std::string& domain,
 
 int defaultsWrite(const std::filesystem::path& device, const std::string& domain,
                   const std::vector<std::string>& arguments, DefaultsIo io) {
-    std::optional<plat::Value> value;
-    std::string error;
-    if (arguments.size() == 2 && (arguments[1].empty() || arguments[1][0] != '-'))
-        value = plat::Value::string(arguments[1]);
-    else if (arguments.size() == 3)
-        value = parseTyped(arguments[1], arguments[2], error);
-    else
-        error = "expected: defaults write DOMAIN KEY -bool|-int|-float|-string VALUE";
-    if (!value) return fail(io, error);
-
+    if (arguments.size() < 2)
+        return fail(io, "expected: defaults write DOMAIN KEY [-TYPE] VALUE (see --help)");
     const plat::DeviceRoot root(device);
     plat::Value values = readDomain(root, domain);
     if (values.isNil()) values = plat::Value::dictionary();
+    std::string error;
+    const auto value = parseWrittenValue({arguments.begin() + 1, arguments.end()},
+                                         values.objectForKey(arguments[0]), error);
+    if (!value) return fail(io, error);
     values.setValueForKey(arguments[0], *value);
     if (!writeDomain(root, domain, values)) return fail(io, "cannot write the domain " + domain);
     return kExitOk;
@@ -140,6 +98,58 @@ int defaultsDelete(const std::filesystem::path& device, const std::string& domai
         return fail(io, "the domain/default pair of (" + domain + ", " + *key + ") does not exist");
     values.removeObjectForKey(*key);
     if (!writeDomain(root, domain, values)) return fail(io, "cannot write the domain " + domain);
+    return kExitOk;
+}
+
+int defaultsReadType(const std::filesystem::path& device, const std::string& domain,
+                     const std::string& key, DefaultsIo io) {
+    const plat::Value value = readDomain(plat::DeviceRoot(device), domain).objectForKey(key);
+    if (value.isNil())
+        return fail(io, "the domain/default pair of (" + domain + ", " + key + ") does not exist");
+    if (io.json)
+        io.out << jsonText(nlohmann::json({{"type", defaultsTypeName(value)}})) << "\n";
+    else
+        io.out << "Type is " << defaultsTypeName(value) << "\n";
+    return kExitOk;
+}
+
+int defaultsDomains(const std::filesystem::path& device, DefaultsIo io) {
+    const plat::DeviceRoot root(device);
+    std::vector<std::string> domains;
+    for (const std::string& name : root.contentsOfDirectory(kPreferences))
+        if (name.size() > 6 && name.ends_with(".plist"))
+            domains.push_back(name.substr(0, name.size() - 6));
+    if (io.json) {
+        io.out << jsonText(nlohmann::json(domains)) << "\n";
+        return kExitOk;
+    }
+    for (std::size_t i = 0; i < domains.size(); ++i)
+        io.out << (i ? ", " : "") << domains[i];
+    io.out << "\n";
+    return kExitOk;
+}
+
+int defaultsExport(const std::filesystem::path& device, const std::string& domain,
+                   const std::string& file, DefaultsIo io) {
+    const plat::Value values = readDomain(plat::DeviceRoot(device), domain);
+    if (values.isNil()) return fail(io, "the domain " + domain + " does not exist");
+    std::string why;
+    const auto bytes = plat::dataFromPropertyList(values, plat::PropertyListFormat::XML, &why);
+    if (!bytes) return fail(io, "cannot export the domain " + domain + ": " + why);
+    if (!writeHostFile(file, *bytes, io.out)) return fail(io, "cannot write " + file);
+    return kExitOk;
+}
+
+int defaultsImport(const std::filesystem::path& device, const std::string& domain,
+                   const std::string& file, DefaultsIo io) {
+    const auto bytes = readHostFile(file, io.in);
+    if (!bytes) return fail(io, "cannot read " + file);
+    const plat::Value values = plat::propertyListFromData(*bytes);
+    if (!values.isDictionary())
+        return fail(io, (file == "-" ? std::string("standard input") : file) +
+                            " does not hold a property list dictionary");
+    if (!writeDomain(plat::DeviceRoot(device), domain, values))
+        return fail(io, "cannot write the domain " + domain);
     return kExitOk;
 }
 

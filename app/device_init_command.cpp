@@ -10,8 +10,10 @@
 #include "app/device_location.h"
 #include "app/json_output.h"
 #include "device/demo_device.h"
+#include "device/device_import.h"
 #include "device/device_init.h"
 #include "device/generated_apps.h"
+#include "platform/system/device_root.h"
 
 namespace velto::app {
 
@@ -45,6 +47,9 @@ void declareDeviceInit(CLI::App& command, DeviceInitRequest& request) {
                        "com.norvale.velto2 package's)");
     command.add_flag("--demo", request.demo,
                      "the demo content: about thirty apps, the product installed, on");
+    command.add_option("--from", request.from,
+                       "import a real device's preferences, applications (Info.plist and icons), "
+                       "dpkg status and system version from a copy of its / or a tar of one");
     command.add_flag("--force", request.force,
                      "write into a folder that is not empty (never the host's /)");
 }
@@ -104,18 +109,28 @@ int runDeviceInit(const DeviceInitRequest& request, bool json) {
         return fail(json, request.folder +
                               " is not an empty folder; give --force to write a device into it");
 
+    std::size_t imported = 0;
     try {
         device::initDevice(request.folder, options, resourcesFolder());
+        // Over the new device, so the real one's package database and system version win.
+        if (!request.from.empty())
+            imported = device::importDeviceFiles(
+                plat::DeviceRoot(std::filesystem::canonical(request.folder)), request.from);
     } catch (const std::exception& e) {
         return fail(json, e.what());
     }
-    if (json)
-        std::cout << jsonText(recordLine(
-                         "device", {{"device", request.folder}, {"apps", options.apps.size()}}))
-                  << "\n";
-    else
+    if (json) {
+        nlohmann::ordered_json fields{{"device", request.folder}, {"apps", options.apps.size()}};
+        fields["imported"] = nullptr;
+        if (!request.from.empty()) fields["imported"] = imported;
+        std::cout << jsonText(recordLine("device", fields)) << "\n";
+    } else {
         std::cout << "device written to " << request.folder << " (" << options.apps.size()
-                  << " apps)\n";
+                  << " apps";
+        if (!request.from.empty())
+            std::cout << "; " << imported << " files imported from " << request.from;
+        std::cout << ")\n";
+    }
     return kExitOk;
 }
 

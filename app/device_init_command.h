@@ -23,6 +23,7 @@ struct DeviceInitRequest {
     std::vector<std::string> apps;
     std::vector<std::string> packages;
     std::string extensionVersion;
+    std::string from;  // a real device's files to import: a copy of its / or a tar of one
 };
 
 // Declares the subcommand's arguments on `command`, filling `request`.

@@ -14,6 +14,9 @@
 #ifndef VELTO_RESOURCES_DIR
 #error "VELTO_RESOURCES_DIR must name the bundle's resources folder"
 #endif
+#ifndef VELTO_INSTALLED_RESOURCES
+#error "VELTO_INSTALLED_RESOURCES must name the installed resources relative to the program"
+#endif
 
 namespace velto::app {
 
@@ -22,6 +25,13 @@ namespace fs = std::filesystem;
 fs::path resourcesFolder() {
     if (const char* override = std::getenv("VELTO_RESOURCES"); override && *override)
         return override;
+    // An installed program carries its resources; the source tree may be long gone.
+    std::error_code ec;
+    const fs::path program = fs::read_symlink("/proc/self/exe", ec);
+    if (!ec) {
+        const fs::path installed = program.parent_path() / VELTO_INSTALLED_RESOURCES;
+        if (fs::is_directory(installed, ec)) return installed.lexically_normal();
+    }
     return VELTO_RESOURCES_DIR;
 }
 
@@ -56,19 +66,58 @@ void makeDemoDevice(const fs::path& folder) {
 
 }  // namespace
 
+namespace {
+
+// `device init` writes into a folder that holds files only when told to.
+std::string initCommand(const std::string& folder) {
+    std::error_code ec;
+    const bool empty = !fs::exists(folder, ec) || fs::is_empty(folder, ec);
+    return std::string("velto-settings device init ") + (empty ? "" : "--force ") + folder;
+}
+
+}  // namespace
+
+NotADevice::NotADevice(const std::string& folder, const std::string& why)
+    : std::runtime_error(why + " (make one with: " + initCommand(folder) + ")") {}
+
+void requireDeviceRoot(const fs::path& folder) {
+    const std::string name = folder.string();
+    std::error_code ec;
+    if (!fs::is_directory(folder, ec)) throw NotADevice(name, "no device at " + name);
+    // A device root made here has a profile; a copy of a real device at least its system
+    // version. Anything else would open on pages with no rows at all.
+    const auto has = [&](const char* devicePath) {
+        return fs::is_regular_file(folder / fs::path(devicePath).relative_path(), ec);
+    };
+    if (!has(device::kDeviceProfile) && !has(device::kSystemVersionFile))
+        throw NotADevice(name, name + " is not a device root: it has neither " +
+                                   device::kDeviceProfile + " nor " + device::kSystemVersionFile);
+    const std::string bundleList = std::string(device::kInstalledBundle) + "/Velto.plist";
+    if (!has(bundleList.c_str()))
+        throw NotADevice(name, "the device at " + name + " has no VeltoSettings bundle in " +
+                                   device::kInstalledBundle);
+}
+
 fs::path prepareDevice(const std::optional<std::string>& device) {
     if (device) {
-        std::error_code ec;
-        if (!fs::is_directory(*device, ec))
-            throw std::runtime_error("no device at " + *device +
-                                     " (make one with: velto-settings device init " + *device +
-                                     ")");
+        requireDeviceRoot(*device);
         return fs::canonical(*device);
     }
     const fs::path folder = demoDeviceFolder();
     if (!fs::exists(folder / fs::path(device::kDeviceProfile).relative_path()))
         makeDemoDevice(folder);
     device::installBundle(plat::DeviceRoot(fs::canonical(folder)), resourcesFolder());
+    return fs::canonical(folder);
+}
+
+fs::path resetDemoDevice() {
+    const fs::path folder = demoDeviceFolder();
+    // The old device goes aside first, so the new one can be moved into its place whole.
+    const fs::path aside = folder.parent_path() / (".old-demo-" + std::to_string(::getpid()));
+    std::error_code ec;
+    fs::rename(folder, aside, ec);
+    makeDemoDevice(folder);
+    fs::remove_all(aside, ec);
     return fs::canonical(folder);
 }
 

@@ -71,6 +71,12 @@ std::optional<Step> parseStep(const std::string& line) {
     throw StepError("unknown step '" + word + "' (try help)");
 }
 
+bool isStepWord(const std::string& word) {
+    for (const StepWord& step : kSteps)
+        if (word == step.word) return true;
+    return false;
+}
+
 const char* stepHelp() {
     return "Steps act on the page on top of the navigation stack:\n"
            "  show                 print the page\n"

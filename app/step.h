@@ -47,6 +47,9 @@ struct Step {
 // step, a missing argument, or an argument given to a step that takes none.
 std::optional<Step> parseStep(const std::string& line);
 
+// Whether `word` begins a step ("open", "show"...), whatever follows it.
+bool isStepWord(const std::string& word);
+
 // `show`, for the pages the program shows of its own accord.
 inline Step showStep() {
     return Step{StepKind::Show, "", "show"};

@@ -4,7 +4,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <fstream>
+#include <iterator>
 
 #include "tests/support/program_run.h"
 
@@ -98,6 +100,46 @@ TEST(DeviceCli, BadOptionsAreRefusedWithoutADevice) {
     }
 }
 
+TEST(DeviceCli, ARealDevicesFilesAreImportedFromAFolderOrATar) {
+    ScratchFolder scratch;
+    const std::filesystem::path source = scratch.path() / "phone";
+    const auto put = [&](const std::string& path, const std::string& text) {
+        std::filesystem::create_directories((source / path).parent_path());
+        std::ofstream(source / path) << text;
+    };
+    const std::string plist = "<?xml version=\"1.0\"?><plist version=\"1.0\"><dict>";
+    // /var is /private/var on the device, and a copy may keep it that way.
+    put("private/var/mobile/Library/Preferences/com.norvale.velto.plist",
+        plist + "<key>VeltoEnabled</key><true/></dict></plist>");
+    put("Applications/biteSMS.app/Info.plist",
+        plist + "<key>CFBundleIdentifier</key><string>com.bitesms</string></dict></plist>");
+    put("Applications/biteSMS.app/biteSMS", "the program, which is not wanted");
+    const std::string status =
+        "Package: com.norvale.velto2\nStatus: install ok installed\nVersion: 3.0.0-1\n\n";
+    put("var/lib/dpkg/status", status);
+    ASSERT_EQ(
+        std::system(
+            ("tar -czf '" + scratch / "phone.tar.gz" + "' -C '" + source.string() + "' .").c_str()),
+        0);
+
+    for (const std::string& from : {source.string(), scratch / "phone.tar.gz"}) {
+        const std::string device = scratch / ("device-" + std::to_string(from.size()));
+        initDevice(device, {"--from", from});
+        const auto shown = runProgram({"--device", device, "--json", "show"});
+        ASSERT_EQ(shown.status, 0) << shown.err;
+        EXPECT_EQ(row(shown.outLines().at(0), "VeltoEnabled")["value"], true) << from;
+        EXPECT_NE(row(shown.outLines().at(0), "biteSMS"), nullptr) << from;
+        std::ifstream database(device + "/var/lib/dpkg/status");
+        EXPECT_EQ(std::string(std::istreambuf_iterator<char>(database), {}), status);
+        EXPECT_FALSE(std::filesystem::exists(device + "/Applications/biteSMS.app/biteSMS"));
+    }
+    // A source that holds none of a device's files fails the command.
+    EXPECT_EQ(
+        runProgram({"device", "init", scratch / "none", "--from", scratch / "phone/Applications"})
+            .status,
+        1);
+}
+
 class DefaultsCli : public ::testing::Test {
   protected:
     void SetUp() override { initDevice(device_); }
@@ -169,6 +211,59 @@ TEST_F(DefaultsCli, BadValuesAreRefusedAndDeleteRemovesAKeyOrTheWholeDomain) {
     ASSERT_EQ(defaults({"delete", "com.norvale.velto"}).status, 0);
     EXPECT_EQ(defaults({"read", "com.norvale.velto"}).status, 1);
     EXPECT_EQ(defaults({"delete", "com.norvale.velto"}).status, 1);
+}
+
+TEST_F(DefaultsCli, ContainersDataAndDatesRoundTripThroughExportAndImport) {
+    const std::string domain = "com.norvale.velto";
+    for (const std::vector<std::string>& write :
+         {std::vector<std::string>{"List", "-array", "a", "-int", "2"},
+          {"List", "-array-add", "-bool", "yes"},
+          {"Map", "-dict", "k", "v", "n", "-float", "1.5"},
+          {"Map", "-dict-add", "blob", "-data", "<0a0b 0c>"},
+          {"When", "-date", "2001-01-02 00:00:00 +0000"}}) {
+        std::vector<std::string> arguments{"write", domain};
+        arguments.insert(arguments.end(), write.begin(), write.end());
+        ASSERT_EQ(defaults(arguments).status, 0) << write[1];
+    }
+    const json all = {{"List", {"a", 2, true}},
+                      {"Map", {{"k", "v"}, {"n", 1.5}, {"blob", {{"data", "CgsM"}}}}},
+                      {"When", {{"date", 86400.0}}}};
+    EXPECT_EQ(defaults({"read", domain}).outLines().at(0), all);
+    EXPECT_EQ(defaults({"read-type", domain, "Map"}).outLines().at(0),
+              json({{"type", "dictionary"}}));
+    // Adding to something that is not an array changes nothing.
+    EXPECT_EQ(defaults({"write", domain, "When", "-array-add", "x"}).status, 1);
+
+    const auto exported = defaults({"export", domain, "-"});
+    ASSERT_EQ(exported.status, 0);
+    EXPECT_TRUE(exported.out.starts_with("<?xml")) << exported.out;
+    ASSERT_EQ(runProgram({"--device", device_, "defaults", "import", "com.example.copy", "-"},
+                         exported.out)
+                  .status,
+              0);
+    EXPECT_EQ(defaults({"read", "com.example.copy"}).outLines().at(0), all);
+    EXPECT_EQ(defaults({"domains"}).outLines().at(0), json({"com.example.copy", domain}));
+    // Something that is not a dictionary replaces no domain.
+    EXPECT_EQ(runProgram({"--device", device_, "defaults", "import", domain, "-"}, "junk").status,
+              1);
+    EXPECT_EQ(defaults({"read", domain}).outLines().at(0), all);
+}
+
+TEST(PlutilCli, LintNamesTheBadFileAndConvertRoundTrips) {
+    ScratchFolder scratch;
+    const std::string good = std::string(VELTO_SOURCE_DIR) + "/resources/Velto.plist";
+    std::ofstream(scratch / "bad.plist") << "<plist><dict><key>a</key>";
+    const auto lint = runProgram({"plutil", "-lint", good, scratch / "bad.plist"});
+    EXPECT_EQ(lint.status, 1);
+    EXPECT_NE(lint.out.find(good + ": OK"), std::string::npos) << lint.out;
+    EXPECT_NE(lint.out.find(scratch / "bad.plist" + ": not a property list"), std::string::npos);
+
+    ASSERT_EQ(runProgram({"plutil", "-convert", "binary1", good, "-o", scratch / "b.plist"}).status,
+              0);
+    ASSERT_EQ(runProgram({"plutil", "-convert", "xml1", scratch / "b.plist"}).status, 0);
+    const auto original = runProgram({"plutil", "-convert", "xml1", good, "-o", "-"});
+    std::ifstream back(scratch / "b.plist");
+    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(back), {}), original.out);
 }
 
 }  // namespace

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/foundation/value.h"
+
+namespace velto::app {
+
+// The value `defaults write DOMAIN KEY ...` stores, from what follows KEY:
+//   VALUE                         a string
+//   -bool|-int|-float|-string|-data|-date VALUE
+//   -array ITEM...  -array-add ITEM...   an array, or items appended to the stored one
+//   -dict KEY ITEM...  -dict-add KEY ITEM...   a dictionary, or entries added to the stored one
+// where an ITEM is VALUE or a type and VALUE. `stored` is what the key holds now (nil when
+// absent). nullopt, with `error` saying why, for anything else.
+std::optional<plat::Value> parseWrittenValue(const std::vector<std::string>& words,
+                                             const plat::Value& stored, std::string& error);
+
+// What `defaults read-type` names a value: boolean, integer, float, string, data, date, array,
+// dictionary.
+std::string defaultsTypeName(const plat::Value& value);
+
+}  // namespace velto::app
