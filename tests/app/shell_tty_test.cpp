@@ -5,6 +5,7 @@
 #include <poll.h>
 #include <pty.h>
 #include <sys/wait.h>
+#include <termios.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -48,7 +49,15 @@ class Terminal {
         if (master_ >= 0) ::close(master_);
     }
 
+    // Keys go in once the line editor holds the terminal: typed while it is still in line
+    // mode (the prompt printed, the editor not yet reading), the kernel takes Ctrl-D as end of
+    // file and the editor never sees it. A pty's termios are the same seen from either end.
     void type(const std::string& keys) const {
+        for (int waited = 0; waited < 20000; ++waited) {
+            termios modes{};
+            if (::tcgetattr(master_, &modes) != 0 || !(modes.c_lflag & ICANON)) break;
+            ::usleep(1000);
+        }
         ASSERT_EQ(::write(master_, keys.data(), keys.size()), static_cast<ssize_t>(keys.size()));
     }
 
