@@ -277,13 +277,15 @@ Value Value::date(double sinceReferenceDate) {
     return Value(Type::Date, Date{sinceReferenceDate});
 }
 Value Value::array(Array items) {
-    return Value(Type::Array, std::allocate_shared<Array>(ContainerAllocator<Array>(), std::move(items)));
+    return Value(Type::Array,
+                 std::allocate_shared<Array>(ContainerAllocator<Array>(), std::move(items)));
 }
 Value Value::array(std::initializer_list<Value> items) {
     return array(Array(items));
 }
 Value Value::dictionary(Dictionary entries) {
-    return Value(Type::Dictionary, std::allocate_shared<Dictionary>(ContainerAllocator<Dictionary>(), std::move(entries)));
+    return Value(Type::Dictionary, std::allocate_shared<Dictionary>(
+                                       ContainerAllocator<Dictionary>(), std::move(entries)));
 }
 Value Value::dictionary(std::initializer_list<std::pair<const std::string, Value>> entries) {
     Dictionary d;
