@@ -19,6 +19,7 @@
 
 #include "platform/foundation/strings.h"
 #include "platform/system/bundle.h"
+#include "platform/system/file_version.h"
 #include "platform/system/process.h"
 #include "platform/ui/image_orientation.h"
 #include "platform/ui/png_encoding.h"
@@ -354,39 +355,10 @@ std::shared_ptr<Image> Image::imageWithContentsOfFile(const std::string& deviceP
 }
 
 namespace {
-// imageNamed: keeps what it decoded, as UIKit's named-image cache does: a page of switch cells
-// asks for its bar picture once per cell. An entry stands while the file keeps its identity,
-// size and modification time, so an edited resource is read anew.
-class NamedImageCache {
-  public:
-    ImagePtr find(const std::filesystem::path& host, const struct stat& info) {
-        std::lock_guard lock(mutex_);
-        const auto found = entries_.find(host.string());
-        if (found == entries_.end() || !sameFile(found->second.info, info)) return nullptr;
-        return found->second.image;
-    }
-    void keep(const std::filesystem::path& host, const struct stat& info, ImagePtr image) {
-        std::lock_guard lock(mutex_);
-        if (entries_.size() >= kEntries) entries_.clear();
-        entries_[host.string()] = {info, std::move(image)};
-    }
-
-  private:
-    static constexpr std::size_t kEntries = 256;
-    struct Entry {
-        struct stat info;
-        ImagePtr image;
-    };
-    static bool sameFile(const struct stat& a, const struct stat& b) {
-        return a.st_dev == b.st_dev && a.st_ino == b.st_ino && a.st_size == b.st_size &&
-               a.st_mtim.tv_sec == b.st_mtim.tv_sec && a.st_mtim.tv_nsec == b.st_mtim.tv_nsec;
-    }
-    std::mutex mutex_;
-    std::map<std::string, Entry> entries_;
-};
-
-NamedImageCache& namedImageCache() {
-    static NamedImageCache cache;
+// imageNamed keeps what it decoded, as UIKit's named-image cache does: a page of switch cells
+// asks for its bar picture once per cell.
+FileVersionCache<ImagePtr>& namedImageCache() {
+    static FileVersionCache<ImagePtr> cache(256);
     return cache;
 }
 }  // namespace
@@ -419,9 +391,9 @@ std::shared_ptr<Image> Image::imageNamed(const std::string& name, const Bundle& 
         const auto host = process->root().resolve(path);
         struct stat info {};
         if (!host || ::stat(host->c_str(), &info) != 0 || !S_ISREG(info.st_mode)) continue;
-        if (auto image = namedImageCache().find(*host, info)) return image;
+        if (auto image = namedImageCache().find(host->string(), info)) return *image;
         if (auto image = imageWithContentsOfFile(path)) {
-            namedImageCache().keep(*host, info, image);
+            namedImageCache().keep(host->string(), info, image);
             return image;
         }
     }
