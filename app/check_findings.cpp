@@ -83,37 +83,31 @@ void printFindings(std::ostream& out, const FindingSet& findings) {
         << " warnings\n";
 }
 
+namespace {
+
+// What a finding says, in the public record and in a worker's report alike.
+nlohmann::ordered_json describedFields(const Finding& f) {
+    return {{"kind", f.kind}, {"resource", f.resource}, {"row", f.row},     {"page", f.page},
+            {"step", f.step}, {"reason", f.reason},     {"state", f.state}, {"states", f.states}};
+}
+
+}  // namespace
+
 void printFindingsJson(std::ostream& out, const FindingSet& findings) {
     for (const Finding& f : findings.sorted()) {
-        const nlohmann::ordered_json line =
-            recordLine("finding", {
-                                      {"severity", f.error() ? "error" : "warning"},
-                                      {"kind", f.kind},
-                                      {"resource", f.resource},
-                                      {"row", f.row},
-                                      {"page", f.page},
-                                      {"step", f.step},
-                                      {"reason", f.reason},
-                                      {"state", f.state},
-                                      {"states", f.states},
-                                  });
+        nlohmann::ordered_json fields{{"severity", f.error() ? "error" : "warning"}};
+        fields.update(describedFields(f));
+        const nlohmann::ordered_json line = recordLine("finding", fields);
         out << line.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << "\n";
     }
 }
 
 std::string findingRecord(const Finding& f) {
-    return nlohmann::json({{"error", f.error()},
-                           {"kind", f.kind},
-                           {"resource", f.resource},
-                           {"row", f.row},
-                           {"page", f.page},
-                           {"step", f.step},
-                           {"reason", f.reason},
-                           {"state", f.state},
-                           {"states", f.states},
-                           {"rank", f.rank},
-                           {"order", f.order}})
-        .dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+    nlohmann::ordered_json record = describedFields(f);
+    record["error"] = f.error();
+    record["rank"] = f.rank;
+    record["order"] = f.order;
+    return record.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
 }
 
 Finding findingFromRecord(const std::string& line) {
