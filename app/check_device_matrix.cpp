@@ -7,7 +7,7 @@
 #include "device/app_choice.h"
 #include "device/device_init.h"
 #include "device/device_profile.h"
-#include "platform/system/device_root.h"
+#include "platform/system/memory_device_root.h"
 
 namespace velto::app {
 
@@ -75,23 +75,22 @@ std::vector<DeviceConfig> deviceMatrix() {
     return configs;
 }
 
-DeviceFarm::DeviceFarm(std::filesystem::path workFolder, std::filesystem::path resources)
-    : work_(std::move(workFolder)), resources_(std::move(resources)) {}
+DeviceFarm::DeviceFarm(std::filesystem::path resources) : resources_(std::move(resources)) {}
 
-std::filesystem::path DeviceFarm::prepare(const DeviceConfig& config) {
+std::shared_ptr<plat::DeviceRoot> DeviceFarm::prepare(const DeviceConfig& config) {
     const device::DeviceOptions options = optionsFor(config);
     const std::string name =
         std::string(plat::familyName(config.family)) + "-" + std::to_string(config.apps);
     auto found = made_.find(name);
     if (found == made_.end()) {
-        const std::filesystem::path folder = work_ / name;
-        device::initDevice(folder, options, resources_);
-        found = made_.emplace(name, std::filesystem::canonical(folder)).first;
+        auto device = std::make_shared<plat::MemoryDeviceRoot>();
+        device::initDevice(*device, options, resources_);
+        found = made_.emplace(name, std::move(device)).first;
     }
-    const plat::DeviceRoot root(found->second);
+    const plat::DeviceRoot& root = *found->second;
     if (!device::writeDeviceProfile(root, options) ||
         !device::writeSystemVersion(root, options.systemVersion))
-        throw std::runtime_error("cannot switch the device at " + found->second.string() + " to " +
+        throw std::runtime_error("cannot switch the " + root.describe() + " to " +
                                  config.describe());
     return found->second;
 }

@@ -3,10 +3,12 @@
 #include <cstddef>
 #include <filesystem>
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "platform/system/device_facts.h"
+#include "platform/system/device_root.h"
 
 namespace velto::app {
 
@@ -33,20 +35,19 @@ struct DeviceConfig {
 // fewer applications first.
 std::vector<DeviceConfig> deviceMatrix();
 
-// Device roots for the configurations, made once per family and application subset under a
-// work folder and switched between system versions and FaceTime by rewriting the two files
-// that carry them. Throws std::runtime_error when a device cannot be written.
+// Devices for the configurations, in memory, made once per family and application subset and
+// switched between system versions and FaceTime by rewriting the two files that carry them.
+// Throws std::runtime_error when a device cannot be written.
 class DeviceFarm {
   public:
-    DeviceFarm(std::filesystem::path workFolder, std::filesystem::path resources);
+    explicit DeviceFarm(std::filesystem::path resources);
 
-    // The device root for a configuration, its profile and system version made to match.
-    std::filesystem::path prepare(const DeviceConfig& config);
+    // The device for a configuration, its profile and system version made to match.
+    std::shared_ptr<plat::DeviceRoot> prepare(const DeviceConfig& config);
 
   private:
-    std::filesystem::path work_;
     std::filesystem::path resources_;
-    std::map<std::string, std::filesystem::path> made_;
+    std::map<std::string, std::shared_ptr<plat::DeviceRoot>> made_;
 };
 
 }  // namespace velto::app

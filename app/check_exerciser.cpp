@@ -105,15 +105,15 @@ void Exerciser::emit(Finding finding) {
     findings_.add(std::move(finding));
 }
 
-void Exerciser::run(const DeviceConfig& config, const std::filesystem::path& device,
+void Exerciser::run(const DeviceConfig& config, std::shared_ptr<plat::DeviceRoot> device,
                     PageMemo& memo) {
     config_ = config;
-    device_ = device;
+    device_ = std::move(device);
     memo_ = &memo;
     rootBuiltFor_.reset();
     rootKeys_.clear();
     try {
-        session_ = std::make_unique<Session>(device, false);
+        session_ = std::make_unique<Session>(device_, false);
     } catch (const std::exception& e) {
         Run run{"VeltoSettingsController", "", "nothing stored", 0};
         report(Finding::make(Finding::Severity::Error, "launch", "", "", "", "launch",
@@ -121,7 +121,7 @@ void Exerciser::run(const DeviceConfig& config, const std::filesystem::path& dev
                run);
         return;
     }
-    auto& outputs = shellOutputs_[device];
+    auto& outputs = shellOutputs_[device_->identity()];
     if (!outputs) outputs = std::make_shared<plat::Shell::RememberedOutputs>();
     session_->process().shell().rememberOutputsIn(outputs);
     runner_ = std::make_unique<StepRunner>(*session_, *silent_);
@@ -237,7 +237,7 @@ bool Exerciser::reset(const std::optional<Link>& link, const StoredState& state,
     std::set<std::string> domains = domains_;
     for (const StoredKey& key : state.keys)
         domains.insert(key.domain);
-    writeStoredState(device_, state, domains);
+    writeStoredState(*device_, state, domains);
 
     // The root page reads the stored state once, when it is made: it is made anew whenever
     // the part of the state it reads changes, and after anything went wrong.

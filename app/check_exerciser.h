@@ -51,7 +51,7 @@ class Exerciser {
 
     // Exercises the bundle on the device, skipping each page whose reads on an earlier device
     // (kept in `memo`) hold the same here.
-    void run(const DeviceConfig& config, const std::filesystem::path& device, PageMemo& memo);
+    void run(const DeviceConfig& config, std::shared_ptr<plat::DeviceRoot> device, PageMemo& memo);
 
     // What the static checks need to know of the runs so far.
     const ExerciseFacts& facts() const { return facts_; }
@@ -82,16 +82,16 @@ class Exerciser {
 
     FindingSet& findings_;
     std::filesystem::path picture_;
-    std::filesystem::path device_;
+    std::shared_ptr<plat::DeviceRoot> device_;
     DeviceConfig config_;
     std::unique_ptr<Session> session_;
     std::unique_ptr<Renderer> silent_;
     std::unique_ptr<StepRunner> runner_;
     std::unique_ptr<ReadRecorder> recorder_;
     PageMemo* memo_ = nullptr;
-    // The package manager's answers per device folder: the matrix changes settings and device
-    // facts, never the package database, so each version lookup runs once per device.
-    std::map<std::filesystem::path, std::shared_ptr<plat::Shell::RememberedOutputs>> shellOutputs_;
+    // The package manager's answers per device: the matrix changes settings and device facts,
+    // never the package database, so each version lookup runs once per device.
+    std::map<std::string, std::shared_ptr<plat::Shell::RememberedOutputs>> shellOutputs_;
     ExerciseFacts facts_;
     PageRecord* recording_ = nullptr;
     std::set<StoredKey> rootKeys_;

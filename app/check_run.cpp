@@ -77,12 +77,11 @@ std::size_t workerCount() {
 constexpr std::size_t kGroup = 4;
 
 int runWorker(const std::vector<DeviceConfig>& configs, std::size_t worker, std::size_t workers,
-              const fs::path& devices, const fs::path& resources, const fs::path& picture,
-              const fs::path& out) {
+              const fs::path& resources, const fs::path& picture, const fs::path& out) {
     std::ofstream file(out);
     try {
         FindingSet findings;
-        DeviceFarm farm(devices, resources);
+        DeviceFarm farm(resources);
         Exerciser exerciser(findings, picture);
         PageMemo memo;
         std::size_t done = 0;
@@ -147,9 +146,7 @@ CheckOutcome checkBundle(const fs::path& resources, const std::vector<DeviceConf
         const fs::path out = work.path() / ("worker-" + std::to_string(w) + ".jsonl");
         const pid_t pid = ::fork();
         if (pid < 0) throw std::runtime_error("cannot start a check worker");
-        if (pid == 0)
-            ::_exit(runWorker(configs, w, workers, work.path() / ("devices-" + std::to_string(w)),
-                              resources, picture, out));
+        if (pid == 0) ::_exit(runWorker(configs, w, workers, resources, picture, out));
         children.push_back(pid);
     }
     bool failed = false;

@@ -68,7 +68,7 @@ std::vector<StoredState> storedStates(const std::set<StoredKey>& keys, std::size
     return states;
 }
 
-void writeStoredState(const std::filesystem::path& device, const StoredState& state,
+void writeStoredState(const plat::DeviceRoot& root, const StoredState& state,
                       const std::set<std::string>& domains) {
     std::map<std::string, plat::Value> contents;
     for (std::size_t i = 0; i < state.keys.size(); ++i) {
@@ -78,7 +78,6 @@ void writeStoredState(const std::filesystem::path& device, const StoredState& st
         dict.setValueForKey(state.keys[i].key,
                             plat::Value::boolean(state.values[i] == Stored::Yes));
     }
-    const plat::DeviceRoot root(device);
     for (const std::string& domain : domains) {
         const std::string path = domainPath(domain);
         auto found = contents.find(domain);

@@ -6,6 +6,10 @@
 #include <string>
 #include <vector>
 
+namespace plat {
+class DeviceRoot;
+}
+
 namespace velto::app {
 
 // A boolean a switch row stores: its "key" in the preferences domain its "defaults" names.
@@ -37,7 +41,7 @@ std::vector<StoredState> storedStates(const std::set<StoredKey>& keys, std::size
 // Writes the state's domains as the device keeps them (binary property lists under
 // /var/mobile/Library/Preferences); a domain with nothing stored has no file. `domains` are
 // every domain any state names, so that files of an earlier state do not linger.
-void writeStoredState(const std::filesystem::path& device, const StoredState& state,
+void writeStoredState(const plat::DeviceRoot& root, const StoredState& state,
                       const std::set<std::string>& domains);
 
 }  // namespace velto::app

@@ -6,7 +6,7 @@
 #include "app/json_output.h"
 #include "platform/foundation/plist.h"
 #include "platform/foundation/plist_file.h"
-#include "platform/system/device_root.h"
+#include "platform/system/host_device_root.h"
 
 namespace velto::app {
 
@@ -55,7 +55,7 @@ bool writeDomain(const plat::DeviceRoot& root, const std::string& domain,
 
 int defaultsRead(const std::filesystem::path& device, const std::string& domain,
                  const std::optional<std::string>& key, DefaultsIo io) {
-    const plat::DeviceRoot root(device);
+    const plat::HostDeviceRoot root(device);
     const plat::Value values = readDomain(root, domain);
     if (values.isNil()) return fail(io, "the domain " + domain + " does not exist");
     const plat::Value shownValue = key ? values.objectForKey(*key) : values;
@@ -72,7 +72,7 @@ int defaultsWrite(const std::filesystem::path& device, const std::string& domain
                   const std::vector<std::string>& arguments, DefaultsIo io) {
     if (arguments.size() < 2)
         return fail(io, "expected: defaults write DOMAIN KEY [-TYPE] VALUE (see --help)");
-    const plat::DeviceRoot root(device);
+    const plat::HostDeviceRoot root(device);
     plat::Value values = readDomain(root, domain);
     if (values.isNil()) values = plat::Value::dictionary();
     std::string error;
@@ -86,7 +86,7 @@ int defaultsWrite(const std::filesystem::path& device, const std::string& domain
 
 int defaultsDelete(const std::filesystem::path& device, const std::string& domain,
                    const std::optional<std::string>& key, DefaultsIo io) {
-    const plat::DeviceRoot root(device);
+    const plat::HostDeviceRoot root(device);
     const plat::Value values = readDomain(root, domain);
     if (values.isNil()) return fail(io, "the domain " + domain + " does not exist");
     if (!key) {
@@ -103,7 +103,7 @@ int defaultsDelete(const std::filesystem::path& device, const std::string& domai
 
 int defaultsReadType(const std::filesystem::path& device, const std::string& domain,
                      const std::string& key, DefaultsIo io) {
-    const plat::Value value = readDomain(plat::DeviceRoot(device), domain).objectForKey(key);
+    const plat::Value value = readDomain(plat::HostDeviceRoot(device), domain).objectForKey(key);
     if (value.isNil())
         return fail(io, "the domain/default pair of (" + domain + ", " + key + ") does not exist");
     if (io.json)
@@ -114,7 +114,7 @@ int defaultsReadType(const std::filesystem::path& device, const std::string& dom
 }
 
 int defaultsDomains(const std::filesystem::path& device, DefaultsIo io) {
-    const plat::DeviceRoot root(device);
+    const plat::HostDeviceRoot root(device);
     std::vector<std::string> domains;
     for (const std::string& name : root.contentsOfDirectory(kPreferences))
         if (name.size() > 6 && name.ends_with(".plist"))
@@ -131,7 +131,7 @@ int defaultsDomains(const std::filesystem::path& device, DefaultsIo io) {
 
 int defaultsExport(const std::filesystem::path& device, const std::string& domain,
                    const std::string& file, DefaultsIo io) {
-    const plat::Value values = readDomain(plat::DeviceRoot(device), domain);
+    const plat::Value values = readDomain(plat::HostDeviceRoot(device), domain);
     if (values.isNil()) return fail(io, "the domain " + domain + " does not exist");
     std::string why;
     const auto bytes = plat::dataFromPropertyList(values, plat::PropertyListFormat::XML, &why);
@@ -148,7 +148,7 @@ int defaultsImport(const std::filesystem::path& device, const std::string& domai
     if (!values.isDictionary())
         return fail(io, (file == "-" ? std::string("standard input") : file) +
                             " does not hold a property list dictionary");
-    if (!writeDomain(plat::DeviceRoot(device), domain, values))
+    if (!writeDomain(plat::HostDeviceRoot(device), domain, values))
         return fail(io, "cannot write the domain " + domain);
     return kExitOk;
 }

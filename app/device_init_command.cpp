@@ -13,7 +13,7 @@
 #include "device/device_import.h"
 #include "device/device_init.h"
 #include "device/generated_apps.h"
-#include "platform/system/device_root.h"
+#include "platform/system/host_device_root.h"
 
 namespace velto::app {
 
@@ -115,7 +115,7 @@ int runDeviceInit(const DeviceInitRequest& request, bool json) {
         // Over the new device, so the real one's package database and system version win.
         if (!request.from.empty())
             imported = device::importDeviceFiles(
-                plat::DeviceRoot(std::filesystem::canonical(request.folder)), request.from);
+                plat::HostDeviceRoot(std::filesystem::canonical(request.folder)), request.from);
     } catch (const std::exception& e) {
         return fail(json, e.what());
     }

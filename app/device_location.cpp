@@ -9,7 +9,7 @@
 #include "device/demo_device.h"
 #include "device/device_init.h"
 #include "device/device_profile.h"
-#include "platform/system/device_root.h"
+#include "platform/system/host_device_root.h"
 
 #ifndef VELTO_RESOURCES_DIR
 #error "VELTO_RESOURCES_DIR must name the bundle's resources folder"
@@ -106,7 +106,7 @@ fs::path prepareDevice(const std::optional<std::string>& device) {
     const fs::path folder = demoDeviceFolder();
     if (!fs::exists(folder / fs::path(device::kDeviceProfile).relative_path()))
         makeDemoDevice(folder);
-    device::installBundle(plat::DeviceRoot(fs::canonical(folder)), resourcesFolder());
+    device::installBundle(plat::HostDeviceRoot(fs::canonical(folder)), resourcesFolder());
     return fs::canonical(folder);
 }
 

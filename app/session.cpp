@@ -25,7 +25,14 @@ plat::Process::Options processOptions() {
 }  // namespace
 
 Session::Session(const std::filesystem::path& deviceRoot, bool startInterface)
-    : process_(std::make_unique<plat::Process>(deviceRoot, processOptions())),
+    : Session(std::make_unique<plat::Process>(deviceRoot, processOptions()), startInterface) {}
+
+Session::Session(std::shared_ptr<plat::DeviceRoot> device, bool startInterface)
+    : Session(std::make_unique<plat::Process>(std::move(device), processOptions()),
+              startInterface) {}
+
+Session::Session(std::unique_ptr<plat::Process> process, bool startInterface)
+    : process_(std::move(process)),
       scope_(std::make_unique<plat::ProcessScope>(*process_)),
       navigation_(std::make_shared<plat::NavigationController>()) {
     velto::registerBundleClasses();

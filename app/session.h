@@ -23,6 +23,8 @@ class Session {
     // With `startInterface` false the process runs but no page exists until
     // restartInterface(), so that a caller can look at a root page that fails to build.
     Session(const std::filesystem::path& deviceRoot, bool startInterface);
+    // On any device, one in memory included.
+    Session(std::shared_ptr<plat::DeviceRoot> device, bool startInterface);
     ~Session();
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;
@@ -59,6 +61,8 @@ class Session {
   private:
     void startUserInterface();
     plat::Size contentSize() const;
+
+    Session(std::unique_ptr<plat::Process> process, bool startInterface);
 
     std::unique_ptr<plat::Process> process_;
     std::unique_ptr<plat::ProcessScope> scope_;

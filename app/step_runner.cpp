@@ -209,7 +209,8 @@ void StepRunner::perform(const Step& step) {
         case StepKind::Watch: {
             const WatchLimits limits = parseWatchLimits(step.argument);
             WatchPlaces places;
-            places.device = session_.process().root().hostRoot();
+            places.device =
+                session_.process().root().hostLocation().value_or(std::filesystem::path());
             watchTopPage(*this, renderer_, watchPlaces_.value_or(places), limits);
             return;
         }

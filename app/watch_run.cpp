@@ -15,7 +15,7 @@
 #include "app/step_error.h"
 #include "app/step_runner.h"
 #include "device/bundle_install.h"
-#include "platform/system/device_root.h"
+#include "platform/system/host_device_root.h"
 
 namespace velto::app {
 
@@ -146,7 +146,7 @@ void watchTopPage(StepRunner& runner, Renderer& renderer, const WatchPlaces& pla
         renderer.note(note + "\n");
         if (resourcesChanged && places.resources) {
             try {
-                device::installBundle(plat::DeviceRoot(places.device), *places.resources);
+                device::installBundle(plat::HostDeviceRoot(places.device), *places.resources);
             } catch (const std::exception& e) {
                 renderer.error("watch", e.what());
             }

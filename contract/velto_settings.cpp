@@ -2,8 +2,6 @@
 
 #include <algorithm>
 
-#include <sys/stat.h>
-
 #include "platform/foundation/plist.h"
 #include "platform/foundation/plist_file.h"
 #include "platform/system/process.h"
@@ -36,14 +34,9 @@ std::shared_ptr<VeltoSettings> VeltoSettings::sharedSettings() {
 
 VeltoSettings::FileStamp VeltoSettings::stampOfFile() {
     FileStamp stamp;
-    auto path = plat::Process::current().root().resolve(kSettingsPath);
-    struct stat info {};
-    if (path && ::stat(path->c_str(), &info) == 0) {
+    if (const auto status = plat::Process::current().root().status(kSettingsPath)) {
         stamp.exists = true;
-        stamp.inode = info.st_ino;
-        stamp.size = static_cast<std::uintmax_t>(info.st_size);
-        stamp.modified =
-            static_cast<std::int64_t>(info.st_mtim.tv_sec) * 1000000000 + info.st_mtim.tv_nsec;
+        stamp.version = status->version;
     }
     return stamp;
 }

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "platform/foundation/value.h"
+#include "platform/system/device_root.h"
 
 namespace velto {
 
@@ -60,8 +61,7 @@ class VeltoSettings {
 
     struct FileStamp {
         bool exists = false;
-        std::uintmax_t inode = 0, size = 0;
-        std::int64_t modified = 0;
+        plat::FileVersion version;
         friend bool operator==(const FileStamp&, const FileStamp&) = default;
     };
     static FileStamp stampOfFile();

@@ -4,7 +4,6 @@
 #include <cstdio>
 #include <cstring>
 #include <ctime>
-#include <fstream>
 #include <memory>
 #include <mutex>
 
@@ -133,10 +132,8 @@ void VeltoUtils::logMessage(const std::string& message) {
     auto& root = process.root();
     const std::string folder = "/var/mobile/Library/Logs/Velto";
     if (!root.fileExists(folder) && !root.createDirectory(folder, true)) return;
-    if (auto path = root.resolve(kLogFilePath)) {
-        std::ofstream(*path, std::ios::app)
-            << timestamp() << " [" << process.name() << "] " << message << '\n';
-    }
+    const std::string line = timestamp() + " [" + process.name() + "] " + message + "\n";
+    root.appendFile(kLogFilePath, plat::Bytes(line.begin(), line.end()));
 }
 
 }  // namespace velto

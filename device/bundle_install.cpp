@@ -36,7 +36,7 @@ std::size_t installBundle(const plat::DeviceRoot& root, const fs::path& resource
         if (root.readFile(target) == bytes) continue;
         if (!root.createDirectory(parentOf(target), true) || !root.writeFile(target, bytes, true))
             throw std::runtime_error("cannot install " + relative + " into the device at " +
-                                     root.hostRoot().string());
+                                     root.describe());
         ++written;
     }
     if (ec) throw std::runtime_error("cannot read " + resources.string() + ": " + ec.message());

@@ -106,7 +106,7 @@ std::size_t copyWanted(const plat::DeviceRoot& root, const fs::path& top, const 
         if (!root.createDirectory(parentOf(target), true) ||
             !root.writeFile(target, readFile(it->path()), true))
             throw std::runtime_error("cannot write " + target + " into the device at " +
-                                     root.hostRoot().string());
+                                     root.describe());
         ++copied;
     }
     return copied;

@@ -8,15 +8,15 @@
 #include "device/device_profile.h"
 #include "device/package_database.h"
 #include "device/plist_writing.h"
-#include "platform/system/device_root.h"
+#include "platform/system/host_device_root.h"
 
 namespace velto::device {
 
 namespace {
 
-void require(bool ok, const std::string& what, const std::filesystem::path& folder) {
+void require(bool ok, const std::string& what, const plat::DeviceRoot& root) {
     if (!ok)
-        throw std::runtime_error("cannot write " + what + " into the device at " + folder.string());
+        throw std::runtime_error("cannot write " + what + " into the device at " + root.describe());
 }
 
 bool writeExtensionLog(const plat::DeviceRoot& root, const std::string& text) {
@@ -34,30 +34,34 @@ void initDevice(const std::filesystem::path& folder, const DeviceOptions& option
     if (ec || !std::filesystem::is_directory(folder))
         throw std::runtime_error("cannot make the device folder " + folder.string() +
                                  (ec ? ": " + ec.message() : ""));
-    const plat::DeviceRoot root(std::filesystem::canonical(folder));
+    const plat::HostDeviceRoot root(std::filesystem::canonical(folder));
     // Run as root, a device written over / would rewrite the host's own package database.
     if (root.hostRoot() == root.hostRoot().root_path())
         throw std::runtime_error("refusing to write a device into /");
+    initDevice(root, options, resources);
+}
 
-    require(writeDeviceProfile(root, options), "the device profile", folder);
-    require(writeSystemVersion(root, options.systemVersion), "the system version", folder);
+void initDevice(const plat::DeviceRoot& root, const DeviceOptions& options,
+                const std::filesystem::path& resources) {
+    require(writeDeviceProfile(root, options), "the device profile", root);
+    require(writeSystemVersion(root, options.systemVersion), "the system version", root);
     // The bundle writes its settings here and expects the folder to be there, as it is on a device.
     require(root.createDirectory("/var/mobile/Library/Preferences", true), "the preferences folder",
-            folder);
+            root);
     installBundle(root, resources);
     // Messages is part of every system the bundle runs on, and so is its data container, where
     // the bundle keeps a copy of the default contact picture.
     require(!installDataContainer(root, "com.apple.MobileSMS").empty(),
-            "the Messages data container", folder);
+            "the Messages data container", root);
     for (const AppChoice& app : options.apps)
         require(!installApp(root, app, options.family, options.scale).empty(),
-                "the application " + app.bundleIdentifier, folder);
-    require(writePackageDatabase(root, options.packages), "the package database", folder);
+                "the application " + app.bundleIdentifier, root);
+    require(writePackageDatabase(root, options.packages), "the package database", root);
     if (!options.extensionLog.empty())
-        require(writeExtensionLog(root, options.extensionLog), "the extension's log", folder);
+        require(writeExtensionLog(root, options.extensionLog), "the extension's log", root);
     if (!options.mainSettings.isNil())
         require(writeBinaryPlist(root, kMainSettingsFile, options.mainSettings),
-                "the main settings file", folder);
+                "the main settings file", root);
 }
 
 }  // namespace velto::device

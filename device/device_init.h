@@ -4,6 +4,10 @@
 
 #include "device/device_options.h"
 
+namespace plat {
+class DeviceRoot;
+}
+
 namespace velto::device {
 
 inline constexpr const char* kMainSettingsFile =
@@ -15,6 +19,9 @@ inline constexpr const char* kMainSettingsFile =
 // main settings file. Throws std::runtime_error, saying what failed, when a file cannot be
 // written.
 void initDevice(const std::filesystem::path& folder, const DeviceOptions& options,
+                const std::filesystem::path& resources);
+// The same on any device, one in memory included.
+void initDevice(const plat::DeviceRoot& root, const DeviceOptions& options,
                 const std::filesystem::path& resources);
 
 }  // namespace velto::device

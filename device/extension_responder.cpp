@@ -60,17 +60,16 @@ plat::Value productInformation(const plat::DeviceRoot& root) {
 
 }  // namespace
 
-plat::MessageResponder extensionResponder(std::filesystem::path deviceRoot) {
-    return
-        [deviceRoot = std::move(deviceRoot)](const std::string& center, const std::string& message,
-                                             const plat::Value& userInfo) -> plat::Value {
-            if (center != requests::kCenterName) return plat::Value();
-            const plat::DeviceRoot root(deviceRoot);
-            if (message == requests::kAppIcon) return appIcon(root, userInfo);
-            if (message == requests::kApps) return applicationRecords(root);
-            if (message == requests::kProduct) return productInformation(root);
-            return plat::Value();
-        };
+plat::MessageResponder extensionResponder(std::shared_ptr<const plat::DeviceRoot> device) {
+    return [device = std::move(device)](const std::string& center, const std::string& message,
+                                        const plat::Value& userInfo) -> plat::Value {
+        if (center != requests::kCenterName) return plat::Value();
+        const plat::DeviceRoot& root = *device;
+        if (message == requests::kAppIcon) return appIcon(root, userInfo);
+        if (message == requests::kApps) return applicationRecords(root);
+        if (message == requests::kProduct) return productInformation(root);
+        return plat::Value();
+    };
 }
 
 void attachExtension(plat::Process& process) {
@@ -78,7 +77,7 @@ void attachExtension(plat::Process& process) {
         process.messageCenters().setResponder({});
         return;
     }
-    process.messageCenters().setResponder(extensionResponder(process.root().hostRoot()));
+    process.messageCenters().setResponder(extensionResponder(process.sharedRoot()));
 }
 
 }  // namespace velto::device

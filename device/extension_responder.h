@@ -1,12 +1,13 @@
 #pragma once
 
-#include <filesystem>
+#include <memory>
 
 #include "platform/system/message_center.h"
 
 namespace plat {
+class DeviceRoot;
 class Process;
-}
+}  // namespace plat
 
 namespace velto::device {
 
@@ -23,7 +24,7 @@ namespace velto::device {
 // Anything it does not know gets no reply. An app or package it cannot find gets a reply
 // without payload, as SpringBoard answers when it has nothing to give. The device is read
 // afresh for every request, so applications installed meanwhile are seen.
-plat::MessageResponder extensionResponder(std::filesystem::path deviceRoot);
+plat::MessageResponder extensionResponder(std::shared_ptr<const plat::DeviceRoot> device);
 
 // Puts the extension in place for a process on its device, unless the device's profile says
 // the extension does not answer (then requests simply get no reply).

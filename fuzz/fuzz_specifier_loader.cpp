@@ -3,32 +3,28 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
-#include <filesystem>
 #include <memory>
-
-#include <unistd.h>
 
 #include "platform/prefs/specifier_loader.h"
 #include "platform/system/bundle.h"
+#include "platform/system/memory_device_root.h"
 #include "platform/system/process.h"
 
 namespace {
 
 const char* const kBundle = "/System/Library/PreferenceBundles/Fuzz.bundle";
 
+// In memory: a run costs what the parser costs, not what the file system does.
 struct Device {
-    Device()
-        : root(std::filesystem::temp_directory_path() /
-               ("fuzz-specifier-loader-" + std::to_string(::getpid()))) {
-        std::filesystem::create_directories(root);
+    Device() {
         plat::Process::Options options;
         options.echoLog = false;
-        process = std::make_unique<plat::Process>(root, options);
+        process =
+            std::make_unique<plat::Process>(std::make_shared<plat::MemoryDeviceRoot>(), options);
         scope = std::make_unique<plat::ProcessScope>(*process);
         // Writes go straight into the bundle's folder, which must be there first.
         if (!process->root().createDirectory(kBundle, true)) std::abort();
     }
-    std::filesystem::path root;
     std::unique_ptr<plat::Process> process;
     std::unique_ptr<plat::ProcessScope> scope;
 };

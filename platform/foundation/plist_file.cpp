@@ -2,7 +2,6 @@
 
 #include <cstdio>
 #include <ctime>
-#include <filesystem>
 #include "platform/foundation/plist.h"
 
 #include "platform/system/device_root.h"
@@ -27,20 +26,15 @@ Value readRoot(const DeviceRoot& root, std::string_view devicePath, Value::Type 
 void setAsideUnreadable(const DeviceRoot& root, std::string_view devicePath) {
     if (!root.fileExists(devicePath)) return;
     if (readRoot(root, devicePath, Value::Type::Dictionary).isDictionary()) return;
-    const auto host = root.resolve(devicePath);
-    if (!host) return;
     char stamp[32];
     const std::time_t now = std::time(nullptr);
     std::tm utc{};
     gmtime_r(&now, &utc);
     std::strftime(stamp, sizeof stamp, "%Y%m%dT%H%M%SZ", &utc);
-    std::string suffix = std::string(".unreadable-") + stamp;
-    std::error_code ec;
-    for (int n = 1;
-         std::filesystem::exists(std::filesystem::symlink_status(host->string() + suffix, ec)); ++n)
-        suffix = std::string(".unreadable-") + stamp + "-" + std::to_string(n);
-    const std::string aside = std::string(devicePath) + suffix;
-    const bool moved = std::rename(host->c_str(), (host->string() + suffix).c_str()) == 0;
+    std::string aside = std::string(devicePath) + ".unreadable-" + stamp;
+    for (int n = 1; root.status(aside); ++n)
+        aside = std::string(devicePath) + ".unreadable-" + stamp + "-" + std::to_string(n);
+    const bool moved = root.moveItem(devicePath, aside);
     const std::string line = std::string(moved ? "Moved" : "Could not move") +
                              " the unreadable property list " + std::string(devicePath) +
                              " aside to " + aside;

@@ -66,8 +66,11 @@ class Process {
         bool echoLog = true;  // NSLog lines to standard error
     };
 
+    // A device in a host folder, made (with its parents) when it is not there yet.
     explicit Process(std::filesystem::path deviceRoot);
     Process(std::filesystem::path deviceRoot, Options options);
+    // Any device: one in memory, say.
+    Process(std::shared_ptr<DeviceRoot> deviceRoot, Options options);
     ~Process();
     Process(const Process&) = delete;
     Process& operator=(const Process&) = delete;
@@ -77,7 +80,9 @@ class Process {
     static Process* tryCurrent();
 
     const std::string& name() const { return options_.name; }
-    DeviceRoot& root() { return root_; }
+    DeviceRoot& root() { return *root_; }
+    // For what must keep the device beyond a call (the extension's answers).
+    const std::shared_ptr<DeviceRoot>& sharedRoot() { return root_; }
     Journal& journal() { return journal_; }
     Logger& logger() { return logger_; }
     DarwinNotifyCenter& darwin() { return darwin_; }
@@ -102,7 +107,7 @@ class Process {
 
   private:
     Options options_;
-    DeviceRoot root_;
+    std::shared_ptr<DeviceRoot> root_;
     Journal journal_;
     Logger logger_;
     NotificationCenter notificationCenter_;

@@ -1,7 +1,5 @@
 #include "platform/system/property_list_cache.h"
 
-#include <sys/stat.h>
-
 #include "platform/foundation/plist.h"
 #include "platform/system/device_root.h"
 #include "platform/system/file_version.h"
@@ -16,13 +14,13 @@ FileVersionCache<Value> parsed(512);
 }  // namespace
 
 Value cachedPropertyList(const DeviceRoot& root, std::string_view devicePath) {
-    const auto host = root.resolve(devicePath);
-    struct stat info {};
-    if (!host || ::stat(host->c_str(), &info) != 0 || !S_ISREG(info.st_mode)) return Value();
-    if (auto kept = parsed.find(host->string(), info)) return *kept;
+    const auto status = root.status(devicePath);
+    if (!status || status->kind != FileKind::File) return Value();
+    const std::string key = FileVersionCache<Value>::keyOf(root, devicePath);
+    if (auto kept = parsed.find(key, status->version)) return *kept;
     const auto bytes = root.readFile(devicePath);
     Value contents = bytes ? propertyListFromData(*bytes) : Value();
-    parsed.keep(host->string(), info, contents);
+    parsed.keep(key, status->version, contents);
     return contents;
 }
 

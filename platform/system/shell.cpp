@@ -19,6 +19,9 @@ namespace plat {
 
 namespace {
 
+// What the commands a bundle runs read of the device: dpkg-query's package database.
+constexpr std::string_view kPackageFolder = "/var/lib/dpkg";
+
 // An interceptor speaks in exit statuses; pclose and system answer wait statuses.
 int waitStatusForExit(int exitStatus) {
     return (exitStatus & 0xff) << 8;
@@ -32,13 +35,14 @@ struct Launch {
     std::vector<char*> argv;
     std::vector<char*> envp;
 
-    Launch(const std::string& cmd, const DeviceRoot& root) : command(cmd) {
-        workingDirectory = root.hostRoot().string();
+    // `top` is the host folder that stands for the device's "/".
+    Launch(const std::string& cmd, const std::filesystem::path& top) : command(cmd) {
+        workingDirectory = top.string();
         // dpkg-query and friends read the device's package database, not the host's.
         const std::string admin = "DPKG_ADMINDIR=";
         for (char** e = environ; e && *e; ++e)
             if (std::string_view(*e).substr(0, admin.size()) != admin) environment.emplace_back(*e);
-        environment.push_back(admin + (root.hostRoot() / "var/lib/dpkg").string());
+        environment.push_back(admin + (top / "var/lib/dpkg").string());
         for (auto& e : environment)
             envp.push_back(e.data());
         envp.push_back(nullptr);
@@ -186,7 +190,9 @@ std::unique_ptr<Pipe> Shell::popen(const std::string& command, const std::string
             return std::make_unique<MemoryPipe>(found->second.second, found->second.first);
     }
 
-    Launch launch(command, root_);
+    const auto top = root_.hostFolderHolding(kPackageFolder);
+    if (!top) return std::make_unique<MemoryPipe>(std::string(), waitStatusForExit(127));
+    Launch launch(command, *top);
     int fds[2];
     if (::pipe2(fds, O_CLOEXEC) != 0) return nullptr;
     pid_t pid = launch.spawn(fds[1], true);
@@ -223,7 +229,9 @@ int Shell::system(const std::string& command) {
         if (auto result = interceptor_(command)) return waitStatusForExit(result->status);
     }
 
-    Launch launch(command, root_);
+    const auto top = root_.hostFolderHolding(kPackageFolder);
+    if (!top) return waitStatusForExit(127);
+    Launch launch(command, *top);
     pid_t pid = launch.spawn(-1, false);
     if (pid < 0) return waitStatusForExit(127);
     return waitFor(pid);

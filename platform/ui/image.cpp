@@ -11,8 +11,6 @@
 #include <mutex>
 #include <vector>
 
-#include <sys/stat.h>
-
 // After the standard headers: jpeglib.h expects size_t and FILE to be declared already.
 #include <cairo.h>
 #include <jpeglib.h>
@@ -388,12 +386,12 @@ std::shared_ptr<Image> Image::imageNamed(const std::string& name, const Bundle& 
     }
     for (const std::string& candidate : candidates) {
         const std::string path = stringByAppendingPathComponent(bundle.bundlePath(), candidate);
-        const auto host = process->root().resolve(path);
-        struct stat info {};
-        if (!host || ::stat(host->c_str(), &info) != 0 || !S_ISREG(info.st_mode)) continue;
-        if (auto image = namedImageCache().find(host->string(), info)) return *image;
+        const auto status = process->root().status(path);
+        if (!status || status->kind != FileKind::File) continue;
+        const std::string key = FileVersionCache<ImagePtr>::keyOf(process->root(), path);
+        if (auto image = namedImageCache().find(key, status->version)) return *image;
         if (auto image = imageWithContentsOfFile(path)) {
-            namedImageCache().keep(host->string(), info, image);
+            namedImageCache().keep(key, status->version, image);
             return image;
         }
     }

@@ -9,7 +9,7 @@
 #include "app/step_error.h"
 #include "app/ui_restart.h"
 #include "platform/foundation/plist_file.h"
-#include "platform/system/device_root.h"
+#include "platform/system/host_device_root.h"
 #include "tests/support/program_run.h"
 
 namespace apptest {
@@ -36,7 +36,7 @@ std::vector<json> journalOf(const json& page, const std::string& kind) {
 // loses its title, so a page shows the title of the row that opened it, or none.
 void editRootList(const std::string& device, const std::string& pageClass,
                   const std::string& masterSetter = "") {
-    const plat::DeviceRoot root(device);
+    const plat::HostDeviceRoot root(device);
     const std::string path = "/System/Library/PreferenceBundles/VeltoSettings.bundle/Velto.plist";
     const Value list = plat::dictionaryWithContentsOfFile(root, path);
     const Value items = list.objectForKey("items");

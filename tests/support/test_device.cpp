@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include "platform/foundation/plist.h"
+#include "platform/system/host_device_root.h"
 
 namespace testsupport {
 
@@ -38,7 +39,7 @@ TestDevice::~TestDevice() {
 }
 
 std::filesystem::path TestDevice::host(const std::string& devicePath) const {
-    auto resolved = process_->root().resolve(devicePath);
+    auto resolved = plat::HostDeviceRoot(root_).resolve(devicePath);
     if (!resolved) throw std::invalid_argument("path escapes the device root: " + devicePath);
     return *resolved;
 }

@@ -2,6 +2,7 @@
 // root that confines every path, with what is read from it (bundles, the device facts).
 
 #include "platform/system/process.h"
+#include "platform/system/host_device_root.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -160,7 +161,7 @@ class DeviceRootTest : public ::testing::Test {
   protected:
     testsupport::TestDevice host;
     fs::path rootPath = host.root() / "device";
-    DeviceRoot root{rootPath};
+    HostDeviceRoot root{rootPath};
 
     void SetUp() override { fs::create_directories(rootPath); }
 };
@@ -191,7 +192,7 @@ TEST_F(DeviceRootTest, DotDotAndLinksOutOfTheRootNeverReachTheHost) {
     fs::create_directory_symlink("private/var", rootPath / "var");
     EXPECT_EQ(root.readFile("/var/file.txt"), bytesOf("inside"));
     fs::create_directory_symlink(rootPath, host.root() / "alias");
-    EXPECT_EQ(DeviceRoot(host.root() / "alias/").readFile("/var/file.txt"), bytesOf("inside"));
+    EXPECT_EQ(HostDeviceRoot(host.root() / "alias/").readFile("/var/file.txt"), bytesOf("inside"));
 }
 
 TEST_F(DeviceRootTest, AtomicWritesReplaceTheFileInPlaceWritesKeepIt) {

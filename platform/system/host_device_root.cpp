@@ -1,0 +1,354 @@
+#include "platform/system/host_device_root.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+#include <cstdio>
+#include <cstring>
+#include <deque>
+#include <system_error>
+
+namespace plat {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// Where a host path really lies, symbolic links followed, the way realpath(3) would answer
+// but tolerating a missing tail. A dangling link is followed too (weakly_canonical would stop
+// in front of it), because writing through it would create its target.
+// `from` is where the walk starts (a real location already); `path` is relative to it, or
+// absolute.
+std::optional<fs::path> realLocation(const fs::path& path, fs::path from = "/") {
+    std::deque<fs::path> todo(path.begin(), path.end());
+    fs::path result = std::move(from);
+    if (!todo.empty() && todo.front() == "/") todo.pop_front();
+    int links = 0;
+    while (!todo.empty()) {
+        fs::path component = std::move(todo.front());
+        todo.pop_front();
+        if (component.empty() || component == ".") continue;
+        if (component == "..") {
+            result = result.parent_path();
+            continue;
+        }
+        fs::path next = result / component;
+        std::error_code ec;
+        auto status = fs::symlink_status(next, ec);
+        if (!ec && fs::is_symlink(status)) {
+            if (++links > 40) return std::nullopt;  // ELOOP, as the kernel would say
+            fs::path target = fs::read_symlink(next, ec);
+            if (ec) return std::nullopt;
+            if (target.is_absolute()) result = "/";
+            std::deque<fs::path> expanded(target.begin(), target.end());
+            if (!expanded.empty() && expanded.front() == "/") expanded.pop_front();
+            todo.insert(todo.begin(), expanded.begin(), expanded.end());
+            continue;
+        }
+        result = std::move(next);
+    }
+    return result;
+}
+
+// Where an existing host path really lies, by the kernel's own walk: one open, and the location
+// read back from the descriptor. Every file access resolves its path, and a walk of our own
+// costs an lstat per component. Nothing when the path or a link on it leads nowhere; the walk
+// above answers those.
+std::optional<fs::path> kernelLocation(const fs::path& path) {
+    const int fd = ::open(path.c_str(), O_PATH | O_CLOEXEC);
+    if (fd < 0) return std::nullopt;
+    char buffer[PATH_MAX];
+    const std::string descriptor = "/proc/self/fd/" + std::to_string(fd);
+    const ssize_t n = ::readlink(descriptor.c_str(), buffer, sizeof buffer);
+    ::close(fd);
+    if (n <= 0 || static_cast<std::size_t>(n) >= sizeof buffer || buffer[0] != '/')
+        return std::nullopt;
+    return fs::path(std::string(buffer, static_cast<std::size_t>(n)));
+}
+
+// Where a path that is not there would be made: below the nearest folder on it that is there,
+// when the name right under that folder is truly absent (not a link leading nowhere, which the
+// walk must follow). Asked most often for a file not made yet, or a table a bundle lacks.
+std::optional<fs::path> missingLocation(const fs::path& inside, const fs::path& realRoot) {
+    std::vector<fs::path> absent;
+    for (fs::path at = inside; !at.empty(); at = at.parent_path()) {
+        absent.push_back(at.filename());
+        const fs::path above = at.parent_path();
+        auto folder =
+            above.empty() ? std::optional<fs::path>(realRoot) : kernelLocation(realRoot / above);
+        if (!folder) {
+            if (errno != ENOENT) return std::nullopt;
+            continue;
+        }
+        struct stat status;
+        if (::lstat((*folder / absent.back()).c_str(), &status) == 0 || errno != ENOENT)
+            return std::nullopt;
+        fs::path real = *folder;
+        for (auto name = absent.rbegin(); name != absent.rend(); ++name)
+            real /= *name;
+        return real;
+    }
+    return std::nullopt;
+}
+
+bool isWithin(const fs::path& path, const fs::path& folder) {
+    auto p = path.begin();
+    for (auto f = folder.begin(); f != folder.end(); ++f, ++p) {
+        if (f->empty()) continue;  // a trailing separator on the folder
+        if (p == path.end() || *p != *f) return false;
+    }
+    return true;
+}
+
+std::string errnoText(int error) {
+    return std::strerror(error);
+}
+
+bool writeAll(int fd, const Bytes& bytes) {
+    std::size_t done = 0;
+    while (done < bytes.size()) {
+        ssize_t n = ::write(fd, bytes.data() + done, bytes.size() - done);
+        if (n < 0) {
+            if (errno == EINTR) continue;
+            return false;
+        }
+        done += static_cast<std::size_t>(n);
+    }
+    return true;
+}
+
+void setError(std::string* error, std::string text) {
+    if (error) *error = std::move(text);
+}
+
+FileStatus statusOf(const struct stat& info) {
+    FileStatus status;
+    status.kind = S_ISREG(info.st_mode)   ? FileKind::File
+                  : S_ISDIR(info.st_mode) ? FileKind::Folder
+                                          : FileKind::Other;
+    status.version.device = static_cast<std::uint64_t>(info.st_dev);
+    status.version.inode = static_cast<std::uint64_t>(info.st_ino);
+    status.version.size = static_cast<std::uint64_t>(info.st_size);
+    status.version.modified =
+        static_cast<std::int64_t>(info.st_mtim.tv_sec) * 1000000000 + info.st_mtim.tv_nsec;
+    return status;
+}
+
+}  // namespace
+
+HostDeviceRoot::HostDeviceRoot(fs::path hostRoot)
+    : hostRoot_(fs::absolute(std::move(hostRoot)).lexically_normal()) {
+    // "/tmp/root/" and "/tmp/root" must resolve alike.
+    if (!hostRoot_.has_filename() && hostRoot_.has_parent_path() &&
+        hostRoot_ != hostRoot_.root_path())
+        hostRoot_ = hostRoot_.parent_path();
+}
+
+std::optional<fs::path> HostDeviceRoot::resolve(std::string_view devicePath) const {
+    observe(devicePath);
+    // Lexically first, then for real below.
+    const auto parts = devicePathComponents(devicePath);
+    fs::path host = hostRoot_, inside;
+    for (auto part : parts) {
+        host /= fs::path(std::string(part));
+        inside /= fs::path(std::string(part));
+    }
+
+    // Then for real: a symbolic link inside the root may point anywhere on the host. The walk
+    // starts at the root's real location, found once: every file access passes here.
+    std::optional<fs::path> realRoot;
+    {
+        std::lock_guard lock(realRootMutex_);
+        if (!realRoot_) realRoot_ = realLocation(hostRoot_);
+        realRoot = realRoot_;
+    }
+    if (!realRoot) return std::nullopt;
+    auto real = kernelLocation(host);
+    if (!real) real = missingLocation(inside, *realRoot);
+    if (!real) real = realLocation(inside, *realRoot);
+    if (!real || !isWithin(*real, *realRoot)) return std::nullopt;
+    return host;
+}
+
+std::optional<FileStatus> HostDeviceRoot::status(std::string_view devicePath) const {
+    auto host = resolve(devicePath);
+    struct stat info {};
+    if (!host || ::stat(host->c_str(), &info) != 0) return std::nullopt;
+    return statusOf(info);
+}
+
+std::optional<Bytes> HostDeviceRoot::readFile(std::string_view devicePath,
+                                              std::uint64_t limit) const {
+    auto host = resolve(devicePath);
+    if (!host) return std::nullopt;
+    // The type and size first: opening a FIFO for reading waits for a writer for ever.
+    struct stat info {};
+    if (::stat(host->c_str(), &info) != 0 || !S_ISREG(info.st_mode) ||
+        static_cast<std::uint64_t>(info.st_size) > limit)
+        return std::nullopt;
+    // Non-blocking as well, for whatever replaced the file since.
+    int fd = ::open(host->c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    if (fd < 0) return std::nullopt;
+    if (::fstat(fd, &info) != 0 || !S_ISREG(info.st_mode) ||
+        static_cast<std::uint64_t>(info.st_size) > limit) {
+        ::close(fd);
+        return std::nullopt;
+    }
+    Bytes bytes;
+    bytes.reserve(static_cast<std::size_t>(info.st_size));
+    std::uint8_t chunk[16384];
+    for (;;) {
+        ssize_t n = ::read(fd, chunk, sizeof chunk);
+        if (n < 0) {
+            if (errno == EINTR) continue;
+            ::close(fd);
+            return std::nullopt;
+        }
+        if (n == 0) break;
+        // A file growing while we read stops at the limit too.
+        if (bytes.size() + static_cast<std::size_t>(n) > limit) {
+            ::close(fd);
+            return std::nullopt;
+        }
+        bytes.insert(bytes.end(), chunk, chunk + n);
+    }
+    ::close(fd);
+    return bytes;
+}
+
+bool HostDeviceRoot::writeFile(std::string_view devicePath, const Bytes& bytes,
+                               bool atomically) const {
+    auto host = resolve(devicePath);
+    if (!host || !host->has_filename()) return false;
+
+    if (!atomically) {
+        // Same inode: whoever holds the file open, or links to it, sees the new contents.
+        // Non-blocking: a FIFO without a reader fails at once instead of waiting for ever, and
+        // anything but a regular file is refused before it is written.
+        int fd = ::open(host->c_str(), O_WRONLY | O_CREAT | O_NONBLOCK | O_CLOEXEC, 0644);
+        if (fd < 0) return false;
+        struct stat info {};
+        if (::fstat(fd, &info) != 0 || !S_ISREG(info.st_mode) || ::ftruncate(fd, 0) != 0) {
+            ::close(fd);
+            return false;
+        }
+        bool ok = writeAll(fd, bytes);
+        return ::close(fd) == 0 && ok;
+    }
+
+    // Readers see the old file or the new one, never half of it.
+    // Built by appending: GCC 12 at -O3 takes `"." + name` for an overlapping copy.
+    std::string temp = host->parent_path() / ".";
+    temp += host->filename().string();
+    temp += ".XXXXXX";
+    int fd = ::mkstemp(temp.data());
+    if (fd < 0) return false;
+    bool ok = ::fchmod(fd, 0644) == 0 && writeAll(fd, bytes);
+    ok = ::close(fd) == 0 && ok;
+    if (ok) ok = ::rename(temp.c_str(), host->c_str()) == 0;
+    if (!ok) ::unlink(temp.c_str());
+    return ok;
+}
+
+bool HostDeviceRoot::createDirectory(std::string_view devicePath, bool withIntermediates,
+                                     std::string* error) const {
+    auto host = resolve(devicePath);
+    std::string shown(devicePath);
+    if (!host) {
+        setError(error, "Cannot create " + shown + ": outside the device");
+        return false;
+    }
+    std::error_code ec;
+    if (withIntermediates) {
+        // An existing folder is success here, as it is for the Foundation call.
+        fs::create_directories(*host, ec);
+        if (!ec && fs::is_directory(*host, ec)) return true;
+        if (!ec) ec = std::make_error_code(std::errc::file_exists);
+    } else {
+        bool made = fs::create_directory(*host, ec);
+        if (made) return true;
+        if (!ec) ec = std::make_error_code(std::errc::file_exists);
+    }
+    setError(error, "Cannot create " + shown + ": " + ec.message());
+    return false;
+}
+
+bool HostDeviceRoot::removeItem(std::string_view devicePath, std::string* error) const {
+    auto host = resolve(devicePath);
+    std::string shown(devicePath);
+    if (!host) {
+        setError(error, "Cannot remove " + shown + ": outside the device");
+        return false;
+    }
+    if (*host == hostRoot_) {
+        setError(error, "Cannot remove " + shown + ": " + errnoText(EPERM));
+        return false;
+    }
+    std::error_code ec;
+    // symlink_status: a link is removed itself, never what it points to.
+    if (!fs::exists(fs::symlink_status(*host, ec))) {
+        setError(error, "Cannot remove " + shown + ": " + errnoText(ENOENT));
+        return false;
+    }
+    fs::remove_all(*host, ec);
+    if (ec) {
+        setError(error, "Cannot remove " + shown + ": " + ec.message());
+        return false;
+    }
+    return true;
+}
+
+bool HostDeviceRoot::appendFile(std::string_view devicePath, const Bytes& bytes) const {
+    auto host = resolve(devicePath);
+    if (!host || !host->has_filename()) return false;
+    int fd = ::open(host->c_str(), O_WRONLY | O_CREAT | O_APPEND | O_NONBLOCK | O_CLOEXEC, 0644);
+    if (fd < 0) return false;
+    struct stat info {};
+    bool ok = ::fstat(fd, &info) == 0 && S_ISREG(info.st_mode) && writeAll(fd, bytes);
+    return ::close(fd) == 0 && ok;
+}
+
+bool HostDeviceRoot::moveItem(std::string_view from, std::string_view to,
+                              std::string* error) const {
+    const auto source = resolve(from);
+    const auto target = resolve(to);
+    const std::string shown = "Cannot move " + std::string(from) + " to " + std::string(to);
+    if (!source || !target) {
+        setError(error, shown + ": outside the device");
+        return false;
+    }
+    // renameat2 with RENAME_NOREPLACE is not everywhere; a link-then-unlink would not move
+    // folders. Racing writers of the destination are not a concern of this process.
+    struct stat info {};
+    if (::lstat(target->c_str(), &info) == 0) {
+        setError(error, shown + ": " + errnoText(EEXIST));
+        return false;
+    }
+    if (std::rename(source->c_str(), target->c_str()) != 0) {
+        setError(error, shown + ": " + errnoText(errno));
+        return false;
+    }
+    return true;
+}
+
+std::optional<fs::path> HostDeviceRoot::hostFolderHolding(std::string_view) const {
+    return hostRoot_;
+}
+
+std::vector<std::string> HostDeviceRoot::contentsOfDirectory(std::string_view devicePath) const {
+    std::vector<std::string> names;
+    auto host = resolve(devicePath);
+    if (!host) return names;
+    std::error_code ec;
+    for (fs::directory_iterator it(*host, ec), end; !ec && it != end; it.increment(ec))
+        names.push_back(it->path().filename().string());
+    if (ec) return {};
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+}  // namespace plat

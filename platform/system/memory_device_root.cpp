@@ -1,0 +1,299 @@
+#include "platform/system/memory_device_root.h"
+
+#include <stdlib.h>
+
+#include <atomic>
+#include <cerrno>
+#include <cstring>
+#include <fstream>
+
+namespace plat {
+
+namespace fs = std::filesystem;
+
+struct MemoryDeviceRoot::Node {
+    bool folder = false;
+    // Shared with readers, who copy outside the lock.
+    std::shared_ptr<const Bytes> data;
+    std::map<std::string, std::unique_ptr<Node>, std::less<>> children;
+    FileVersion version;
+};
+
+namespace {
+
+using Node = MemoryDeviceRoot::Node;
+using Parts = std::vector<std::string_view>;
+
+// A version is never seen twice in a process, whichever device it came from: caches keyed by
+// version then cannot mistake a file of one device for another's.
+constexpr std::uint64_t kMemoryDevice = ~std::uint64_t{0};
+std::atomic<std::uint64_t> serial{1};
+
+std::uint64_t nextSerial() {
+    return serial.fetch_add(1, std::memory_order_relaxed);
+}
+
+std::unique_ptr<Node> newNode(bool folder) {
+    auto node = std::make_unique<Node>();
+    node->folder = folder;
+    node->version = {kMemoryDevice, nextSerial(), 0, static_cast<std::int64_t>(nextSerial())};
+    if (!folder) node->data = std::make_shared<const Bytes>();
+    return node;
+}
+
+void setContents(Node& node, Bytes bytes) {
+    node.version.size = bytes.size();
+    node.version.modified = static_cast<std::int64_t>(nextSerial());
+    node.data = std::make_shared<const Bytes>(std::move(bytes));
+}
+
+Node* child(Node& folder, std::string_view name) {
+    if (!folder.folder) return nullptr;
+    auto found = folder.children.find(name);
+    return found == folder.children.end() ? nullptr : found->second.get();
+}
+
+Node* walk(Node& top, const Parts& parts, std::size_t count) {
+    Node* at = &top;
+    for (std::size_t i = 0; at && i < count; ++i)
+        at = child(*at, parts[i]);
+    return at;
+}
+
+Node* find(Node& top, const Parts& parts) {
+    return walk(top, parts, parts.size());
+}
+
+// The folder a new entry at `parts` goes into, or nullptr when there is none.
+Node* parentFolder(Node& top, const Parts& parts) {
+    if (parts.empty()) return nullptr;
+    Node* parent = walk(top, parts, parts.size() - 1);
+    return parent && parent->folder ? parent : nullptr;
+}
+
+void setError(std::string* error, std::string_view verb, std::string_view path, int code) {
+    if (error) *error = std::string(verb) + " " + std::string(path) + ": " + std::strerror(code);
+}
+
+std::string joined(const Parts& parts) {
+    std::string path;
+    for (auto part : parts)
+        path += "/" + std::string(part);
+    return path.empty() ? "/" : path;
+}
+
+// Which versions a folder's files have: equal fingerprints, nothing there has changed.
+void fingerprint(const Node& node, const std::string& path, std::string& out) {
+    out += path + ":" + std::to_string(node.version.inode) + ":" +
+           std::to_string(node.version.modified) + "\n";
+    for (const auto& [name, entry] : node.children)
+        fingerprint(*entry, path + "/" + name, out);
+}
+
+bool writeOut(const Node& node, const fs::path& host) {
+    std::error_code ec;
+    if (node.folder) {
+        fs::create_directories(host, ec);
+        if (ec) return false;
+        for (const auto& [name, entry] : node.children)
+            if (!writeOut(*entry, host / name)) return false;
+        return true;
+    }
+    std::ofstream out(host, std::ios::binary | std::ios::trunc);
+    out.write(reinterpret_cast<const char*>(node.data->data()),
+              static_cast<std::streamsize>(node.data->size()));
+    return static_cast<bool>(out);
+}
+
+}  // namespace
+
+MemoryDeviceRoot::MemoryDeviceRoot() : number_(nextSerial()), top_(newNode(true)) {}
+
+MemoryDeviceRoot::~MemoryDeviceRoot() {
+    std::error_code ec;
+    if (!exported_.empty()) fs::remove_all(exported_, ec);
+}
+
+std::string MemoryDeviceRoot::describe() const {
+    return "device in memory #" + std::to_string(number_);
+}
+
+std::optional<FileStatus> MemoryDeviceRoot::status(std::string_view devicePath) const {
+    observe(devicePath);
+    const Parts parts = devicePathComponents(devicePath);
+    std::lock_guard lock(mutex_);
+    const Node* node = find(*top_, parts);
+    if (!node) return std::nullopt;
+    return FileStatus{node->folder ? FileKind::Folder : FileKind::File, node->version};
+}
+
+std::optional<Bytes> MemoryDeviceRoot::readFile(std::string_view devicePath,
+                                                std::uint64_t limit) const {
+    observe(devicePath);
+    const Parts parts = devicePathComponents(devicePath);
+    std::shared_ptr<const Bytes> data;
+    {
+        std::lock_guard lock(mutex_);
+        const Node* node = find(*top_, parts);
+        if (!node || node->folder) return std::nullopt;
+        data = node->data;
+    }
+    if (data->size() > limit) return std::nullopt;
+    return *data;
+}
+
+bool MemoryDeviceRoot::writeFile(std::string_view devicePath, const Bytes& bytes,
+                                 bool atomically) const {
+    observe(devicePath);
+    const Parts parts = devicePathComponents(devicePath);
+    Bytes contents = bytes;
+    std::lock_guard lock(mutex_);
+    Node* parent = parentFolder(*top_, parts);
+    if (!parent) return false;
+    auto& slot = parent->children[std::string(parts.back())];
+    if (slot && slot->folder) return false;
+    // Atomically, a new file replaces the old one; in place, the file stays itself.
+    if (!slot || atomically) slot = newNode(false);
+    setContents(*slot, std::move(contents));
+    return true;
+}
+
+bool MemoryDeviceRoot::appendFile(std::string_view devicePath, const Bytes& bytes) const {
+    observe(devicePath);
+    const Parts parts = devicePathComponents(devicePath);
+    std::lock_guard lock(mutex_);
+    Node* parent = parentFolder(*top_, parts);
+    if (!parent) return false;
+    auto& slot = parent->children[std::string(parts.back())];
+    if (!slot) slot = newNode(false);
+    if (slot->folder) return false;
+    Bytes contents = *slot->data;
+    contents.insert(contents.end(), bytes.begin(), bytes.end());
+    setContents(*slot, std::move(contents));
+    return true;
+}
+
+bool MemoryDeviceRoot::createDirectory(std::string_view devicePath, bool withIntermediates,
+                                       std::string* error) const {
+    observe(devicePath);
+    const Parts parts = devicePathComponents(devicePath);
+    std::lock_guard lock(mutex_);
+    Node* at = top_.get();
+    for (std::size_t i = 0; i < parts.size(); ++i) {
+        const bool last = i + 1 == parts.size();
+        Node* next = child(*at, parts[i]);
+        if (!next) {
+            if (!last && !withIntermediates) {
+                setError(error, "Cannot create", devicePath, ENOENT);
+                return false;
+            }
+            next = at->children.emplace(std::string(parts[i]), newNode(true)).first->second.get();
+        } else if (!next->folder) {
+            setError(error, "Cannot create", devicePath, last ? EEXIST : ENOTDIR);
+            return false;
+        } else if (last && !withIntermediates) {
+            setError(error, "Cannot create", devicePath, EEXIST);
+            return false;
+        }
+        at = next;
+    }
+    // An existing folder is success with intermediates, as it is for the Foundation call.
+    if (parts.empty() && !withIntermediates) {
+        setError(error, "Cannot create", devicePath, EEXIST);
+        return false;
+    }
+    return true;
+}
+
+bool MemoryDeviceRoot::removeItem(std::string_view devicePath, std::string* error) const {
+    observe(devicePath);
+    const Parts parts = devicePathComponents(devicePath);
+    std::lock_guard lock(mutex_);
+    if (parts.empty()) {
+        setError(error, "Cannot remove", devicePath, EPERM);
+        return false;
+    }
+    if (Node* parent = parentFolder(*top_, parts)) {
+        const auto found = parent->children.find(parts.back());
+        if (found != parent->children.end()) {
+            parent->children.erase(found);
+            return true;
+        }
+    }
+    setError(error, "Cannot remove", devicePath, ENOENT);
+    return false;
+}
+
+bool MemoryDeviceRoot::moveItem(std::string_view from, std::string_view to,
+                                std::string* error) const {
+    observe(from);
+    observe(to);
+    const Parts source = devicePathComponents(from);
+    const Parts target = devicePathComponents(to);
+    const std::string verb = "Cannot move " + std::string(from) + " to";
+    std::lock_guard lock(mutex_);
+    Node* sourceParent = parentFolder(*top_, source);
+    Node* targetParent = parentFolder(*top_, target);
+    if (!sourceParent || !child(*sourceParent, source.back()) || !targetParent) {
+        setError(error, verb, to, ENOENT);
+        return false;
+    }
+    if (child(*targetParent, target.back())) {
+        setError(error, verb, to, EEXIST);
+        return false;
+    }
+    // A folder cannot go inside itself.
+    if (target.size() > source.size() && std::equal(source.begin(), source.end(), target.begin())) {
+        setError(error, verb, to, EINVAL);
+        return false;
+    }
+    const auto found = sourceParent->children.find(source.back());
+    auto moving = std::move(found->second);
+    sourceParent->children.erase(found);
+    targetParent->children.emplace(std::string(target.back()), std::move(moving));
+    return true;
+}
+
+std::vector<std::string> MemoryDeviceRoot::contentsOfDirectory(std::string_view devicePath) const {
+    observe(devicePath);
+    const Parts parts = devicePathComponents(devicePath);
+    std::vector<std::string> names;
+    std::lock_guard lock(mutex_);
+    const Node* node = find(*top_, parts);
+    if (!node || !node->folder) return names;
+    for (const auto& entry : node->children)
+        names.push_back(entry.first);
+    return names;
+}
+
+std::optional<fs::path> MemoryDeviceRoot::hostFolderHolding(std::string_view deviceFolder) const {
+    const Parts parts = devicePathComponents(deviceFolder);
+    const std::string key = joined(parts);
+    std::lock_guard lock(mutex_);
+    if (exported_.empty()) {
+        std::string pattern = (fs::temp_directory_path() / "velto-device-XXXXXX").string();
+        if (!::mkdtemp(pattern.data())) return std::nullopt;
+        exported_ = pattern;
+    }
+    const Node* node = find(*top_, parts);
+    std::string version;
+    if (node) fingerprint(*node, key, version);
+    auto& known = exportedVersions_[key];
+    if (known == version && !version.empty()) return exported_;
+    fs::path host = exported_;
+    for (auto part : parts)
+        host /= std::string(part);
+    std::error_code ec;
+    fs::remove_all(host, ec);
+    if (node) {
+        fs::create_directories(host.parent_path(), ec);
+        if (!writeOut(*node, host)) {
+            known.clear();
+            return std::nullopt;
+        }
+    }
+    known = version;
+    return exported_;
+}
+
+}  // namespace plat

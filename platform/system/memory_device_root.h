@@ -1,0 +1,54 @@
+#pragma once
+
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+
+#include "platform/system/device_root.h"
+
+namespace plat {
+
+// A device whose files live in this process: no system call per access, so a tool can open
+// thousands of devices in the time the host takes for a few (the resource check), and tests
+// and fuzzers start from a clean device for free. No symbolic links: nothing the product
+// writes makes one.
+class MemoryDeviceRoot final : public DeviceRoot {
+  public:
+    MemoryDeviceRoot();
+    ~MemoryDeviceRoot() override;
+    MemoryDeviceRoot(const MemoryDeviceRoot&) = delete;
+    MemoryDeviceRoot& operator=(const MemoryDeviceRoot&) = delete;
+
+    std::optional<FileStatus> status(std::string_view devicePath) const override;
+    std::optional<Bytes> readFile(std::string_view devicePath,
+                                  std::uint64_t limit = kReadLimit) const override;
+    bool writeFile(std::string_view devicePath, const Bytes& bytes, bool atomically) const override;
+    bool appendFile(std::string_view devicePath, const Bytes& bytes) const override;
+    bool createDirectory(std::string_view devicePath, bool withIntermediates,
+                         std::string* error = nullptr) const override;
+    bool removeItem(std::string_view devicePath, std::string* error = nullptr) const override;
+    bool moveItem(std::string_view from, std::string_view to,
+                  std::string* error = nullptr) const override;
+    std::vector<std::string> contentsOfDirectory(std::string_view devicePath) const override;
+    // Written out to a private temporary folder on first use, and again whenever the folder
+    // asked for has changed since; the folder goes when the device does.
+    std::optional<std::filesystem::path> hostFolderHolding(
+        std::string_view deviceFolder) const override;
+    std::optional<std::filesystem::path> hostLocation() const override { return std::nullopt; }
+    std::string describe() const override;
+    std::string identity() const override { return describe(); }
+
+    struct Node;
+
+  private:
+    std::uint64_t number_;
+    mutable std::mutex mutex_;
+    std::unique_ptr<Node> top_;
+    mutable std::filesystem::path exported_;
+    mutable std::map<std::string, std::string> exportedVersions_;
+};
+
+}  // namespace plat

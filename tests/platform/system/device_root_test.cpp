@@ -1,0 +1,138 @@
+// The device port's contract, held by both devices: one in a host folder, one in memory. What
+// only a host folder has (symbolic links, FIFOs, the real location check) is tested with the
+// process.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <memory>
+#include <sstream>
+
+#include "platform/system/host_device_root.h"
+#include "platform/system/memory_device_root.h"
+#include "tests/support/test_device.h"
+
+namespace plat {
+namespace {
+
+namespace fs = std::filesystem;
+
+Bytes bytesOf(const std::string& s) {
+    return Bytes(s.begin(), s.end());
+}
+
+struct Kind {
+    const char* name;
+    std::function<std::shared_ptr<DeviceRoot>(const fs::path& folder)> make;
+};
+
+class DevicePortTest : public ::testing::TestWithParam<Kind> {
+  protected:
+    testsupport::TestDevice host;
+    std::shared_ptr<DeviceRoot> device = GetParam().make(host.root() / "device");
+    const DeviceRoot& root = *device;
+};
+
+TEST_P(DevicePortTest, FilesKeepOrChangeTheirIdentityAsWrittenAndVersionsFollowEveryWrite) {
+    ASSERT_TRUE(root.writeFile("/var/../s.plist", bytesOf("first, rather long"), false));
+    const auto first = root.status("/s.plist");
+    ASSERT_TRUE(first && first->kind == FileKind::File);
+    EXPECT_EQ(root.status("../../s.plist"), first);  // ".." stops at the top
+
+    ASSERT_TRUE(root.writeFile("/s.plist", bytesOf("second"), false));
+    const auto inPlace = root.status("/s.plist");
+    EXPECT_EQ(root.readFile("/s.plist"), bytesOf("second"));  // truncated, not overlaid
+    EXPECT_EQ(inPlace->version.inode, first->version.inode);
+    EXPECT_NE(inPlace->version, first->version);
+    ASSERT_TRUE(root.writeFile("/s.plist", bytesOf("third"), true));
+    EXPECT_NE(root.status("/s.plist")->version.inode, first->version.inode);
+
+    ASSERT_TRUE(root.appendFile("/s.plist", bytesOf(" and more")));
+    ASSERT_TRUE(root.appendFile("/log.txt", bytesOf("made")));
+    EXPECT_EQ(root.readFile("/s.plist"), bytesOf("third and more"));
+    EXPECT_EQ(root.readFile("/log.txt"), bytesOf("made"));
+    EXPECT_FALSE(root.readFile("/s.plist", 5));  // over the limit: refused, not cut
+
+    EXPECT_FALSE(root.writeFile("/missing/file", bytesOf("x"), true));
+    EXPECT_FALSE(root.writeFile("/missing/file", bytesOf("x"), false));
+    EXPECT_FALSE(root.appendFile("/missing/file", bytesOf("x")));
+    EXPECT_FALSE(root.status("/missing"));
+}
+
+TEST_P(DevicePortTest, FoldersAreMadeListedMovedAndRemovedWithReasons) {
+    std::string error;
+    EXPECT_FALSE(root.createDirectory("/tree/deep", false, &error));
+    EXPECT_NE(error.find("/tree/deep"), std::string::npos) << error;
+    EXPECT_TRUE(root.createDirectory("/tree/deep", true));
+    EXPECT_TRUE(root.createDirectory("/tree/deep", true));  // existing is fine with intermediates
+    EXPECT_FALSE(root.createDirectory("/tree/deep", false));
+    bool isDirectory = false;
+    EXPECT_TRUE(root.fileExists("/tree/deep", &isDirectory) && isDirectory);
+    EXPECT_FALSE(root.readFile("/tree/deep"));  // a folder is neither read nor written
+    EXPECT_FALSE(root.writeFile("/tree/deep", bytesOf("x"), true));
+    EXPECT_FALSE(root.appendFile("/tree/deep", bytesOf("x")));
+    ASSERT_TRUE(root.writeFile("/tree/deep/file", bytesOf("x"), true));
+    EXPECT_FALSE(root.createDirectory("/tree/deep/file/inner", true));
+    ASSERT_TRUE(root.writeFile("/.hidden", bytesOf("x"), true));
+    EXPECT_EQ(root.contentsOfDirectory("/"), (std::vector<std::string>{".hidden", "tree"}));
+    EXPECT_TRUE(root.contentsOfDirectory("/.hidden").empty());
+
+    // A move never replaces what is there, and takes a folder whole.
+    EXPECT_FALSE(root.moveItem("/.hidden", "/tree/deep/file", &error));
+    EXPECT_NE(error.find("/tree/deep/file"), std::string::npos) << error;
+    EXPECT_FALSE(root.moveItem("/nothing", "/else"));
+    EXPECT_TRUE(root.moveItem("/tree", "/moved", &error)) << error;
+    EXPECT_EQ(root.readFile("/moved/deep/file"), bytesOf("x"));
+    EXPECT_FALSE(root.fileExists("/tree"));
+
+    EXPECT_TRUE(root.removeItem("/moved", &error)) << error;
+    EXPECT_FALSE(root.removeItem("/moved", &error));
+    EXPECT_NE(error.find("/moved"), std::string::npos) << error;
+    EXPECT_FALSE(root.removeItem("/"));
+    EXPECT_EQ(root.contentsOfDirectory("/"), std::vector<std::string>{".hidden"});
+}
+
+TEST_P(DevicePortTest, ProgramsBesideTheProcessSeeTheDevicesCurrentFiles) {
+    const auto read = [](const fs::path& file) {
+        std::ostringstream text;
+        text << std::ifstream(file).rdbuf();
+        return text.str();
+    };
+    ASSERT_TRUE(root.createDirectory("/var/lib/dpkg", true));
+    ASSERT_TRUE(root.writeFile("/var/lib/dpkg/status", bytesOf("one"), true));
+    auto top = root.hostFolderHolding("/var/lib/dpkg");
+    ASSERT_TRUE(top);
+    EXPECT_EQ(read(*top / "var/lib/dpkg/status"), "one");
+    ASSERT_TRUE(root.writeFile("/var/lib/dpkg/status", bytesOf("two"), false));
+    top = root.hostFolderHolding("/var/lib/dpkg");
+    ASSERT_TRUE(top);
+    EXPECT_EQ(read(*top / "var/lib/dpkg/status"), "two");
+    ASSERT_TRUE(root.removeItem("/var/lib/dpkg/status"));
+    EXPECT_FALSE(fs::exists(*root.hostFolderHolding("/var/lib/dpkg") / "var/lib/dpkg/status"));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Devices, DevicePortTest,
+    ::testing::Values(Kind{"host",
+                           [](const fs::path& folder) {
+                               fs::create_directories(folder);
+                               return std::make_shared<HostDeviceRoot>(folder);
+                           }},
+                      Kind{"memory",
+                           [](const fs::path&) { return std::make_shared<MemoryDeviceRoot>(); }}),
+    [](const ::testing::TestParamInfo<Kind>& info) { return std::string(info.param.name); });
+
+TEST(MemoryDeviceTest, NoTwoDevicesShareAVersion) {
+    MemoryDeviceRoot first;
+    ASSERT_TRUE(first.writeFile("/a", bytesOf("same"), true));
+    // Caches of what a file held are keyed by version: equal contents in two devices still
+    // differ, so neither is ever answered with the other's.
+    MemoryDeviceRoot second;
+    ASSERT_TRUE(second.writeFile("/a", bytesOf("same"), true));
+    EXPECT_NE(first.status("/a")->version, second.status("/a")->version);
+    EXPECT_NE(first.identity(), second.identity());
+}
+
+}  // namespace
+}  // namespace plat
