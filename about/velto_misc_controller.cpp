@@ -2,10 +2,10 @@
 
 #include "about/version_lookup.h"
 #include "contract/appearance.h"
+#include "contract/catalogue.h"
 #include "contract/list_categories.h"
 #include "contract/velto_settings.h"
 #include "contract/velto_utils.h"
-#include "core/settings_catalogue.h"
 #include "platform/foundation/format.h"
 #include "platform/prefs/runtime.h"
 #include "platform/system/bundle.h"

@@ -1,6 +1,6 @@
 #include "about/velto_package_header_cell.h"
 
-#include "core/settings_catalogue.h"
+#include "contract/catalogue.h"
 #include "platform/foundation/format.h"
 #include "platform/foundation/strings.h"
 #include "platform/prefs/runtime.h"

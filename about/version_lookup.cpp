@@ -3,8 +3,8 @@
 #include <memory>
 #include <vector>
 
+#include "contract/catalogue.h"
 #include "contract/nv_utils.h"
-#include "core/settings_catalogue.h"
 #include "platform/foundation/format.h"
 #include "platform/foundation/keyed_archive.h"
 #include "platform/foundation/strings.h"

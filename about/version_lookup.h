@@ -3,6 +3,7 @@
 #include <optional>
 #include <string>
 
+#include "contract/catalogue.h"
 #include "platform/foundation/value.h"
 
 // The installed product's version, for the About page's footer: the package manager knows it
@@ -12,7 +13,7 @@
 
 namespace velto {
 
-inline constexpr const char* kProductPackage = "com.norvale.velto2";
+inline constexpr const char* kProductPackage = appids::kProductPackage;
 
 // The version `dpkg-query` reports for the package, exactly as it prints it; nullopt when the
 // command cannot start or exits non-zero (an unknown package). Runs the command every time.

@@ -6,6 +6,7 @@
 #include "app/renderer.h"
 #include "app/row_lookup.h"
 #include "app/step_error.h"
+#include "contract/catalogue.h"
 #include "device/bundle_install.h"
 #include "platform/foundation/errors.h"
 #include "platform/prefs/runtime.h"
@@ -20,7 +21,7 @@ namespace {
 
 // The folder itself too: which domain files it lists is the stored state the check writes,
 // and a page that looks at the folder (to write a file into it) must not be told apart by it.
-constexpr const char* kPreferences = "/var/mobile/Library/Preferences";
+constexpr const char* kPreferences = folders::kPreferences;
 // Discovery stops growing the keys of a page past this many: states double with every key.
 constexpr std::size_t kMaxKeys = 6;
 

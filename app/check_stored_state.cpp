@@ -4,6 +4,7 @@
 #include <map>
 #include <stdexcept>
 
+#include "contract/catalogue.h"
 #include "platform/foundation/plist.h"
 #include "platform/foundation/value.h"
 #include "platform/system/device_root.h"
@@ -12,7 +13,7 @@ namespace velto::app {
 
 namespace {
 
-constexpr const char* kPreferencesFolder = "/var/mobile/Library/Preferences";
+constexpr const char* kPreferencesFolder = folders::kPreferences;
 
 std::string domainPath(const std::string& domain) {
     return std::string(kPreferencesFolder) + "/" + domain + ".plist";

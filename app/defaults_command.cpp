@@ -4,15 +4,16 @@
 #include "app/defaults_values.h"
 #include "app/host_files.h"
 #include "app/json_output.h"
+#include "contract/catalogue.h"
 #include "platform/foundation/plist.h"
-#include "platform/foundation/plist_file.h"
 #include "platform/system/host_device_root.h"
+#include "platform/system/plist_file.h"
 
 namespace velto::app {
 
 namespace {
 
-constexpr const char* kPreferences = "/var/mobile/Library/Preferences";
+constexpr const char* kPreferences = folders::kPreferences;
 
 std::string domainPath(const std::string& domain) {
     if (!domain.empty() && domain[0] == '/')

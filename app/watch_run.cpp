@@ -14,6 +14,7 @@
 #include "app/renderer.h"
 #include "app/step_error.h"
 #include "app/step_runner.h"
+#include "contract/catalogue.h"
 #include "device/bundle_install.h"
 #include "platform/system/host_device_root.h"
 
@@ -23,7 +24,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr const char* kSettingsFolder = "/var/mobile/Library/Preferences";
+constexpr const char* kSettingsFolder = folders::kPreferences;
 // How often the folders are looked at, and how long a save is given to finish.
 constexpr int kLookMilliseconds = 200;
 constexpr int kSettleMilliseconds = 100;

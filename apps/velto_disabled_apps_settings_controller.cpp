@@ -7,10 +7,10 @@
 #include <vector>
 
 #include "contract/appearance.h"
+#include "contract/catalogue.h"
 #include "contract/nv_utils.h"
 #include "contract/velto_settings.h"
 #include "contract/velto_utils.h"
-#include "core/settings_catalogue.h"
 #include "platform/foundation/keyed_archive.h"
 #include "platform/foundation/strings.h"
 #include "platform/prefs/runtime.h"

@@ -1,7 +1,7 @@
 #include "contract/enabled_query.h"
 
-#include "platform/foundation/plist_file.h"
 #include "platform/foundation/strings.h"
+#include "platform/system/plist_file.h"
 
 namespace velto {
 

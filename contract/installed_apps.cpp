@@ -1,7 +1,7 @@
 #include "contract/installed_apps.h"
 
-#include "platform/foundation/plist_file.h"
 #include "platform/foundation/strings.h"
+#include "platform/system/plist_file.h"
 #include "platform/system/process.h"
 
 namespace velto {

@@ -2,19 +2,20 @@
 
 #include <algorithm>
 
+#include "contract/catalogue.h"
 #include "contract/enabled_query.h"
 #include "contract/picture_files.h"
 #include "contract/picture_sheets.h"
 #include "contract/velto_settings.h"
 #include "contract/velto_utils.h"
 #include "platform/foundation/plist.h"
-#include "platform/foundation/plist_file.h"
 #include "platform/foundation/strings.h"
 #include "platform/prefs/runtime.h"
 #include "platform/prefs/selectors.h"
 #include "platform/prefs/table_cell.h"
 #include "platform/system/bundle.h"
 #include "platform/system/log.h"
+#include "platform/system/plist_file.h"
 #include "platform/system/process.h"
 #include "platform/ui/alert_controller.h"
 
@@ -22,7 +23,7 @@ namespace velto {
 
 namespace {
 
-const char* const kMainSettingsFile = "com.norvale.velto.plist";
+const char* const kMainSettingsFile = files::kMainSettings;
 
 std::string parentFolder(const std::string& path) {
     const auto slash = path.find_last_of('/');

@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "contract/catalogue.h"
 #include "contract/velto_base_settings_controller.h"
 #include "platform/foundation/value.h"
 #include "platform/prefs/specifier.h"
@@ -35,7 +36,7 @@ class VeltoBaseMessagesSettingsController : public VeltoBaseSettingsController,
     static constexpr const char* kDefaultThumbnailName = "DefaultContactImageThumb@3x.png";
     // Posted on the Darwin center once the picture files changed.
     static constexpr const char* kPictureChangedNotification =
-        "com.norvale.veltomessagesavatarsettingschanged";
+        notifications::kMessagesAvatarChanged;
     // Process-wide slot: the open photo picker.
     static constexpr const char* kImagePickerSlot = "veltoDefaultContactImagePicker";
 

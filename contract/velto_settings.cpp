@@ -2,16 +2,17 @@
 
 #include <algorithm>
 
+#include "contract/catalogue.h"
 #include "platform/foundation/plist.h"
-#include "platform/foundation/plist_file.h"
+#include "platform/system/plist_file.h"
 #include "platform/system/process.h"
 
 namespace velto {
 
 namespace {
 
-const char* const kSettingsPath = "/var/mobile/Library/Preferences/com.norvale.velto.plist";
-const char* const kChangedNotification = "com.norvale.veltosettingschanged";
+const char* const kSettingsPath = files::kMainSettingsPath;
+const char* const kChangedNotification = notifications::kSettingsChanged;
 const char* const kExcludedApps = "VeltoExcludedApps";
 
 plat::Value readSettingsFile() {

@@ -9,6 +9,7 @@
 
 #include <cairo.h>
 
+#include "contract/catalogue.h"
 #include "contract/installed_apps.h"
 #include "contract/velto_settings.h"
 #include "platform/foundation/strings.h"
@@ -130,7 +131,7 @@ void VeltoUtils::logMessage(const std::string& message) {
     if (!VeltoSettings::sharedSettings()->isLoggingEnabled()) return;
 
     auto& root = process.root();
-    const std::string folder = "/var/mobile/Library/Logs/Velto";
+    const std::string folder = folders::kLogs;
     if (!root.fileExists(folder) && !root.createDirectory(folder, true)) return;
     const std::string line = timestamp() + " [" + process.name() + "] " + message + "\n";
     root.appendFile(kLogFilePath, plat::Bytes(line.begin(), line.end()));

@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "contract/catalogue.h"
 #include "platform/ui/color.h"
 #include "platform/ui/image.h"
 
@@ -35,9 +36,9 @@ class VeltoUtils {
     // (kLogFilePath) while logging is switched on.
     static void logMessage(const std::string& message);
 
-    static constexpr const char* kLogFilePath = "/var/mobile/Library/Logs/Velto/Velto.log";
-    static constexpr const char* kRingLedgerIdentifier = "com.norvale.RingLedger10";
-    static constexpr const char* kRecentsIdentifier = "com.norvale.recents";
+    static constexpr const char* kLogFilePath = files::kLog;
+    static constexpr const char* kRingLedgerIdentifier = appids::kRingLedger;
+    static constexpr const char* kRecentsIdentifier = appids::kRecents;
 };
 
 }  // namespace velto

@@ -2,11 +2,11 @@
 
 #include <cstdint>
 
+#include "contract/catalogue.h"
 #include "contract/list_categories.h"
 #include "contract/nv_utils.h"
 #include "contract/velto_settings.h"
 #include "contract/velto_utils.h"
-#include "core/settings_catalogue.h"
 #include "platform/foundation/keyed_archive.h"
 #include "platform/prefs/runtime.h"
 #include "platform/prefs/selectors.h"
@@ -156,7 +156,7 @@ bool VeltoSettingsController::isBiteSMSInstalled() {
 }
 
 bool VeltoSettingsController::isWhatsAppInstalled() {
-    return getAppFolderPath("net.whatsapp.WhatsApp").has_value();
+    return getAppFolderPath(appids::kWhatsApp).has_value();
 }
 
 void VeltoSettingsController::registerClass(plat::Runtime& runtime) {

@@ -1,7 +1,7 @@
 #include "core/velto_switch_cell.h"
 
+#include "contract/catalogue.h"
 #include "contract/velto_utils.h"
-#include "core/settings_catalogue.h"
 #include "platform/prefs/runtime.h"
 
 namespace velto {

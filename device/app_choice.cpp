@@ -1,4 +1,5 @@
 #include "device/app_choice.h"
+#include "contract/catalogue.h"
 
 #include <algorithm>
 #include <cctype>
@@ -33,17 +34,17 @@ bool isBundleIdentifier(const std::string& text) {
 }  // namespace
 
 AppChoice whatsAppChoice() {
-    return {"net.whatsapp.WhatsApp", "WhatsApp", false};
+    return {appids::kWhatsApp, "WhatsApp", false};
 }
 // The bundle looks for this one at the fixed path Applications/biteSMS.app.
 AppChoice biteSMSChoice() {
-    return {"com.bitesms", "biteSMS", true};
+    return {appids::kBiteSMS, "biteSMS", true};
 }
 AppChoice ringLedgerChoice() {
-    return {"com.norvale.RingLedger10", "RingLedger", true};
+    return {appids::kRingLedger, "RingLedger", true};
 }
 AppChoice recentsChoice() {
-    return {"com.norvale.recents", "Recents", true};
+    return {appids::kRecents, "Recents", true};
 }
 
 std::optional<AppChoice> parseAppChoice(const std::string& text, std::string* error) {

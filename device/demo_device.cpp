@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "core/settings_catalogue.h"
+#include "contract/catalogue.h"
 #include "device/extension_responder.h"
 
 namespace velto::device {
@@ -12,7 +12,7 @@ std::vector<AppChoice> demoApps(plat::DeviceFamily family) {
     if (family == plat::DeviceFamily::iPhone)
         apps.push_back({"com.apple.mobilephone", "Phone", true});
     const std::vector<AppChoice> system = {
-        {"com.apple.MobileSMS", "Messages", true},
+        {appids::kMessages, "Messages", true},
         {"com.apple.mobilemail", "Mail", true},
         {"com.apple.facetime", "FaceTime", true},
         {"com.apple.MobileAddressBook", "Contacts", true},

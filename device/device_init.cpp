@@ -2,6 +2,7 @@
 
 #include <stdexcept>
 
+#include "contract/catalogue.h"
 #include "contract/velto_utils.h"
 #include "device/app_installer.h"
 #include "device/bundle_install.h"
@@ -46,13 +47,12 @@ void initDevice(const plat::DeviceRoot& root, const DeviceOptions& options,
     require(writeDeviceProfile(root, options), "the device profile", root);
     require(writeSystemVersion(root, options.systemVersion), "the system version", root);
     // The bundle writes its settings here and expects the folder to be there, as it is on a device.
-    require(root.createDirectory("/var/mobile/Library/Preferences", true), "the preferences folder",
-            root);
+    require(root.createDirectory(folders::kPreferences, true), "the preferences folder", root);
     installBundle(root, resources);
     // Messages is part of every system the bundle runs on, and so is its data container, where
     // the bundle keeps a copy of the default contact picture.
-    require(!installDataContainer(root, "com.apple.MobileSMS").empty(),
-            "the Messages data container", root);
+    require(!installDataContainer(root, appids::kMessages).empty(), "the Messages data container",
+            root);
     for (const AppChoice& app : options.apps)
         require(!installApp(root, app, options.family, options.scale).empty(),
                 "the application " + app.bundleIdentifier, root);

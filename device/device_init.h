@@ -2,6 +2,7 @@
 
 #include <filesystem>
 
+#include "contract/catalogue.h"
 #include "device/device_options.h"
 
 namespace plat {
@@ -10,8 +11,7 @@ class DeviceRoot;
 
 namespace velto::device {
 
-inline constexpr const char* kMainSettingsFile =
-    "/var/mobile/Library/Preferences/com.norvale.velto.plist";
+inline constexpr const char* kMainSettingsFile = files::kMainSettingsPath;
 
 // Writes a device root into `folder` (made if missing; files already there are overwritten,
 // others kept): the profile, the system version, the bundle installed from `resources`, the

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "core/settings_catalogue.h"
+#include "contract/catalogue.h"
 #include "device/device_profile.h"
 #include "device/installed_app_list.h"
 #include "device/package_database.h"

@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include "contract/catalogue.h"
 #include "platform/system/message_center.h"
 
 namespace plat {
@@ -38,6 +39,6 @@ inline constexpr const char* kType = "VeltoType";
 inline constexpr const char* kImage = "VeltoFolderImage";
 }  // namespace records
 
-inline constexpr const char* kProductPackage = "com.norvale.velto2";
+inline constexpr const char* kProductPackage = appids::kProductPackage;
 
 }  // namespace velto::device

@@ -4,9 +4,9 @@
 #include <memory>
 #include <optional>
 
+#include "contract/catalogue.h"
 #include "contract/enabled_query.h"
 #include "contract/list_categories.h"
-#include "core/settings_catalogue.h"
 #include "pages/row_editing.h"
 #include "platform/prefs/runtime.h"
 #include "platform/prefs/selectors.h"

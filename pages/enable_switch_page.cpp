@@ -1,7 +1,7 @@
 #include "pages/enable_switch_page.h"
 
+#include "contract/catalogue.h"
 #include "contract/enabled_query.h"
-#include "core/settings_catalogue.h"
 #include "pages/row_editing.h"
 #include "platform/prefs/user_defaults.h"
 

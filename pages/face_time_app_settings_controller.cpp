@@ -2,10 +2,10 @@
 
 #include <cstdint>
 
+#include "contract/catalogue.h"
 #include "contract/enabled_query.h"
 #include "contract/list_categories.h"
 #include "contract/velto_utils.h"
-#include "core/settings_catalogue.h"
 #include "pages/row_editing.h"
 #include "platform/prefs/runtime.h"
 #include "platform/prefs/selectors.h"

@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <optional>
 
+#include "contract/catalogue.h"
 #include "contract/enabled_query.h"
 #include "contract/picture_sheets.h"
 #include "contract/velto_utils.h"
-#include "core/settings_catalogue.h"
 #include "pages/mail_avatar_files.h"
 #include "pages/row_editing.h"
 #include "platform/prefs/runtime.h"

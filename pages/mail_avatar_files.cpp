@@ -2,9 +2,9 @@
 
 #include <optional>
 
+#include "contract/catalogue.h"
 #include "contract/picture_files.h"
 #include "contract/velto_settings.h"
-#include "core/settings_catalogue.h"
 #include "platform/foundation/format.h"
 #include "platform/foundation/strings.h"
 #include "platform/prefs/runtime.h"

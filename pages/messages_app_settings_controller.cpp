@@ -1,8 +1,8 @@
 #include "pages/messages_app_settings_controller.h"
 
+#include "contract/catalogue.h"
 #include "contract/nv_utils.h"
 #include "contract/velto_utils.h"
-#include "core/settings_catalogue.h"
 #include "pages/row_editing.h"
 #include "platform/foundation/strings.h"
 #include "platform/prefs/runtime.h"

@@ -3,6 +3,7 @@
 #include <optional>
 #include <string>
 
+#include "contract/catalogue.h"
 #include "contract/velto_base_messages_settings_controller.h"
 
 namespace velto {
@@ -14,7 +15,7 @@ namespace velto {
 // application's own data container, where its process may read without leaving its sandbox.
 class MessagesAppSettingsController : public VeltoBaseMessagesSettingsController {
   public:
-    static constexpr const char* kMessagesBundleIdentifier = "com.apple.MobileSMS";
+    static constexpr const char* kMessagesBundleIdentifier = appids::kMessages;
 
     std::string className() const override { return "MessagesAppSettingsController"; }
 

@@ -1,6 +1,6 @@
 #include "pages/nc_app_settings_controller.h"
 
-#include "core/settings_catalogue.h"
+#include "contract/catalogue.h"
 #include "platform/prefs/runtime.h"
 #include "platform/prefs/selectors.h"
 

@@ -1,7 +1,7 @@
 #include "pages/phone_app_settings_controller.h"
 
+#include "contract/catalogue.h"
 #include "contract/velto_settings.h"
-#include "core/settings_catalogue.h"
 #include "pages/row_editing.h"
 #include "platform/prefs/runtime.h"
 #include "platform/prefs/selectors.h"

@@ -3,9 +3,9 @@
 #include <optional>
 #include <string>
 
+#include "contract/catalogue.h"
 #include "contract/enabled_query.h"
 #include "contract/list_categories.h"
-#include "core/settings_catalogue.h"
 #include "platform/prefs/runtime.h"
 
 namespace velto {

@@ -1,7 +1,7 @@
 #include "pages/velto_ring_ledger_settings_controller.h"
 
+#include "contract/catalogue.h"
 #include "contract/enabled_query.h"
-#include "core/settings_catalogue.h"
 #include "platform/prefs/runtime.h"
 
 namespace velto {

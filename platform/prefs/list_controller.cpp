@@ -4,10 +4,10 @@
 
 #include "platform/foundation/errors.h"
 #include "platform/foundation/plist.h"
-#include "platform/foundation/plist_file.h"
 #include "platform/foundation/strings.h"
 #include "platform/prefs/runtime.h"
 #include "platform/prefs/specifier_loader.h"
+#include "platform/system/plist_file.h"
 #include "platform/system/process.h"
 
 namespace plat {

@@ -1,9 +1,9 @@
 #include "platform/prefs/specifier_loader.h"
 
-#include "platform/foundation/plist_file.h"
 #include "platform/foundation/strings.h"
 #include "platform/system/bundle.h"
 #include "platform/system/log.h"
+#include "platform/system/plist_file.h"
 #include "platform/system/process.h"
 #include "platform/ui/image.h"
 

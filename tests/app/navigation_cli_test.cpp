@@ -8,8 +8,8 @@
 #include "app/session.h"
 #include "app/step_error.h"
 #include "app/ui_restart.h"
-#include "platform/foundation/plist_file.h"
 #include "platform/system/host_device_root.h"
+#include "platform/system/plist_file.h"
 #include "tests/support/program_run.h"
 
 namespace apptest {

@@ -8,8 +8,8 @@
 #include <iterator>
 
 #include "platform/foundation/plist.h"
-#include "platform/foundation/plist_file.h"
 #include "platform/system/log.h"
+#include "platform/system/plist_file.h"
 #include "tests/support/test_device.h"
 
 namespace {

@@ -9,7 +9,7 @@
 #include <tuple>
 #include <vector>
 
-#include "platform/foundation/plist_file.h"
+#include "platform/system/plist_file.h"
 #include "platform/ui/color.h"
 #include "tests/platform/foundation/plist_test_support.h"
 #include "tests/support/test_device.h"

@@ -1,4 +1,4 @@
-#include "platform/foundation/plist_file.h"
+#include "platform/system/plist_file.h"
 
 #include <cstdio>
 #include <ctime>

@@ -1,14 +1,24 @@
 #pragma once
 
-// The names that cross between the bundle and the extension: settings files and keys,
-// Darwin notifications, requests to the extension and their user-info keys.
+// The names that cross between the bundle, the extension and the device they share: folders
+// and files, settings keys, Darwin notifications, requests to the extension and their
+// user-info keys, and the applications the bundle looks for. Every layer from the contract up
+// spells them from here; this header includes nothing.
 
 namespace velto {
 
 inline constexpr const char* kBundlePath = "/System/Library/PreferenceBundles/VeltoSettings.bundle";
 
+namespace folders {
+inline constexpr const char* kPreferences = "/var/mobile/Library/Preferences";
+inline constexpr const char* kLogs = "/var/mobile/Library/Logs/Velto";
+}  // namespace folders
+
 namespace files {
 inline constexpr const char* kMainSettings = "com.norvale.velto.plist";
+inline constexpr const char* kMainSettingsPath =
+    "/var/mobile/Library/Preferences/com.norvale.velto.plist";
+inline constexpr const char* kLog = "/var/mobile/Library/Logs/Velto/Velto.log";
 // The call-log and recents pages' own file; the name is the system's and stays as it is.
 inline constexpr const char* kWhatsAppSettings = "com.norvale.whatsapp.plist";
 }  // namespace files
@@ -29,6 +39,8 @@ inline constexpr const char* kMessages = "VeltoEnabledMessages";
 namespace notifications {
 inline constexpr const char* kSettingsChanged = "com.norvale.veltosettingschanged";
 inline constexpr const char* kMailAvatarChanged = "com.norvale.veltoemailavatarsettingschanged";
+inline constexpr const char* kMessagesAvatarChanged =
+    "com.norvale.veltomessagesavatarsettingschanged";
 }  // namespace notifications
 
 namespace requests {
@@ -40,5 +52,15 @@ inline constexpr const char* kMessageID = "VeltoServiceMessageID";
 inline constexpr const char* kMessageData = "VeltoServiceMessageData";
 inline constexpr int kAppIconRequestKind = 6;
 }  // namespace requests
+
+namespace appids {
+inline constexpr const char* kMessages = "com.apple.MobileSMS";
+inline constexpr const char* kWhatsApp = "net.whatsapp.WhatsApp";
+inline constexpr const char* kBiteSMS = "com.bitesms";
+inline constexpr const char* kRingLedger = "com.norvale.RingLedger10";
+inline constexpr const char* kRecents = "com.norvale.recents";
+// The extension's own package, whose version the about page shows.
+inline constexpr const char* kProductPackage = "com.norvale.velto2";
+}  // namespace appids
 
 }  // namespace velto
