@@ -5,7 +5,9 @@
 #include <cstdio>
 #include <cstdlib>
 #include <map>
+#include <new>
 #include <set>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -603,8 +605,10 @@ Value unarchive(const Bytes& data) {
 Value unarchiveObjectWithData(const Bytes& data) {
     try {
         return unarchive(data);
-    } catch (...) {
+    } catch (const std::bad_alloc&) {
         return Value();  // out of memory: as unreadable as any other bad archive
+    } catch (const std::length_error&) {
+        return Value();  // a count past what a container can hold: the same
     }
 }
 
@@ -614,7 +618,9 @@ std::optional<Bytes> archivedDataWithRootObject(const Value& root) {
         const auto rootUid = archiver.encode(root, 0);
         if (!rootUid) return std::nullopt;
         return archiver.finish(*rootUid);
-    } catch (...) {
+    } catch (const std::bad_alloc&) {
+        return std::nullopt;  // too large to write, as Foundation's archiver would fail too
+    } catch (const std::length_error&) {
         return std::nullopt;
     }
 }

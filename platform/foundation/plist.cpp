@@ -10,6 +10,8 @@
 #include <cstring>
 #include <limits>
 #include <memory>
+#include <new>
+#include <stdexcept>
 #include <vector>
 
 namespace plat {
@@ -403,8 +405,10 @@ Value parse(const Bytes& bytes, PropertyListFormat* format) {
 Value propertyListFromData(const Bytes& bytes, PropertyListFormat* format) {
     try {
         return parse(bytes, format);
-    } catch (...) {
+    } catch (const std::bad_alloc&) {
         // Out of memory on a huge document: nil, as for any other unreadable data.
+        return Value();
+    } catch (const std::length_error&) {
         return Value();
     }
 }
@@ -448,8 +452,10 @@ std::optional<Bytes> dataFromPropertyList(const Value& value, PropertyListFormat
         else
             plist_to_xml_free(out);
         return bytes;
-    } catch (...) {
-        return failWith("Property list could not be written");
+    } catch (const std::bad_alloc&) {
+        return failWith("Property list could not be written: out of memory");
+    } catch (const std::length_error&) {
+        return failWith("Property list could not be written: too large");
     }
 }
 

@@ -205,8 +205,10 @@ std::string formatNumber(double d) {
 
 }  // namespace
 
-Image::~Image() {
-    if (surface_) cairo_surface_destroy(surface_);
+Image::~Image() = default;
+
+void Image::SurfaceRelease::operator()(cairo_surface_t* surface) const {
+    cairo_surface_destroy(surface);
 }
 
 std::shared_ptr<Image> Image::blank(int pixelWidth, int pixelHeight, double scale) {
@@ -272,16 +274,15 @@ Image::Image(Bytes png, int width, int height, double scale, bool hasAlpha)
 
 cairo_surface_t* Image::surface() const {
     std::call_once(decoded_, [this] {
-        surface_ = asArgb32(decodePng(pendingPng_));
-        const bool sizeAsDeclared = surface_ && cairo_image_surface_get_width(surface_) == width_ &&
-                                    cairo_image_surface_get_height(surface_) == height_;
-        if (!sizeAsDeclared) {
-            if (surface_) cairo_surface_destroy(surface_);
-            surface_ = cairo_image_surface_create(CAIRO_FORMAT_ARGB32, width_, height_);
-        }
+        surface_.reset(asArgb32(decodePng(pendingPng_)));
+        const bool sizeAsDeclared = surface_ &&
+                                    cairo_image_surface_get_width(surface_.get()) == width_ &&
+                                    cairo_image_surface_get_height(surface_.get()) == height_;
+        if (!sizeAsDeclared)
+            surface_.reset(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, width_, height_));
         Bytes().swap(pendingPng_);
     });
-    return surface_;
+    return surface_.get();
 }
 
 std::shared_ptr<Image> Image::adopt(cairo_surface_t* surface, double scale) {

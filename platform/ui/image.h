@@ -24,6 +24,9 @@ class Bundle;
 class Image : public Object {
   public:
     ~Image() override;
+    // One owner of the pixels: images are shared by pointer, as UIImage objects are.
+    Image(const Image&) = delete;
+    Image& operator=(const Image&) = delete;
 
     // A fully transparent image of the given pixel size.
     static std::shared_ptr<Image> blank(int pixelWidth, int pixelHeight, double scale);
@@ -66,7 +69,10 @@ class Image : public Object {
     Image(Bytes png, int width, int height, double scale, bool hasAlpha);
 
     mutable std::once_flag decoded_;
-    mutable cairo_surface_t* surface_ = nullptr;
+    struct SurfaceRelease {
+        void operator()(cairo_surface_t* surface) const;
+    };
+    mutable std::unique_ptr<cairo_surface_t, SurfaceRelease> surface_;
     mutable Bytes pendingPng_;  // until decoded
     int width_ = 0;
     int height_ = 0;
