@@ -1,5 +1,10 @@
-# One static library per layer folder. Sources are globbed so that adding a file needs no edit
-# here; CONFIGURE_DEPENDS re-runs the glob on every build.
+# One static library per layer (a folder or a few). Sources are globbed so that adding a file
+# needs no edit here; CONFIGURE_DEPENDS re-runs the glob on every build.
+#
+# Floors: a layer's code is compiled against a tree that holds links to its own folders and to
+# those of the layers it depends on, and to nothing else. An include of a higher layer's header
+# then fails to build, instead of waiting for a reviewer to notice. Layers that use a layer get
+# its tree too, so what a layer may include grows only downwards.
 function(velto_layer name folder)
     cmake_parse_arguments(ARG "" "" "DEPS" ${ARGN})
     set(sources)
@@ -7,15 +12,17 @@ function(velto_layer name folder)
         file(GLOB_RECURSE found CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/${f}/*.cpp)
         list(APPEND sources ${found})
     endforeach()
-    if(NOT sources)
-        # A layer whose first file has not been written yet.
-        add_library(${name} INTERFACE)
-        target_include_directories(${name} INTERFACE ${PROJECT_SOURCE_DIR})
-        target_link_libraries(${name} INTERFACE ${ARG_DEPS})
-        return()
-    endif()
+
+    set(tree ${PROJECT_BINARY_DIR}/floors/${name})
+    file(REMOVE_RECURSE ${tree})
+    foreach(f IN LISTS folder)
+        get_filename_component(parent ${tree}/${f} DIRECTORY)
+        file(MAKE_DIRECTORY ${parent})
+        file(CREATE_LINK ${PROJECT_SOURCE_DIR}/${f} ${tree}/${f} SYMBOLIC)
+    endforeach()
+
     add_library(${name} STATIC ${sources})
-    target_include_directories(${name} PUBLIC ${PROJECT_SOURCE_DIR})
+    target_include_directories(${name} PUBLIC ${tree})
     target_link_libraries(${name} PUBLIC ${ARG_DEPS})
 endfunction()
 

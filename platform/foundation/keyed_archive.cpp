@@ -5,6 +5,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <map>
+#include <memory>
+#include <mutex>
 #include <new>
 #include <set>
 #include <stdexcept>
@@ -13,8 +15,6 @@
 #include <vector>
 
 #include "platform/foundation/plist.h"
-#include "platform/ui/color.h"
-#include "platform/ui/image.h"
 
 namespace plat {
 
@@ -23,11 +23,10 @@ namespace {
 constexpr std::int64_t kArchiveVersion = 100000;
 // How deep objects may refer to objects. Keeps decoding and encoding recursion bounded.
 constexpr std::size_t kMaxObjectDepth = 512;
-// Pixels all the pictures of one archive may declare, and any one side. Pictures decode when
-// first drawn, so this bounds what drawing every one would hold (1 GB of ARGB): enough for a
-// reply listing thousands of applications with their icons.
-constexpr std::uint64_t kMaxArchivePixels = std::uint64_t{1} << 28;
-constexpr std::uint32_t kMaxImageSide = 16384;
+// What the objects of one archive may claim in all (pixels, for pictures that decode when
+// first drawn: 1 GB of ARGB, enough for a reply listing thousands of applications with their
+// icons).
+constexpr std::uint64_t kMaxArchiveClaims = std::uint64_t{1} << 28;
 
 const std::vector<std::string> kNSArrayClasses{"NSArray", "NSObject"};
 const std::vector<std::string> kNSDictionaryClasses{"NSDictionary", "NSObject"};
@@ -35,29 +34,24 @@ const std::vector<std::string> kNSMutableStringClasses{"NSMutableString", "NSStr
 const std::vector<std::string> kNSMutableDataClasses{"NSMutableData", "NSData", "NSObject"};
 const std::vector<std::string> kNSDateClasses{"NSDate", "NSObject"};
 const std::vector<std::string> kNSNullClasses{"NSNull", "NSObject"};
-const std::vector<std::string> kUIImageClasses{"UIImage", "NSObject"};
-const std::vector<std::string> kUIColorClasses{"UIColor", "NSObject"};
 
-// encodeFloat:forKey: stores a 32-bit real.
-Value floatReal(double d) {
-    return Value::real(static_cast<float>(d));
+// The codecs of the classes above the value model, by class name. Codecs are never removed,
+// so a pointer to one stays good for the life of the program.
+struct CodecRegistry {
+    std::mutex mutex;
+    std::map<std::string, std::shared_ptr<const ArchiveCodec>> byName;
+};
+
+CodecRegistry& codecs() {
+    static CodecRegistry registry;
+    return registry;
 }
 
-// AppKit's NSRGB/NSWhite: the components as text, alpha only when not opaque, NUL-terminated.
-Value componentText(std::initializer_list<double> components, double alpha) {
-    std::string text;
-    auto append = [&](double c) {
-        char buffer[32];
-        std::snprintf(buffer, sizeof buffer, "%.10g", c);
-        if (!text.empty()) text += ' ';
-        text += buffer;
-    };
-    for (double c : components)
-        append(c);
-    if (alpha != 1) append(alpha);
-    Bytes bytes(text.begin(), text.end());
-    bytes.push_back(0);
-    return Value::data(std::move(bytes));
+const ArchiveCodec* codecNamed(const std::string& name) {
+    CodecRegistry& registry = codecs();
+    std::lock_guard lock(registry.mutex);
+    const auto found = registry.byName.find(name);
+    return found == registry.byName.end() ? nullptr : found->second.get();
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -101,7 +95,7 @@ class Archiver {
             case Value::Type::Dictionary:
                 return encodeDictionary(v, depth);
             case Value::Type::Object:
-                return encodeObject(v);
+                return encodeObject(v, depth);
         }
         return std::nullopt;
     }
@@ -241,41 +235,22 @@ class Archiver {
         return uid;
     }
 
-    std::optional<std::uint64_t> encodeObject(const Value& v) {
+    std::optional<std::uint64_t> encodeObject(const Value& v, std::size_t depth) {
         const ObjectPtr object = v.asObject();
         auto known = seen(object.get());
         if (!known || *known) return known;
-        Dictionary fields;
-        std::uint64_t uid = 0;
-        if (auto image = v.as<Image>()) {
-            const std::optional<Bytes> png = UIImagePNGRepresentation(image.get());
-            if (!png) return std::nullopt;
-            uid = reserve();
-            fields["UIImageData"] = Value::uid(inlineData(*png));
-            fields["UIScale"] = floatReal(image->scale());
-            fields["$class"] = Value::uid(classUid(kUIImageClasses));
-        } else if (auto color = v.as<Color>()) {
-            uid = reserve();
-            if (color->isGrey()) {
-                fields["UIColorComponentCount"] = Value::integer(2);
-                fields["UIWhite"] = floatReal(color->red());
-                fields["UIAlpha"] = floatReal(color->alpha());
-                fields["NSWhite"] = componentText({color->red()}, color->alpha());
-                fields["NSColorSpace"] = Value::integer(4);
-            } else {
-                fields["UIColorComponentCount"] = Value::integer(4);
-                fields["UIRed"] = floatReal(color->red());
-                fields["UIGreen"] = floatReal(color->green());
-                fields["UIBlue"] = floatReal(color->blue());
-                fields["UIAlpha"] = floatReal(color->alpha());
-                fields["NSRGB"] =
-                    componentText({color->red(), color->green(), color->blue()}, color->alpha());
-                fields["NSColorSpace"] = Value::integer(2);
-            }
-            fields["$class"] = Value::uid(classUid(kUIColorClasses));
-        } else {
-            return std::nullopt;  // no encodeWithCoder: here
+        const ArchiveCodec* codec = codecNamed(object->className());
+        if (!codec) return std::nullopt;  // no encodeWithCoder: here
+        auto written = codec->encode(*object);
+        if (!written) return std::nullopt;
+        const std::uint64_t uid = reserve();
+        Dictionary fields = std::move(written->scalars);
+        for (const auto& [key, member] : written->objects) {
+            const auto ref = encode(member, depth + 1);
+            if (!ref) return std::nullopt;
+            fields[key] = Value::uid(*ref);
         }
+        fields["$class"] = Value::uid(classUid(codec->classes));
         objectUids_[object.get()] = uid;
         objects_[uid] = Value::dictionary(std::move(fields));
         return uid;
@@ -303,8 +278,12 @@ enum class Known {
     Null,
     Array,
     Dictionary,
-    Image,
-    Color,
+    Codec,  // a class registered from above
+};
+
+struct ClassKind {
+    Known known = Known::None;
+    const ArchiveCodec* codec = nullptr;
 };
 
 Known knownClass(const std::string& name) {
@@ -320,32 +299,18 @@ Known knownClass(const std::string& name) {
         {"NSMutableArray", Known::Array},
         {"NSDictionary", Known::Dictionary},
         {"NSMutableDictionary", Known::Dictionary},
-        {"UIImage", Known::Image},
-        {"UIColor", Known::Color},
     };
     auto it = classes.find(name);
     return it == classes.end() ? Known::None : it->second;
 }
 
-// "r g b [a]" text of NSRGB/NSWhite (NUL-terminated or not).
-std::optional<std::vector<double>> parseComponents(const Value& v) {
-    const Bytes* bytes = v.asData();
-    if (!bytes || bytes->size() > 256) return {};
-    std::string text(bytes->begin(), bytes->end());
-    text = text.substr(0, text.find('\0'));
-    std::vector<double> out;
-    const char* p = text.c_str();
-    while (*p) {
-        char* end = nullptr;
-        const double d = std::strtod(p, &end);
-        if (end == p) break;
-        out.push_back(d);
-        p = end;
-    }
-    return out;
+ClassKind classKind(const std::string& name) {
+    if (const Known known = knownClass(name); known != Known::None) return {known, nullptr};
+    if (const ArchiveCodec* codec = codecNamed(name)) return {Known::Codec, codec};
+    return {};
 }
 
-class Unarchiver {
+class Unarchiver final : public ArchiveReading {
   public:
     explicit Unarchiver(const Array& objects)
         : objects_(objects), state_(objects.size(), Unseen), decoded_(objects.size()) {}
@@ -396,7 +361,8 @@ class Unarchiver {
             default:
                 return fail();
         }
-        const Known kind = classOf(entry.objectForKey("$class"));
+        const ClassKind found = classOf(entry.objectForKey("$class"));
+        const Known kind = found.known;
         switch (kind) {
             case Known::String:
             case Known::MutableString:
@@ -422,10 +388,14 @@ class Unarchiver {
                 return decodeArray(entry, depth);
             case Known::Dictionary:
                 return decodeDictionary(entry, depth);
-            case Known::Image:
-                return decodeImage(entry, depth);
-            case Known::Color:
-                return decodeColor(entry);
+            case Known::Codec: {
+                const std::size_t outer = depth_;
+                depth_ = depth;
+                Value made = found.codec->decode(entry, *this);
+                depth_ = outer;
+                if (made.isNil()) return fail();
+                return made;
+            }
             case Known::None:
                 break;
         }
@@ -433,22 +403,22 @@ class Unarchiver {
     }
 
     // The nearest known class in the object's class chain, resolved once per class UID.
-    Known classOf(const Value& ref) {
+    ClassKind classOf(const Value& ref) {
         const auto uid = ref.asUid();
-        if (!uid || *uid == 0 || *uid >= objects_.size()) return Known::None;
+        if (!uid || *uid == 0 || *uid >= objects_.size()) return {};
         auto cached = classes_.find(*uid);
         if (cached != classes_.end()) return cached->second;
-        Known kind = Known::None;
+        ClassKind kind;
         const Value& description = objects_[*uid];
         const Value chain = description.objectForKey("$classes");
         if (const Array* names = chain.asArray()) {
             for (const Value& name : *names) {
                 if (!name.isString()) break;
-                kind = knownClass(name.str());
-                if (kind != Known::None) break;
+                kind = classKind(name.str());
+                if (kind.known != Known::None) break;
             }
         } else if (chain.isNil()) {
-            kind = knownClass(description.objectForKey("$classname").str());
+            kind = classKind(description.objectForKey("$classname").str());
         }
         classes_.emplace(*uid, kind);
         return kind;
@@ -521,68 +491,22 @@ class Unarchiver {
         return Value::dictionary(std::move(entries));
     }
 
-    Value decodeImage(const Value& entry, std::size_t depth) {
-        const Value png = member(entry, "UIImageData", depth);
-        if (!png.isData()) return fail();
-        double scale = 1;
-        const Value storedScale = entry.objectForKey("UIScale");
-        if (!storedScale.isNil()) {
-            if (!storedScale.isReal() && !storedScale.isInteger()) return fail();
-            scale = storedScale.doubleValue();
-            if (!std::isfinite(scale) || scale <= 0 || scale > 16) return fail();
-        }
-        const auto size = pngPixelSize(*png.asData());
-        if (!size || size->first <= 0 || size->second <= 0 ||
-            static_cast<std::uint32_t>(size->first) > kMaxImageSide ||
-            static_cast<std::uint32_t>(size->second) > kMaxImageSide)
-            return fail();
-        const std::uint64_t pixels =
-            static_cast<std::uint64_t>(size->first) * static_cast<std::uint64_t>(size->second);
-        if (pixels > kMaxArchivePixels - pixels_) return fail();
-        pixels_ += pixels;
-        ImagePtr image = Image::imageWithPngDeferred(*png.asData(), scale);
-        if (!image) return fail();
-        return Value(image);
+    Value member(const Value& fields, const std::string& key) override {
+        return member(fields, key, depth_);
     }
 
-    Value decodeColor(const Value& entry) {
-        auto component = [&](const char* key, double fallback) -> std::optional<double> {
-            const Value v = entry.objectForKey(key);
-            if (v.isNil()) return fallback;
-            if (!v.isReal() && !v.isInteger()) return std::nullopt;
-            if (!std::isfinite(v.doubleValue())) return std::nullopt;
-            return v.doubleValue();
-        };
-        const bool hasRGB = !entry.objectForKey("UIRed").isNil();
-        const bool hasWhite = !entry.objectForKey("UIWhite").isNil();
-        const std::int64_t count = entry.objectForKey("UIColorComponentCount").integerValue();
-        const auto alpha = component("UIAlpha", 1);
-        if (!alpha) return fail();
-        if (hasWhite && (count == 2 || !hasRGB)) {
-            const auto white = component("UIWhite", 0);
-            if (!white) return fail();
-            return Value(Color::colorWithWhite(*white, *alpha));
-        }
-        if (hasRGB) {
-            const auto r = component("UIRed", 0), g = component("UIGreen", 0),
-                       b = component("UIBlue", 0);
-            if (!r || !g || !b) return fail();
-            return Value(Color::colorWithRGBA(*r, *g, *b, *alpha));
-        }
-        // Only the AppKit-compatible text.
-        if (auto rgb = parseComponents(entry.objectForKey("NSRGB")); rgb && rgb->size() >= 3)
-            return Value(Color::colorWithRGBA((*rgb)[0], (*rgb)[1], (*rgb)[2],
-                                              rgb->size() > 3 ? (*rgb)[3] : 1));
-        if (auto white = parseComponents(entry.objectForKey("NSWhite")); white && !white->empty())
-            return Value(Color::colorWithWhite((*white)[0], white->size() > 1 ? (*white)[1] : 1));
-        return fail();
+    bool claim(std::uint64_t amount) override {
+        if (amount > kMaxArchiveClaims - claimed_) return false;
+        claimed_ += amount;
+        return true;
     }
 
     const Array& objects_;
     std::vector<State> state_;
     std::vector<Value> decoded_;
-    std::map<std::uint64_t, Known> classes_;
-    std::uint64_t pixels_ = 0;
+    std::map<std::uint64_t, ClassKind> classes_;
+    std::uint64_t claimed_ = 0;
+    std::size_t depth_ = 0;  // of the object a codec is decoding
     bool failed_ = false;
 };
 
@@ -623,6 +547,13 @@ std::optional<Bytes> archivedDataWithRootObject(const Value& root) {
     } catch (const std::length_error&) {
         return std::nullopt;
     }
+}
+
+void registerArchiveCodec(ArchiveCodec codec) {
+    CodecRegistry& registry = codecs();
+    const std::string name = codec.classes.empty() ? std::string() : codec.classes.front();
+    std::lock_guard lock(registry.mutex);
+    registry.byName.emplace(name, std::make_shared<const ArchiveCodec>(std::move(codec)));
 }
 
 }  // namespace plat

@@ -1,4 +1,5 @@
 #include "platform/ui/color.h"
+#include "platform/ui/archive_codecs.h"
 
 #include <algorithm>
 #include <cmath>
@@ -7,6 +8,9 @@
 namespace plat {
 
 namespace {
+
+// Whatever holds a colour links this file, and can then archive and unarchive it.
+[[maybe_unused]] const bool kColoursArchive = (registerArchiveCodec(colorArchiveCodec()), true);
 
 int toByte(double component) {
     return static_cast<int>(std::lround(std::clamp(component, 0.0, 1.0) * 255.0));

@@ -19,12 +19,16 @@
 #include "platform/system/bundle.h"
 #include "platform/system/file_version.h"
 #include "platform/system/process.h"
+#include "platform/ui/archive_codecs.h"
 #include "platform/ui/image_orientation.h"
 #include "platform/ui/png_encoding.h"
 
 namespace plat {
 
 namespace {
+
+// Whatever holds an image links this file, and can then archive and unarchive it.
+[[maybe_unused]] const bool kImagesArchive = (registerArchiveCodec(imageArchiveCodec()), true);
 
 // cairo refuses image surfaces larger than this each way; checking first keeps a hostile
 // header from asking for gigabytes.
