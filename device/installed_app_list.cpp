@@ -1,5 +1,8 @@
 #include "device/installed_app_list.h"
 
+#include <map>
+#include <mutex>
+
 #include "device/app_installer.h"
 #include "platform/foundation/plist.h"
 #include "platform/system/device_root.h"
@@ -49,6 +52,33 @@ double scaleOf(const std::string& fileName) {
     return 1;
 }
 
+// The icons made so far, by the file they were made from. Every request for an icon, or for
+// the application list, would otherwise decode and scale the same files again, and the
+// resource check asks for them thousands of times over its devices.
+class IconCache {
+  public:
+    plat::ImagePtr find(const plat::Bytes& file, double scale) {
+        std::lock_guard lock(mutex_);
+        const auto found = icons_.find({file, scale});
+        return found == icons_.end() ? nullptr : found->second;
+    }
+    void keep(plat::Bytes file, double scale, plat::ImagePtr icon) {
+        std::lock_guard lock(mutex_);
+        if (icons_.size() >= kLimit) icons_.clear();
+        icons_.emplace(std::make_pair(std::move(file), scale), std::move(icon));
+    }
+
+  private:
+    static constexpr std::size_t kLimit = 512;
+    std::mutex mutex_;
+    std::map<std::pair<plat::Bytes, double>, plat::ImagePtr> icons_;
+};
+
+IconCache& iconCache() {
+    static IconCache cache;
+    return cache;
+}
+
 }  // namespace
 
 std::vector<InstalledApp> installedApps(const plat::DeviceRoot& root) {
@@ -85,10 +115,13 @@ plat::ImagePtr largestIcon(const plat::DeviceRoot& root, const InstalledApp& app
         bestName = name;
     }
     if (!bestBytes) return nullptr;
+    const double scale = scaleOf(bestName);
+    if (auto icon = iconCache().find(*bestBytes, scale)) return icon;
     // Whatever the app ships, Settings gets an icon no larger than a home-screen icon: an app
     // with a poster-sized icon must not cost every root-page show a poster's memory.
-    return plat::imageScaledToFit(plat::Image::imageWithData(*bestBytes, scaleOf(bestName)),
-                                  kIconPixels);
+    auto icon = plat::imageScaledToFit(plat::Image::imageWithData(*bestBytes, scale), kIconPixels);
+    if (icon) iconCache().keep(std::move(*bestBytes), scale, icon);
+    return icon;
 }
 
 }  // namespace velto::device

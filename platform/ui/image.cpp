@@ -438,9 +438,11 @@ cairo_surface_t* argb32Copy(cairo_surface_t* source) {
 
 std::optional<Bytes> UIImagePNGRepresentation(const Image* image) {
     if (!image) return std::nullopt;
-    Bytes out = encodePng(image->surface(), image->hasAlpha());
-    if (out.empty()) return std::nullopt;
-    return out;
+    std::call_once(image->encoded_, [image] {
+        Bytes out = encodePng(image->surface(), image->hasAlpha());
+        if (!out.empty()) image->png_ = std::move(out);
+    });
+    return image->png_;
 }
 
 }  // namespace plat

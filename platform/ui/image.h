@@ -68,7 +68,13 @@ class Image : public Object {
     Image(cairo_surface_t* surface, double scale, bool hasAlpha);
     Image(Bytes png, int width, int height, double scale, bool hasAlpha);
 
+    friend std::optional<Bytes> UIImagePNGRepresentation(const Image* image);
+
     mutable std::once_flag decoded_;
+    // The PNG representation, made once: an image never changes, and the same icon is
+    // archived into reply after reply.
+    mutable std::once_flag encoded_;
+    mutable std::optional<Bytes> png_;
     struct SurfaceRelease {
         void operator()(cairo_surface_t* surface) const;
     };
