@@ -184,30 +184,7 @@ int runDemoReset(bool json) {
     return kExitOk;
 }
 
-}  // namespace
-
-int runCommandLine(int argc, char** argv) {
-    Options options;
-    CLI::App app{
-        "velto-settings: the Settings application for the VeltoSettings bundle, on a device root.",
-        "velto-settings"};
-    app.fallthrough();
-    app.set_version_flag("--version", std::string("velto-settings ") + VELTO_VERSION);
-    app.add_option("--device", options.device, "device root folder (default: the demo device)");
-    app.add_flag("--json", options.json, "JSON Lines output");
-    app.add_option("--screenshots", options.screenshots,
-                   "also draw every shown page into DIR as 001.png, 002.png...");
-    app.add_option("STEP", options.steps, "steps to run, one per argument, e.g. 'open Mail'");
-
-    CLI::App* run =
-        app.add_subcommand("run", "run steps from FILE, one per line ('-': standard input)");
-    run->add_option("FILE", options.runFile)->required();
-
-    CLI::App* device = app.add_subcommand("device", "device roots");
-    device->require_subcommand(1);
-    CLI::App* init = device->add_subcommand("init", "create a device root");
-    declareDeviceInit(*init, options.deviceInit);
-
+CLI::App* declareDefaults(CLI::App& app, Options& options) {
     CLI::App* defaults = app.add_subcommand("defaults", "read and change preferences domains");
     defaults->require_subcommand(1);
     CLI::App* read = defaults->add_subcommand("read", "print a domain, or one key of it");
@@ -240,6 +217,10 @@ int runCommandLine(int argc, char** argv) {
     importDomain->add_option("DOMAIN", options.domain)->required();
     importDomain->add_option("FILE", options.file, "'-': standard input")->required();
 
+    return defaults;
+}
+
+CLI::App* declarePlutil(CLI::App& app) {
     CLI::App* plutil = app.add_subcommand("plutil", "check and convert property list files");
     plutil->footer(
         "plutil -lint FILE...                          say whether each is a property list\n"
@@ -250,10 +231,10 @@ int runCommandLine(int argc, char** argv) {
     plutil->allow_extras();
     plutil->fallthrough(false);
 
-    CLI::App* demo = app.add_subcommand("demo", "the demo device used when no --device is given");
-    demo->require_subcommand(1);
-    CLI::App* reset = demo->add_subcommand("reset", "put the demo device back to its first state");
+    return plutil;
+}
 
+CLI::App* declareWatch(CLI::App& app, Options& options) {
     CLI::App* watch = app.add_subcommand(
         "watch",
         "show the page the steps lead to, and again whenever the device's settings or "
@@ -263,6 +244,40 @@ int runCommandLine(int argc, char** argv) {
     watch->add_option("--timeout", options.watchTimeout, "stop after SECONDS")
         ->check(CLI::PositiveNumber);
 
+    return watch;
+}
+
+}  // namespace
+
+int runCommandLine(int argc, char** argv) {
+    Options options;
+    CLI::App app{
+        "velto-settings: the Settings application for the VeltoSettings bundle, on a device root.",
+        "velto-settings"};
+    app.fallthrough();
+    app.set_version_flag("--version", std::string("velto-settings ") + VELTO_VERSION);
+    app.add_option("--device", options.device, "device root folder (default: the demo device)");
+    app.add_flag("--json", options.json, "JSON Lines output");
+    app.add_option("--screenshots", options.screenshots,
+                   "also draw every shown page into DIR as 001.png, 002.png...");
+    app.add_option("STEP", options.steps, "steps to run, one per argument, e.g. 'open Mail'");
+
+    CLI::App* run =
+        app.add_subcommand("run", "run steps from FILE, one per line ('-': standard input)");
+    run->add_option("FILE", options.runFile)->required();
+
+    CLI::App* device = app.add_subcommand("device", "device roots");
+    device->require_subcommand(1);
+    CLI::App* init = device->add_subcommand("init", "create a device root");
+    declareDeviceInit(*init, options.deviceInit);
+
+    CLI::App* defaults = declareDefaults(app, options);
+    CLI::App* plutil = declarePlutil(app);
+    CLI::App* demo = app.add_subcommand("demo", "the demo device used when no --device is given");
+    demo->require_subcommand(1);
+    CLI::App* reset = demo->add_subcommand("reset", "put the demo device back to its first state");
+
+    CLI::App* watch = declareWatch(app, options);
     CLI::App* check = app.add_subcommand(
         "check", "prove that the bundle's resources cannot crash the Settings application");
     declareCheck(*check, options.check);

@@ -179,6 +179,23 @@ class Formatter {
             else
                 at_ = mark;
         }
+        const Conversion c = specification();
+        if (at_ >= format_.size()) {
+            out_.append(format_.substr(start));
+            return;
+        }
+        const char kind = format_[at_++];
+        // Unknown conversions (and %n, which would write through a pointer) are copied as
+        // written and consume no argument.
+        if (std::string_view("@diuxXoDUOfFeEgGaAscCp").find(kind) == std::string_view::npos) {
+            out_.append(format_.substr(start, at_ - start));
+            return;
+        }
+        out_ += converted(kind, position ? argument(position - 1) : nextArgument(), c);
+    }
+
+    // Flags, width, precision and length, as far as the format gives them.
+    Conversion specification() {
         Conversion c;
         while (at_ < format_.size() &&
                std::string_view("-+ #0'").find(format_[at_]) != std::string_view::npos) {
@@ -211,76 +228,43 @@ class Formatter {
         } else {
             accept('L');
         }
-        if (at_ >= format_.size()) {
-            out_.append(format_.substr(start));
-            return;
-        }
-        const char kind = format_[at_++];
-        auto value = [&]() -> const Value& {
-            return position ? argument(position - 1) : nextArgument();
-        };
+        return c;
+    }
+
+    static std::string converted(char kind, const Value& v, const Conversion& c) {
+        Conversion plain = c;
+        plain.precision = -1;
         switch (kind) {
             case '@':
-                out_ += padded(value().description(), c);
-                return;
+                return padded(v.description(), c);
             case 'd':
             case 'i':
-                out_ += printed(cFormat(c, "lld"), signedArgument(value(), c.length));
-                return;
+                return printed(cFormat(c, "lld"), signedArgument(v, c.length));
             case 'u':
             case 'x':
             case 'X':
             case 'o':
-                out_ += printed(cFormat(c, std::string("ll") + kind),
-                                unsignedArgument(value(), c.length));
-                return;
+                return printed(cFormat(c, std::string("ll") + kind), unsignedArgument(v, c.length));
             case 'D':
-                out_ += printed(cFormat(c, "lld"), signedArgument(value(), Length::Wide));
-                return;
+                return printed(cFormat(c, "lld"), signedArgument(v, Length::Wide));
             case 'U':
             case 'O':
-                out_ += printed(cFormat(c, std::string("ll") + static_cast<char>(kind + 32)),
-                                unsignedArgument(value(), Length::Wide));
-                return;
-            case 'f':
-            case 'F':
-            case 'e':
-            case 'E':
-            case 'g':
-            case 'G':
-            case 'a':
-            case 'A':
-                out_ += printed(cFormat(c, std::string(1, kind)), value().doubleValue());
-                return;
-            case 's': {
-                const Value& v = value();
-                out_ += padded(v.isString() ? *v.asString() : v.description(), c);
-                return;
-            }
+                return printed(cFormat(c, std::string("ll") + static_cast<char>(kind + 32)),
+                               unsignedArgument(v, Length::Wide));
+            case 's':
+                return padded(v.isString() ? *v.asString() : v.description(), c);
             case 'c':
-            case 'C': {
-                Conversion plain = c;
-                plain.precision = -1;
-                out_ +=
-                    padded(characterText(value(), kind == 'C' || c.length == Length::Wide), plain);
-                return;
-            }
+            case 'C':
+                return padded(characterText(v, kind == 'C' || c.length == Length::Wide), plain);
             case 'p': {
-                const Value& v = value();
                 const auto address = v.isObject()
                                          ? reinterpret_cast<std::uintptr_t>(v.asObject().get())
                                          : static_cast<std::uintptr_t>(v.unsignedValue());
-                Conversion plain = c;
-                plain.precision = -1;
-                out_ +=
-                    padded("0x" + printed("%llx", static_cast<unsigned long long>(address)), plain);
-                return;
+                return padded("0x" + printed("%llx", static_cast<unsigned long long>(address)),
+                              plain);
             }
-            default:
-                // Unknown conversions (and %n, which would write through a pointer) are copied
-                // as written and consume no argument.
-                out_.append(format_.substr(start, at_ - start));
-                return;
+            default:  // f F e E g G a A
+                return printed(cFormat(c, std::string(1, kind)), v.doubleValue());
         }
     }
 
