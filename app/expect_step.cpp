@@ -98,9 +98,10 @@ void checkLog(const std::string& wanted, const ExpectScene& scene) {
     std::string written;
     int lines = 0;
     for (const plat::JournalEntry& entry : scene.sinceLastAction) {
-        if (entry.kind != plat::JournalEntry::Kind::Log) continue;
-        if (entry.text.find(wanted) != std::string::npos) return;
-        if (++lines <= 3) written += (lines > 1 ? ", '" : "'") + entry.text + "'";
+        const auto* log = std::get_if<plat::journal::Log>(&entry);
+        if (!log) continue;
+        if (log->text.find(wanted) != std::string::npos) return;
+        if (++lines <= 3) written += (lines > 1 ? ", '" : "'") + log->text + "'";
     }
     if (lines == 0) throw ExpectationFailed("no line was logged since the last step");
     throw ExpectationFailed("no log line holds '" + wanted + "'; logged: " + written +

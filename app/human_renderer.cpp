@@ -144,48 +144,85 @@ void HumanRenderer::presented(const PresentedView& presented) {
     out_ << "  " << paint(kYellow, "└") << "\n";
 }
 
+namespace {
+
+std::string rowsWhat(const std::optional<std::int64_t>& index, const char* none,
+                     std::optional<std::int64_t> lastIndex, bool animated) {
+    std::string what = index ? "#" + std::to_string(*index) : none;
+    if (lastIndex) what += " to #" + std::to_string(*lastIndex);
+    if (animated) what += ", animated";
+    return what;
+}
+
+// What follows an entry's kind on its line.
+struct JournalWhat {
+    std::size_t runLength;
+    std::optional<std::int64_t> lastIndex;
+
+    std::string operator()(const plat::journal::Notification& e) const { return e.name; }
+    std::string operator()(const plat::journal::LocalNotification& e) const { return e.name; }
+    std::string operator()(const plat::journal::Log& e) const { return e.text; }
+    std::string operator()(const plat::journal::Shell& e) const { return e.command; }
+    std::string operator()(const plat::journal::Request& e) const {
+        return e.name + (runLength > 1 ? " x" + std::to_string(runLength) : "") +
+               (e.replied() ? " (replied)" : " (no reply)");
+    }
+    std::string operator()(const plat::journal::Insert& e) const {
+        return rowsWhat(e.index, "a row no longer shown", lastIndex, e.animated);
+    }
+    std::string operator()(const plat::journal::Remove& e) const {
+        return rowsWhat(e.index, "", lastIndex, e.animated);
+    }
+    std::string operator()(const plat::journal::Reload& e) const {
+        return rowsWhat(e.index, "all rows", lastIndex, e.animated);
+    }
+    std::string operator()(const plat::journal::Present& e) const {
+        return e.controllerClass + (e.title.empty() ? "" : " \"" + e.title + "\"");
+    }
+    std::string operator()(const plat::journal::Dismiss& e) const {
+        return e.controllerClass + " (" + e.how + ")";
+    }
+    std::string operator()(const plat::journal::Navigation& e) const {
+        return e.action + " " + e.controllerClass;
+    }
+    std::string operator()(const plat::journal::Synchronize&) const { return ""; }
+    std::string operator()(const plat::journal::PreferenceWrite& e) const {
+        return e.domain + " " + e.key;
+    }
+};
+
+// Rows inserted or removed one after the other on one page, or the same request again: one
+// line. An insertion whose row is gone breaks the run, as it has no place in it.
+bool continuesRun(const plat::JournalEntry& first, const plat::JournalEntry& next) {
+    using namespace plat::journal;
+    if (first.index() != next.index()) return false;
+    if (const auto* a = std::get_if<Insert>(&first)) {
+        const auto& b = std::get<Insert>(next);
+        return a->page == b.page && a->animated == b.animated && a->index && b.index;
+    }
+    if (const auto* a = std::get_if<Remove>(&first)) {
+        const auto& b = std::get<Remove>(next);
+        return a->page == b.page && a->animated == b.animated;
+    }
+    if (const auto* a = std::get_if<Request>(&first)) {
+        const auto& b = std::get<Request>(next);
+        return a->name == b.name && a->center == b.center && a->replied() == b.replied();
+    }
+    return false;
+}
+
+std::optional<std::int64_t> listIndex(const plat::JournalEntry& entry) {
+    if (const auto* insert = std::get_if<plat::journal::Insert>(&entry)) return insert->index;
+    if (const auto* remove = std::get_if<plat::journal::Remove>(&entry)) return remove->index;
+    return std::nullopt;
+}
+
+}  // namespace
+
 void HumanRenderer::journalLine(const plat::JournalEntry& entry, std::size_t runLength,
                                 std::optional<std::int64_t> lastIndex) {
-    using Kind = plat::JournalEntry::Kind;
-    std::string what;
-    switch (entry.kind) {
-        case Kind::Notification:
-        case Kind::LocalNotification:
-            what = entry.name;
-            break;
-        case Kind::Log:
-        case Kind::Shell:
-            what = entry.text;
-            break;
-        case Kind::Request:
-            what = entry.name + (runLength > 1 ? " x" + std::to_string(runLength) : "") +
-                   (entry.replied ? " (replied)" : " (no reply)");
-            break;
-        case Kind::Insert:
-        case Kind::Remove:
-        case Kind::Reload:
-            what = entry.index                  ? "#" + std::to_string(*entry.index)
-                   : entry.kind == Kind::Insert ? "a row no longer shown"
-                                                : "all rows";
-            if (lastIndex) what += " to #" + std::to_string(*lastIndex);
-            if (entry.animated) what += ", animated";
-            break;
-        case Kind::Present:
-            what = entry.name + (entry.text.empty() ? "" : " \"" + entry.text + "\"");
-            break;
-        case Kind::Dismiss:
-            what = entry.name + " (" + entry.text + ")";
-            break;
-        case Kind::Navigation:
-            what = entry.text + " " + entry.name;
-            break;
-        case Kind::Synchronize:
-            break;
-        case Kind::PreferenceWrite:
-            what = entry.name + " " + entry.text;
-            break;
-    }
-    const std::string kind = plat::kindName(entry.kind);
+    const std::string what = std::visit(JournalWhat{runLength, lastIndex}, entry);
+    const std::string kind = plat::kindName(entry);
     // The padding stays outside the colour, so a line with nothing after its kind ends clean.
     out_ << "  " << paint(kDim, "· " + kind);
     if (!what.empty()) out_ << padded("", 19 - std::min<std::size_t>(kind.size(), 18)) << what;
@@ -193,26 +230,17 @@ void HumanRenderer::journalLine(const plat::JournalEntry& entry, std::size_t run
 }
 
 void HumanRenderer::journal(const std::vector<plat::JournalEntry>& entries) {
-    using Kind = plat::JournalEntry::Kind;
     // Runs of the same thing (a row inserted after the other, one icon request per row) read
     // better as one line; the JSON output keeps every entry.
     for (std::size_t i = 0; i < entries.size();) {
         const plat::JournalEntry& first = entries[i];
-        const bool listOperation = first.kind == Kind::Insert || first.kind == Kind::Remove;
         std::size_t end = i + 1;
-        while (end < entries.size()) {
-            const plat::JournalEntry& next = entries[end];
-            // An insertion's text names its row; a run of them is one line all the same.
-            if (next.kind != first.kind || next.name != first.name ||
-                (next.text != first.text && first.kind != Kind::Insert) ||
-                next.replied != first.replied || next.animated != first.animated)
-                break;
-            if (listOperation && (!next.index || !first.index)) break;
-            if (!listOperation && first.kind != Kind::Request) break;
+        while (end < entries.size() && continuesRun(first, entries[end]))
             ++end;
-        }
+        const bool listOperation = std::holds_alternative<plat::journal::Insert>(first) ||
+                                   std::holds_alternative<plat::journal::Remove>(first);
         if (listOperation && end - i > 1)
-            journalLine(first, 1, entries[end - 1].index);
+            journalLine(first, 1, listIndex(entries[end - 1]));
         else
             journalLine(first, end - i, std::nullopt);
         i = end;

@@ -22,7 +22,7 @@ std::optional<std::int64_t> rowNamed(const plat::SpecifierArray& list, const std
 }
 
 std::optional<std::int64_t> shownIndex(
-    const plat::JournalEntry& entry,
+    const plat::journal::Insert& entry,
     const std::vector<std::shared_ptr<plat::ListController>>& stack) {
     const auto row = entry.row.lock();
     for (const auto& page : stack) {
@@ -31,11 +31,11 @@ std::optional<std::int64_t> shownIndex(
         if (row)
             if (auto index = sameRow(*list, row.get())) return index;
     }
-    if (entry.text.empty()) return std::nullopt;
+    if (entry.rowIdentifier.empty()) return std::nullopt;
     for (auto page = stack.rbegin(); page != stack.rend(); ++page) {
         const auto list = (*page)->heldSpecifiers();
-        if (list && (*page)->className() == entry.name)
-            if (auto index = rowNamed(*list, entry.text)) return index;
+        if (list && (*page)->className() == entry.page)
+            if (auto index = rowNamed(*list, entry.rowIdentifier)) return index;
     }
     return std::nullopt;
 }
@@ -45,7 +45,8 @@ std::optional<std::int64_t> shownIndex(
 void placeInsertions(std::vector<plat::JournalEntry>& journal,
                      const std::vector<std::shared_ptr<plat::ListController>>& stack) {
     for (plat::JournalEntry& entry : journal)
-        if (entry.kind == plat::JournalEntry::Kind::Insert) entry.index = shownIndex(entry, stack);
+        if (auto* insert = std::get_if<plat::journal::Insert>(&entry))
+            insert->index = shownIndex(*insert, stack);
 }
 
 }  // namespace velto::app

@@ -85,57 +85,68 @@ std::string base64(const plat::Bytes& bytes) {
 
 }  // namespace
 
-json journalJson(const plat::JournalEntry& entry) {
-    using Kind = plat::JournalEntry::Kind;
-    json out = {{"kind", plat::kindName(entry.kind)}};
-    switch (entry.kind) {
-        case Kind::Notification:
-        case Kind::LocalNotification:
-            out["name"] = entry.name;
-            break;
-        case Kind::Log:
-            out["text"] = entry.text;
-            break;
-        case Kind::Request:
-            out["name"] = entry.name;
-            out["center"] = entry.text;
-            out["replied"] = entry.replied;
-            out["userInfo"] = summaryJson(entry.value);
-            out["reply"] = summaryJson(entry.reply);
-            break;
-        case Kind::Shell:
-            out["command"] = entry.text;
-            break;
-        case Kind::Insert:
-        case Kind::Remove:
-        case Kind::Reload:
-            out["index"] = entry.index ? json(*entry.index) : json(nullptr);
-            out["animated"] = entry.animated;
-            out["page"] = entry.name;
-            if (entry.kind == Kind::Insert)
-                out["row"] = entry.text.empty() ? json(nullptr) : json(entry.text);
-            break;
-        case Kind::Present:
-            out["class"] = entry.name;
-            out["title"] = entry.text;
-            out["animated"] = entry.animated;
-            break;
-        case Kind::Dismiss:
-            out["class"] = entry.name;
-            out["how"] = entry.text;
-            break;
-        case Kind::Navigation:
-            out["class"] = entry.name;
-            out["action"] = entry.text;
-            break;
-        case Kind::Synchronize:
-            break;
-        case Kind::PreferenceWrite:
-            out["domain"] = entry.name;
-            out["key"] = entry.text;
-            out["value"] = valueJson(entry.value);
-            break;
+namespace {
+
+json indexJson(const std::optional<std::int64_t>& index) {
+    return index ? json(*index) : json(nullptr);
+}
+
+// The fields of each kind, after its "kind".
+struct JournalFields {
+    json& out;
+    void operator()(const plat::journal::Notification& e) const { out["name"] = e.name; }
+    void operator()(const plat::journal::LocalNotification& e) const { out["name"] = e.name; }
+    void operator()(const plat::journal::Log& e) const { out["text"] = e.text; }
+    void operator()(const plat::journal::Request& e) const {
+        out["name"] = e.name;
+        out["center"] = e.center;
+        out["replied"] = e.replied();
+        out["userInfo"] = summaryJson(e.userInfo);
+        out["reply"] = summaryJson(e.reply);
     }
+    void operator()(const plat::journal::Shell& e) const { out["command"] = e.command; }
+    void operator()(const plat::journal::Insert& e) const {
+        out["index"] = indexJson(e.index);
+        out["animated"] = e.animated;
+        out["page"] = e.page;
+        out["row"] = e.rowIdentifier.empty() ? json(nullptr) : json(e.rowIdentifier);
+    }
+    void operator()(const plat::journal::Remove& e) const {
+        out["index"] = e.index;
+        out["animated"] = e.animated;
+        out["page"] = e.page;
+    }
+    void operator()(const plat::journal::Reload& e) const {
+        out["index"] = indexJson(e.index);
+        out["animated"] = e.animated;
+        out["page"] = e.page;
+    }
+    void operator()(const plat::journal::Present& e) const {
+        out["class"] = e.controllerClass;
+        out["title"] = e.title;
+        out["animated"] = e.animated;
+    }
+    void operator()(const plat::journal::Dismiss& e) const {
+        out["class"] = e.controllerClass;
+        out["how"] = e.how;
+    }
+    void operator()(const plat::journal::Navigation& e) const {
+        out["class"] = e.controllerClass;
+        out["action"] = e.action;
+    }
+    void operator()(const plat::journal::Synchronize&) const {}
+    void operator()(const plat::journal::PreferenceWrite& e) const {
+        out["domain"] = e.domain;
+        out["key"] = e.key;
+        out["value"] = valueJson(e.value);
+    }
+};
+
+}  // namespace
+
+json journalJson(const plat::JournalEntry& entry) {
+    json out = {{"kind", plat::kindName(entry)}};
+    std::visit(JournalFields{out}, entry);
     return out;
 }
 

@@ -13,13 +13,14 @@ void SwitchPositions::hold(const std::shared_ptr<plat::ListController>& page,
 
 void SwitchPositions::forgetRedrawn(const std::vector<plat::JournalEntry>& entries) {
     for (const auto& entry : entries) {
-        if (entry.kind != plat::JournalEntry::Kind::Reload) continue;
+        const auto* reload = std::get_if<plat::journal::Reload>(&entry);
+        if (!reload) continue;
         std::erase_if(held_, [&](const Held& h) {
             const auto page = h.page.lock();
-            if (!page || page->className() != entry.name) return false;
-            if (!entry.index) return true;
+            if (!page || page->className() != reload->page) return false;
+            if (!reload->index) return true;
             const auto index = page->indexOfSpecifier(h.row.lock());
-            return index && static_cast<std::int64_t>(*index) == *entry.index;
+            return index && static_cast<std::int64_t>(*index) == *reload->index;
         });
     }
     std::erase_if(held_, [](const Held& h) { return h.page.expired() || h.row.expired(); });

@@ -48,27 +48,17 @@ SpecifierArrayPtr ListController::loadSpecifiersFromPlistName(const std::string&
     return loaded.specifiers;
 }
 
-void ListController::journalListOperation(JournalEntry::Kind kind, std::optional<std::size_t> index,
-                                          bool animated, const SpecifierPtr& row) {
-    Process* process = Process::tryCurrent();
-    if (!process) return;
-    JournalEntry entry;
-    entry.kind = kind;
-    entry.name = className();
-    if (index) entry.index = static_cast<std::int64_t>(*index);
-    entry.animated = animated;
-    if (row) {
-        entry.row = row;
-        entry.text = row->identifier().value_or("");
-    }
-    process->journal().append(std::move(entry));
+void ListController::journalListOperation(JournalEntry entry) {
+    if (Process* process = Process::tryCurrent()) process->journal().append(std::move(entry));
 }
 
 void ListController::insertSpecifier(const SpecifierPtr& specifier, std::size_t index,
                                      bool animated) {
     if (!held_) held_ = std::make_shared<SpecifierArray>();
     held_->insertObject(specifier, index);
-    journalListOperation(JournalEntry::Kind::Insert, index, animated, specifier);
+    journalListOperation(journal::Insert{className(), static_cast<std::int64_t>(index), animated,
+                                         specifier ? specifier->identifier().value_or("") : "",
+                                         specifier});
 }
 
 void ListController::removeSpecifierAtIndex(std::size_t index, bool animated) {
@@ -76,16 +66,20 @@ void ListController::removeSpecifierAtIndex(std::size_t index, bool animated) {
         throw RangeError("removeSpecifierAtIndex: index " + std::to_string(index) +
                          " beyond bounds for empty list");
     held_->removeObjectAtIndex(index);
-    journalListOperation(JournalEntry::Kind::Remove, index, animated);
+    journalListOperation(journal::Remove{className(), static_cast<std::int64_t>(index), animated});
 }
 
 void ListController::reloadSpecifier(const SpecifierPtr& specifier, bool animated) {
-    journalListOperation(JournalEntry::Kind::Reload, indexOfSpecifier(specifier), animated);
+    const auto index = indexOfSpecifier(specifier);
+    journalListOperation(journal::Reload{
+        className(),
+        index ? std::optional<std::int64_t>(static_cast<std::int64_t>(*index)) : std::nullopt,
+        animated});
 }
 
 void ListController::reloadSpecifiers() {
     held_.reset();
-    journalListOperation(JournalEntry::Kind::Reload, std::nullopt, false);
+    journalListOperation(journal::Reload{className(), std::nullopt, false});
     specifiers();
 }
 
@@ -158,14 +152,11 @@ void ListController::setPreferenceValue(const Value& value, const SpecifierPtr& 
         // The preferences daemon makes the folder of a domain it writes first.
         if (!process.root().fileExists(kPreferencesFolder))
             process.root().createDirectory(kPreferencesFolder, true);
-        if (auto bytes = dataFromPropertyList(stored, PropertyListFormat::Binary))
-            writeDataToFile(*bytes, path, true);
-        JournalEntry entry;
-        entry.kind = JournalEntry::Kind::PreferenceWrite;
-        entry.name = domain;
-        entry.text = key;
-        entry.value = value;
-        process.journal().append(std::move(entry));
+        // Only a write that reached the file is on the record; a refused one left the domain
+        // as it was.
+        const auto bytes = dataFromPropertyList(stored, PropertyListFormat::Binary);
+        if (bytes && writeDataToFile(*bytes, path, true))
+            process.journal().append(journal::PreferenceWrite{domain, key, value});
     }
     const std::string notification = specifier->propertyForKey(pskey::PostNotification).str();
     if (!notification.empty()) process.darwin().postNotification(notification, true);

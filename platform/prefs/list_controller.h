@@ -23,7 +23,8 @@ class Runtime;
 // RangeError, as the framework's NSMutableArray does.
 class ListController : public ViewController {
   public:
-    std::string className() const override { return "PSListController"; }
+    static constexpr const char* kClassName = "PSListController";
+    std::string className() const override { return kClassName; }
     std::vector<std::string> classChain() const override;
 
     // initForContentSize: — the designated initialiser; false stands for nil.
@@ -90,8 +91,8 @@ class ListController : public ViewController {
     static void registerFrameworkMethods(Runtime& runtime);
 
   protected:
-    void journalListOperation(JournalEntry::Kind kind, std::optional<std::size_t> index,
-                              bool animated, const SpecifierPtr& row = nullptr);
+    // Outside a process (a unit test of a page's pieces) list operations leave no trace.
+    static void journalListOperation(JournalEntry entry);
 
   private:
     SpecifierArrayPtr held_;

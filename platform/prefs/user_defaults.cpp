@@ -11,9 +11,7 @@ UserDefaults& UserDefaults::standardUserDefaults() {
 
 bool UserDefaults::synchronize() {
     if (Process* process = Process::tryCurrent()) {
-        JournalEntry entry;
-        entry.kind = JournalEntry::Kind::Synchronize;
-        process->journal().append(std::move(entry));
+        process->journal().append(journal::Synchronize{});
     }
     return true;
 }

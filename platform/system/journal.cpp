@@ -2,37 +2,8 @@
 
 namespace plat {
 
-const char* kindName(JournalEntry::Kind kind) {
-    using Kind = JournalEntry::Kind;
-    switch (kind) {
-        case Kind::Notification:
-            return "notification";
-        case Kind::LocalNotification:
-            return "local-notification";
-        case Kind::Log:
-            return "log";
-        case Kind::Request:
-            return "request";
-        case Kind::Shell:
-            return "shell";
-        case Kind::Insert:
-            return "insert";
-        case Kind::Remove:
-            return "remove";
-        case Kind::Reload:
-            return "reload";
-        case Kind::Present:
-            return "present";
-        case Kind::Dismiss:
-            return "dismiss";
-        case Kind::Navigation:
-            return "navigation";
-        case Kind::Synchronize:
-            return "synchronize";
-        case Kind::PreferenceWrite:
-            return "preference-write";
-    }
-    return "unknown";
+const char* kindName(const JournalEntry& entry) {
+    return std::visit([](const auto& event) { return event.kind; }, entry);
 }
 
 void Journal::append(JournalEntry entry) {
@@ -62,17 +33,11 @@ void Journal::clear() {
 }
 
 void Journal::notification(const std::string& name) {
-    JournalEntry entry;
-    entry.kind = JournalEntry::Kind::Notification;
-    entry.name = name;
-    append(std::move(entry));
+    append(journal::Notification{name});
 }
 
 void Journal::log(const std::string& text) {
-    JournalEntry entry;
-    entry.kind = JournalEntry::Kind::Log;
-    entry.text = text;
-    append(std::move(entry));
+    append(journal::Log{text});
 }
 
 }  // namespace plat

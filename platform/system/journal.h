@@ -2,53 +2,127 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
+#include <variant>
 #include <vector>
 
 #include "platform/foundation/value.h"
 
 namespace plat {
 
-// One observable thing the bundle did, in the order it happened.
-struct JournalEntry {
-    enum class Kind {
-        Notification,       // Darwin notification posted (name)
-        LocalNotification,  // NSNotificationCenter post (name)
-        Log,                // NSLog or library log line (text = the message)
-        Request,            // message-center request (name, text = center, value = user info,
-                            // reply)
-        Shell,              // popen/system (text = the exact command line)
-        Insert,             // list insert (index, animated, row, text = the row's identifier)
-        Remove,             // list removal (index, animated)
-        Reload,             // reloadSpecifier (index) / reloadSpecifiers (no index)
-        Present,            // presentViewController (name = class, text = title)
-        Dismiss,            // dismissal (name = class, text = how)
-        Navigation,         // push/pop by the host (name = class, text = "push"/"pop")
-        Synchronize,        // NSUserDefaults synchronize
-        PreferenceWrite,    // setPreferenceValue:specifier: stored a value (name = domain, text =
-                            // key, value = what was stored)
-    };
+// The observable things the bundle does, one type each. A reader takes the fields of the one
+// kind it meets and nothing else; `kind` is the name the JSON and human views give it.
+namespace journal {
 
-    Kind kind = Kind::Log;
+// A Darwin notification posted.
+struct Notification {
+    static constexpr const char* kind = "notification";
     std::string name;
-    std::string text;
-    std::optional<std::int64_t> index;
-    bool animated = false;
-    bool replied = false;
-    // What a request sent or a write stored; containers are shared with the caller, as the
-    // objects themselves would be.
-    Value value;
-    Value reply;  // a request's reply (nil when none came)
-    // The row an insertion added; weak, so that the journal keeps no row alive.
-    std::weak_ptr<const Object> row;
 };
 
-// The JSON/human name of a kind: "notification", "local-notification", "log", "request",
-// "shell", "insert", "remove", "reload", "present", "dismiss", "navigation", "synchronize",
-// "preference-write".
-const char* kindName(JournalEntry::Kind kind);
+// An NSNotificationCenter post.
+struct LocalNotification {
+    static constexpr const char* kind = "local-notification";
+    std::string name;
+};
+
+// An NSLog or library log line.
+struct Log {
+    static constexpr const char* kind = "log";
+    std::string text;
+};
+
+// A message-center request. Containers are shared with the caller, as the objects would be.
+struct Request {
+    static constexpr const char* kind = "request";
+    std::string center;
+    std::string name;
+    Value userInfo;
+    Value reply;  // nil when none came
+    bool replied() const { return !reply.isNil(); }
+};
+
+// popen or system, with the exact command line.
+struct Shell {
+    static constexpr const char* kind = "shell";
+    std::string command;
+};
+
+// A row inserted into a page's list.
+struct Insert {
+    static constexpr const char* kind = "insert";
+    std::string page;
+    std::optional<std::int64_t> index;  // none once the row is no longer shown
+    bool animated = false;
+    std::string rowIdentifier;        // empty for a row without one
+    std::weak_ptr<const Object> row;  // weak: the journal keeps no row alive
+};
+
+// A row removed from a page's list.
+struct Remove {
+    static constexpr const char* kind = "remove";
+    std::string page;
+    std::int64_t index = 0;
+    bool animated = false;
+};
+
+// reloadSpecifier: (an index) or reloadSpecifiers (none).
+struct Reload {
+    static constexpr const char* kind = "reload";
+    std::string page;
+    std::optional<std::int64_t> index;
+    bool animated = false;
+};
+
+// presentViewController:animated:completion:.
+struct Present {
+    static constexpr const char* kind = "present";
+    std::string controllerClass;
+    std::string title;
+    bool animated = false;
+};
+
+// A presented controller went away; `how` names the call that dismissed it.
+struct Dismiss {
+    static constexpr const char* kind = "dismiss";
+    std::string controllerClass;
+    std::string how;
+    bool animated = false;
+};
+
+// A push or pop by the host's navigation controller.
+struct Navigation {
+    static constexpr const char* kind = "navigation";
+    std::string controllerClass;
+    std::string action;  // "push" or "pop"
+};
+
+// NSUserDefaults synchronize.
+struct Synchronize {
+    static constexpr const char* kind = "synchronize";
+};
+
+// setPreferenceValue:specifier: stored a value in a defaults domain.
+struct PreferenceWrite {
+    static constexpr const char* kind = "preference-write";
+    std::string domain;
+    std::string key;
+    Value value;
+};
+
+}  // namespace journal
+
+using JournalEntry =
+    std::variant<journal::Notification, journal::LocalNotification, journal::Log, journal::Request,
+                 journal::Shell, journal::Insert, journal::Remove, journal::Reload,
+                 journal::Present, journal::Dismiss, journal::Navigation, journal::Synchronize,
+                 journal::PreferenceWrite>;
+
+// The JSON/human name of an entry's kind.
+const char* kindName(const JournalEntry& entry);
 
 // The per-process record of everything observable. Thread-safe: the Darwin delivery thread
 // logs too.
@@ -60,6 +134,16 @@ class Journal {
     std::vector<JournalEntry> since(std::size_t mark) const;
     std::size_t size() const;
     void clear();
+
+    // The entries of one kind, in order.
+    template <typename Event>
+    std::vector<Event> entriesOf() const {
+        std::lock_guard lock(mutex_);
+        std::vector<Event> out;
+        for (const JournalEntry& entry : entries_)
+            if (const Event* event = std::get_if<Event>(&entry)) out.push_back(*event);
+        return out;
+    }
 
     // Shorthands used all over the platform.
     void notification(const std::string& name);

@@ -58,14 +58,7 @@ Value MessageCenters::route(const std::string& centerName, const std::string& me
     }
     if (error && !failure.empty()) *error = failure;
 
-    JournalEntry entry;
-    entry.kind = JournalEntry::Kind::Request;
-    entry.name = messageName;
-    entry.text = centerName;
-    entry.replied = !reply.isNil();
-    entry.value = userInfo;
-    entry.reply = reply;
-    journal_.append(std::move(entry));
+    journal_.append(journal::Request{centerName, messageName, userInfo, reply});
     return reply;
 }
 

@@ -35,10 +35,7 @@ void NotificationCenter::removeObserver(std::uint64_t token) {
 
 void NotificationCenter::postNotificationName(const std::string& name, Value object,
                                               Value userInfo) {
-    JournalEntry entry;
-    entry.kind = JournalEntry::Kind::LocalNotification;
-    entry.name = name;
-    journal_.append(std::move(entry));
+    journal_.append(journal::LocalNotification{name});
 
     // An observer registered for no name hears every notification, as with a nil name.
     std::vector<std::uint64_t> tokens;

@@ -173,10 +173,7 @@ class ProcessPipe final : public LinePipe {
 }  // namespace
 
 std::unique_ptr<Pipe> Shell::popen(const std::string& command, const std::string& mode) {
-    JournalEntry entry;
-    entry.kind = JournalEntry::Kind::Shell;
-    entry.text = command;
-    journal_.append(std::move(entry));
+    journal_.append(journal::Shell{command});
 
     if (mode != "r") return nullptr;
     if (interceptor_) {
@@ -220,10 +217,7 @@ std::unique_ptr<Pipe> Shell::popen(const std::string& command, const std::string
 }
 
 int Shell::system(const std::string& command) {
-    JournalEntry entry;
-    entry.kind = JournalEntry::Kind::Shell;
-    entry.text = command;
-    journal_.append(std::move(entry));
+    journal_.append(journal::Shell{command});
 
     if (interceptor_) {
         if (auto result = interceptor_(command)) return waitStatusForExit(result->status);

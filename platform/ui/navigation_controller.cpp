@@ -6,14 +6,10 @@ namespace plat {
 
 namespace {
 
-void journal(const ViewController& controller, const char* what) {
+void journalNavigation(const ViewController& controller, const char* what) {
     Process* process = Process::tryCurrent();
     if (!process) return;
-    JournalEntry entry;
-    entry.kind = JournalEntry::Kind::Navigation;
-    entry.name = controller.className();
-    entry.text = what;
-    process->journal().append(std::move(entry));
+    process->journal().append(journal::Navigation{controller.className(), what});
 }
 
 }  // namespace
@@ -30,7 +26,7 @@ void NavigationController::pushViewController(const std::shared_ptr<ViewControll
     stack_.push_back(controller);
     controller->setNavigationController(
         std::static_pointer_cast<NavigationController>(shared_from_this()));
-    journal(*controller, "push");
+    journalNavigation(*controller, "push");
     controller->viewDidLoad();
 }
 
@@ -38,7 +34,7 @@ std::shared_ptr<ViewController> NavigationController::popViewControllerAnimated(
     if (stack_.size() <= 1) return nullptr;
     auto top = stack_.back();
     stack_.pop_back();
-    journal(*top, "pop");
+    journalNavigation(*top, "pop");
     return top;
 }
 

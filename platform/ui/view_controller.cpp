@@ -8,14 +8,9 @@ namespace {
 
 // Controllers may live outside any process (a unit test of a page's pieces); they then
 // simply leave no trace.
-void record(JournalEntry::Kind kind, std::string name, std::string text, bool animated) {
+void record(JournalEntry entry) {
     Process* process = Process::tryCurrent();
     if (!process) return;
-    JournalEntry entry;
-    entry.kind = kind;
-    entry.name = std::move(name);
-    entry.text = std::move(text);
-    entry.animated = animated;
     process->journal().append(std::move(entry));
 }
 
@@ -30,8 +25,7 @@ void ViewController::presentViewController(const std::shared_ptr<ViewController>
         return;
     presented_ = controller;
     controller->presenting_ = std::static_pointer_cast<ViewController>(weak_from_this().lock());
-    record(JournalEntry::Kind::Present, controller->className(), controller->title().value_or(""),
-           animated);
+    record(journal::Present{controller->className(), controller->title().value_or(""), animated});
     if (completion) completion();
 }
 
@@ -73,7 +67,7 @@ void ViewController::dismissPresented(bool animated, const std::function<void()>
         above->presenting_.reset();
         above = std::move(above->presented_);
     }
-    record(JournalEntry::Kind::Dismiss, dismissed->className(), how, animated);
+    record(journal::Dismiss{dismissed->className(), how, animated});
     if (completion) completion();
 }
 

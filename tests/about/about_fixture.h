@@ -37,7 +37,7 @@ class AboutDevice : public testsupport::BundleDevice {
             });
     }
 
-    std::size_t shellRuns() const { return entries(plat::JournalEntry::Kind::Shell).size(); }
+    std::size_t shellRuns() const { return entries<plat::journal::Shell>().size(); }
 
     std::shared_ptr<velto::VeltoMiscController> page() const {
         return open<velto::VeltoMiscController>("VeltoMiscController");

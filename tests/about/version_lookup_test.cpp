@@ -15,7 +15,7 @@ TEST(VersionLookupTest, PackageVersionIsWhatDpkgQueryPrints) {
     AboutDevice device;
     device.installPackage("com.norvale.velto2", "2.1.0-1");
     EXPECT_EQ(velto::packageVersion("com.norvale.velto2"), "2.1.0-1");
-    EXPECT_EQ(device.entries(plat::JournalEntry::Kind::Shell).at(0).text,
+    EXPECT_EQ(device.entries<plat::journal::Shell>().at(0).command,
               "'/usr/bin/dpkg-query' '-Wf' '${Version}' 'com.norvale.velto2'");
     // dpkg-query complains on its error output and exits 1; nothing of that is read.
     EXPECT_EQ(velto::packageVersion("com.norvale.absent"), std::nullopt);
@@ -26,7 +26,7 @@ TEST(VersionLookupTest, QuoteInIdentifierIsPassedOnUnchanged) {
     device.installPackage("com.norvale.velto2", "2.1.0-1");
     // The quote ends the shell's quoting; the shell refuses the line and the answer is nil.
     EXPECT_EQ(velto::packageVersion("com.norvale.velto2'"), std::nullopt);
-    EXPECT_EQ(device.entries(plat::JournalEntry::Kind::Shell).at(0).text,
+    EXPECT_EQ(device.entries<plat::journal::Shell>().at(0).command,
               "'/usr/bin/dpkg-query' '-Wf' '${Version}' 'com.norvale.velto2''");
 }
 

@@ -235,8 +235,8 @@ TEST_F(NavigationCli, KillingBackboarddRestartsTheInterfaceWithoutReachingTheHos
     EXPECT_EQ(session.process().messageCenters().centersMade(), centers + 1);
     const auto journal = session.takeJournal();
     ASSERT_FALSE(journal.empty());
-    EXPECT_EQ(journal[0].kind, plat::JournalEntry::Kind::Shell);
-    EXPECT_EQ(journal[0].text, "killall backboardd");
+    ASSERT_TRUE(std::holds_alternative<plat::journal::Shell>(journal[0]));
+    EXPECT_EQ(std::get<plat::journal::Shell>(journal[0]).command, "killall backboardd");
 }
 
 TEST(UiRestart, OnlyCommandsThatEndTheInterfaceRestartItAndNoKillallReachesTheHost) {

@@ -115,7 +115,7 @@ TEST_F(DisabledAppsPageTest, SwitchShowsExclusionAndToggleFlipsWhatIsStored) {
     // Through the file, as the extension reads it; the page wrote no value of its own.
     EXPECT_EQ(device.mainSettings().objectForKey("VeltoExcludedApps"),
               Value::array({"com.bank", "com.alpha"}));
-    EXPECT_TRUE(device.entries(plat::JournalEntry::Kind::PreferenceWrite).empty());
+    EXPECT_TRUE(device.entries<plat::journal::PreferenceWrite>().empty());
 }
 
 // A reply (or payload) that carries nothing usable.

@@ -40,9 +40,7 @@ class SettingsChangedTest : public ::testing::Test {
         page->viewDidLoad();
         return page;
     }
-    std::size_t requests() const {
-        return device.entries(plat::JournalEntry::Kind::Request).size();
-    }
+    std::size_t requests() const { return device.entries<plat::journal::Request>().size(); }
     // The Darwin notification from the extension's process, delivered and handed on.
     void settingsChangeArrives() {
         device.process().darwin().postFromOtherProcess(kChanged);

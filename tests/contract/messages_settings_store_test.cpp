@@ -122,7 +122,7 @@ TEST_F(MessagesSettingsStoreTest, RowsWithoutDefaultsGoToThePagesOwnFileOnly) {
     // A defaults domain (the master switch): the platform's path, into that domain's file,
     // behind the page's back.
     page->setPreferenceValue(Value::boolean(true), switchRow("VeltoEnabled", "com.norvale.velto"));
-    EXPECT_EQ(device.entries(plat::JournalEntry::Kind::PreferenceWrite).size(), 1u);
+    EXPECT_EQ(device.entries<plat::journal::PreferenceWrite>().size(), 1u);
     EXPECT_EQ(page->settings().objectForKey("VeltoEnabled"), Value::boolean(false));
     EXPECT_EQ(changedPosts(), 1u);
 

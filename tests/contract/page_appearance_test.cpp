@@ -97,7 +97,7 @@ TEST_F(PageAppearanceTest, OldSystemsGetTheProductBackButtonWhichLeavesThePage) 
         EXPECT_NE(navigation->topViewController(), *shown);
     }
     EXPECT_EQ(navigation->viewControllers().size(), 1u);
-    EXPECT_EQ(device.entries(plat::JournalEntry::Kind::Navigation).back().text, "pop");
+    EXPECT_EQ(device.entries<plat::journal::Navigation>().back().action, "pop");
 
     // From 11 on the system's own back button stays.
     device.setSystemVersion("11.0");
@@ -149,7 +149,7 @@ TEST_F(PageAppearanceTest, AboutPageBuildsFromItsResourceWithThisYearsFooterAndS
     EXPECT_EQ(alert->message(), "You have no mail account.");
     EXPECT_EQ(alert->preferredStyle(), plat::UIAlertControllerStyleAlert);
     EXPECT_EQ(alert->actions().size(), 1u);
-    EXPECT_EQ(device.entries(plat::JournalEntry::Kind::Present).size(), 1u);
+    EXPECT_EQ(device.entries<plat::journal::Present>().size(), 1u);
     EXPECT_TRUE(alert->tapAction("OK"));
     EXPECT_FALSE(page->presentedViewController());
 }

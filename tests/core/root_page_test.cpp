@@ -200,17 +200,17 @@ TEST_F(RootPageTest, IconsAreRequestedOnEveryCallAndOnlyDecodedRepliesAreKept) {
     auto root = openRoot();
     // No responder: every request goes unanswered and no row gets an icon.
     auto list = root->specifiers();
-    auto requests = device.entries(plat::JournalEntry::Kind::Request);
+    auto requests = device.entries<plat::journal::Request>();
     ASSERT_EQ(requests.size(), 5u);  // Phone, Messages, Mail, FaceTime, Contacts
     for (const auto& r : requests) {
         EXPECT_EQ(r.name, "com.norvale.velto.appicon");
-        EXPECT_FALSE(r.replied);
+        EXPECT_FALSE(r.replied());
     }
     EXPECT_TRUE(list->objectAtIndex(3)->propertyForKey("iconImage").isNil());
 
     device.answerIcons(87);
     root->specifiers();  // the held list is not rebuilt, the icons are fetched again
-    EXPECT_EQ(device.entries(plat::JournalEntry::Kind::Request).size(), 10u);
+    EXPECT_EQ(device.entries<plat::journal::Request>().size(), 10u);
     auto icon = list->objectAtIndex(3)->propertyForKey("iconImage").as<plat::Image>();
     ASSERT_TRUE(icon);
     EXPECT_EQ(icon->pixelWidth(), 87);

@@ -43,7 +43,7 @@ class DeviceInitTest : public ::testing::Test {
         return data ? plat::unarchiveObjectWithData(*data) : Value();
     }
     bool lastRequestReplied() const {
-        return device_.entries(plat::JournalEntry::Kind::Request).back().replied;
+        return device_.entries<plat::journal::Request>().back().replied();
     }
 
     testsupport::TestDevice device_;

@@ -42,7 +42,8 @@ class GeneralPageTest : public ::testing::Test {
     std::vector<std::string> effects(std::size_t mark) const {
         std::vector<std::string> out;
         for (const auto& e : device.journal().since(mark))
-            if (e.kind != plat::JournalEntry::Kind::Dismiss) out.push_back(plat::kindName(e.kind));
+            if (!std::holds_alternative<plat::journal::Dismiss>(e))
+                out.push_back(plat::kindName(e));
         return out;
     }
 
@@ -97,7 +98,7 @@ TEST_F(GeneralPageTest, ContinueStoresThenRestartsCancelStoresTheOldValue) {
     ASSERT_TRUE(flipLocalCache(*shown, false)->tapAction("Continue"));
     EXPECT_EQ(effects(mark),
               (Ids{"present", "preference-write", "notification", "synchronize", "shell"}));
-    EXPECT_EQ(device.entries(plat::JournalEntry::Kind::Shell).back().text, "killall backboardd");
+    EXPECT_EQ(device.entries<plat::journal::Shell>().back().command, "killall backboardd");
     EXPECT_FALSE(device.mainSettings().objectForKey(kLocalCache).boolValue());
 }
 

@@ -141,13 +141,7 @@ class MailPageTest : public ::testing::Test {
 
     std::size_t mark() const { return device.journal().size(); }
     // The journal since a mark, an entry a line: "log <text>", "dismiss <class> <how> animated"...
-    Ids journal(std::size_t mark) const {
-        Ids out;
-        for (const auto& e : device.journal().since(mark))
-            out.push_back(plat::kindName(e.kind) + (e.name.empty() ? "" : " " + e.name) +
-                          (e.text.empty() ? "" : " " + e.text) + (e.animated ? " animated" : ""));
-        return out;
-    }
+    Ids journal(std::size_t mark) const { return device.journalLines(mark); }
 
     testsupport::BundleDevice device;
     std::shared_ptr<Mail> page;

@@ -39,7 +39,7 @@ class MessagesPageTest : public ::testing::Test {
     Ids logSince(std::size_t mark) const {
         Ids lines;
         for (const auto& e : device.journal().since(mark))
-            if (e.kind == plat::JournalEntry::Kind::Log) lines.push_back(e.text);
+            if (const auto* log = std::get_if<plat::journal::Log>(&e)) lines.push_back(log->text);
         return lines;
     }
 

@@ -84,22 +84,16 @@ std::vector<std::string> BundleDevice::ids(const plat::SpecifierArrayPtr& list) 
 
 std::vector<std::string> BundleDevice::listOperations(std::size_t mark) const {
     std::vector<std::string> out;
+    auto line = [](const char* prefix, std::optional<std::int64_t> index, bool animated) {
+        return prefix + (index ? std::to_string(*index) : "") + (animated ? "a" : "");
+    };
     for (const auto& e : journal().since(mark)) {
-        std::string prefix;
-        switch (e.kind) {
-            case plat::JournalEntry::Kind::Insert:
-                prefix = "+";
-                break;
-            case plat::JournalEntry::Kind::Remove:
-                prefix = "-";
-                break;
-            case plat::JournalEntry::Kind::Reload:
-                prefix = "~";
-                break;
-            default:
-                continue;
-        }
-        out.push_back(prefix + (e.index ? std::to_string(*e.index) : "") + (e.animated ? "a" : ""));
+        if (const auto* insert = std::get_if<plat::journal::Insert>(&e))
+            out.push_back(line("+", insert->index, insert->animated));
+        else if (const auto* remove = std::get_if<plat::journal::Remove>(&e))
+            out.push_back(line("-", remove->index, remove->animated));
+        else if (const auto* reload = std::get_if<plat::journal::Reload>(&e))
+            out.push_back(line("~", reload->index, reload->animated));
     }
     return out;
 }

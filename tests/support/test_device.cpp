@@ -88,23 +88,65 @@ void TestDevice::install(const std::filesystem::path& sourceFolder,
                               std::filesystem::copy_options::overwrite_existing);
 }
 
-std::vector<plat::JournalEntry> TestDevice::entries(plat::JournalEntry::Kind kind) const {
-    std::vector<plat::JournalEntry> out;
-    for (auto& e : process_->journal().entries())
-        if (e.kind == kind) out.push_back(e);
+namespace {
+
+// The kind, then the entry's words in the order a reader says them, then "animated" if so.
+std::string journalLine(const plat::JournalEntry& entry) {
+    std::vector<std::string> words{plat::kindName(entry)};
+    bool animated = false;
+    std::visit(
+        [&](const auto& e) {
+            using E = std::decay_t<decltype(e)>;
+            namespace j = plat::journal;
+            if constexpr (std::is_same_v<E, j::Notification> ||
+                          std::is_same_v<E, j::LocalNotification>)
+                words.push_back(e.name);
+            else if constexpr (std::is_same_v<E, j::Log>)
+                words.push_back(e.text);
+            else if constexpr (std::is_same_v<E, j::Shell>)
+                words.push_back(e.command);
+            else if constexpr (std::is_same_v<E, j::Request>)
+                words.insert(words.end(), {e.name, e.center});
+            else if constexpr (std::is_same_v<E, j::Insert>)
+                words.insert(words.end(), {e.page, e.rowIdentifier});
+            else if constexpr (std::is_same_v<E, j::Remove> || std::is_same_v<E, j::Reload>)
+                words.push_back(e.page);
+            else if constexpr (std::is_same_v<E, j::Present>)
+                words.insert(words.end(), {e.controllerClass, e.title});
+            else if constexpr (std::is_same_v<E, j::Dismiss>)
+                words.insert(words.end(), {e.controllerClass, e.how});
+            else if constexpr (std::is_same_v<E, j::Navigation>)
+                words.insert(words.end(), {e.controllerClass, e.action});
+            else if constexpr (std::is_same_v<E, j::PreferenceWrite>)
+                words.insert(words.end(), {e.domain, e.key});
+            if constexpr (requires { e.animated; }) animated = e.animated;
+        },
+        entry);
+    std::string line;
+    for (const std::string& word : words)
+        if (!word.empty()) line += (line.empty() ? "" : " ") + word;
+    return animated ? line + " animated" : line;
+}
+
+}  // namespace
+
+std::vector<std::string> TestDevice::journalLines(std::size_t mark) const {
+    std::vector<std::string> out;
+    for (const auto& entry : process_->journal().since(mark))
+        out.push_back(journalLine(entry));
     return out;
 }
 
 std::vector<std::string> TestDevice::logLines() const {
     std::vector<std::string> out;
-    for (auto& e : entries(plat::JournalEntry::Kind::Log))
+    for (auto& e : entries<plat::journal::Log>())
         out.push_back(e.text);
     return out;
 }
 
 std::vector<std::string> TestDevice::notifications() const {
     std::vector<std::string> out;
-    for (auto& e : entries(plat::JournalEntry::Kind::Notification))
+    for (auto& e : entries<plat::journal::Notification>())
         out.push_back(e.name);
     return out;
 }

@@ -41,8 +41,13 @@ class TestDevice {
     void install(const std::filesystem::path& sourceFolder, const std::string& deviceFolder) const;
 
     // Journal entries of one kind, in order.
-    std::vector<plat::JournalEntry> entries(plat::JournalEntry::Kind kind) const;
+    template <typename Event>
+    std::vector<Event> entries() const {
+        return process_->journal().entriesOf<Event>();
+    }
     std::vector<std::string> logLines() const;
+    // Entries since a mark, a line each: "log <text>", "dismiss <class> <how> animated"...
+    std::vector<std::string> journalLines(std::size_t mark) const;
     std::vector<std::string> notifications() const;
 
   private:

@@ -72,7 +72,8 @@ class SetAside : public ::testing::Test {
     std::vector<std::string> logLines() const {
         std::vector<std::string> lines;
         for (const auto& entry : device.journal().entries())
-            if (entry.kind == plat::JournalEntry::Kind::Log) lines.push_back(entry.text);
+            if (const auto* log = std::get_if<plat::journal::Log>(&entry))
+                lines.push_back(log->text);
         return lines;
     }
     std::vector<std::string> asideFiles() const {

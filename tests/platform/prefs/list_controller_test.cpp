@@ -1,5 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+
 #include "platform/foundation/errors.h"
 #include "platform/foundation/plist.h"
 #include "platform/prefs/list_controller.h"
@@ -11,7 +15,6 @@
 #include "tests/platform/prefs/toy_controller.h"
 #include "tests/support/test_device.h"
 
-using plat::JournalEntry;
 using plat::Value;
 
 namespace {
@@ -124,11 +127,11 @@ TEST_F(PrefsTest, SwitchWritesBinaryDefaultsPostsAndEditsTheListWithAnimation) {
     std::vector<std::int64_t> inserted;
     bool synchronized = false;
     for (auto& e : entries) {
-        if (e.kind == JournalEntry::Kind::Synchronize) synchronized = true;
-        if (e.kind == JournalEntry::Kind::Insert) {
+        if (std::holds_alternative<plat::journal::Synchronize>(e)) synchronized = true;
+        if (const auto* insert = std::get_if<plat::journal::Insert>(&e)) {
             EXPECT_TRUE(synchronized);
-            EXPECT_TRUE(e.animated);
-            inserted.push_back(*e.index);
+            EXPECT_TRUE(insert->animated);
+            inserted.push_back(*insert->index);
         }
     }
     EXPECT_EQ(inserted, (std::vector<std::int64_t>{2, 3, 4, 5, 6, 7}));
@@ -140,9 +143,28 @@ TEST_F(PrefsTest, SwitchWritesBinaryDefaultsPostsAndEditsTheListWithAnimation) {
                                     {Value::boolean(false), Value(toggle)});
     std::vector<std::int64_t> removed;
     for (auto& e : device.journal().since(offMark))
-        if (e.kind == JournalEntry::Kind::Remove) removed.push_back(*e.index);
+        if (const auto* remove = std::get_if<plat::journal::Remove>(&e))
+            removed.push_back(remove->index);
     EXPECT_EQ(removed, (std::vector<std::int64_t>{7, 6, 5, 4, 3, 2}));
     EXPECT_FALSE(device.readPlist(toy::kDomainFile).objectForKey("ToyEnabled").boolValue());
+}
+
+TEST_F(PrefsTest, AWriteTheDomainRefusesIsNotOnTheRecordButStillPosts) {
+    auto page = openToy();
+    page->specifiers();
+    auto toggle = page->specifierAtIndex(1);
+    // A file where the preferences folder belongs: no domain can be written.
+    const auto folder = device.root() / "var/mobile/Library/Preferences";
+    std::filesystem::remove_all(folder);
+    std::filesystem::create_directories(folder.parent_path());
+    std::ofstream(folder) << "x";
+    const auto mark = device.journal().size();
+    plat::Runtime::shared().perform(*page, toggle->setter(), {Value::boolean(true), Value(toggle)});
+    std::vector<std::string> kinds;
+    for (const auto& e : device.journal().since(mark))
+        kinds.push_back(plat::kindName(e));
+    EXPECT_EQ(std::count(kinds.begin(), kinds.end(), "preference-write"), 0) << kinds.size();
+    EXPECT_EQ(device.notifications(), std::vector<std::string>{"com.example.toy.changed"});
 }
 
 TEST_F(PrefsTest, ReloadSpecifiersRebuildsFromStoredState) {
@@ -154,7 +176,7 @@ TEST_F(PrefsTest, ReloadSpecifiersRebuildsFromStoredState) {
     ASSERT_TRUE(second);
     EXPECT_NE(first, second);
     EXPECT_EQ(second->count(), 8u);
-    auto reloads = device.entries(JournalEntry::Kind::Reload);
+    auto reloads = device.entries<plat::journal::Reload>();
     ASSERT_EQ(reloads.size(), 1u);
     EXPECT_FALSE(reloads[0].index.has_value());
 }
@@ -199,8 +221,8 @@ TEST_F(PrefsTest, ActionSheetIsPresentedAndAnsweredThroughItsHandlers) {
     EXPECT_TRUE(sheet->tapAction("Reset"));
     EXPECT_EQ(page->resetsConfirmed, 1);
     EXPECT_EQ(page->presentedViewController(), nullptr);
-    EXPECT_EQ(device.entries(JournalEntry::Kind::Present).size(), 1u);
-    EXPECT_EQ(device.entries(JournalEntry::Kind::Dismiss).size(), 1u);
+    EXPECT_EQ(device.entries<plat::journal::Present>().size(), 1u);
+    EXPECT_EQ(device.entries<plat::journal::Dismiss>().size(), 1u);
 }
 
 TEST_F(PrefsTest, PickedPictureReachesTheDelegateWhichDismissesAndReloads) {
@@ -221,8 +243,8 @@ TEST_F(PrefsTest, PickedPictureReachesTheDelegateWhichDismissesAndReloads) {
     // Dismissal, then the rebuild of the rows.
     auto entries = device.journal().since(mark);
     ASSERT_GE(entries.size(), 2u);
-    EXPECT_EQ(entries[0].kind, JournalEntry::Kind::Dismiss);
-    EXPECT_EQ(entries[1].kind, JournalEntry::Kind::Reload);
+    EXPECT_TRUE(std::holds_alternative<plat::journal::Dismiss>(entries[0]));
+    EXPECT_TRUE(std::holds_alternative<plat::journal::Reload>(entries[1]));
 
     // Cancelling a second picker leaves the picture and the rows alone.
     plat::Runtime::shared().perform(*page, "pickPicture:", {Value(pick)});

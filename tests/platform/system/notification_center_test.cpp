@@ -145,7 +145,7 @@ TEST_F(CentersTest, LocalPostsAreDeliveredAtOnceWithTheirPayloadAndJournaled) {
     EXPECT_TRUE(seen[0].userInfo.identical(info));
     EXPECT_EQ(everything, (std::vector<std::string>{"Changed", "Other"}));
     ASSERT_EQ(journal.size(), 2u);
-    EXPECT_EQ(journal.entries()[1].name, "Other");
+    EXPECT_EQ(journal.entriesOf<plat::journal::LocalNotification>().at(1).name, "Other");
 }
 
 TEST_F(CentersTest, LocalObserversAreWeakAndMayChangeWhileCalled) {
@@ -202,12 +202,13 @@ TEST_F(CentersTest, RequestsReachTheResponderFailuresGiveNilAndAnErrorNeverAnExc
     EXPECT_EQ(seen, "com.example.center getApps x");
     EXPECT_EQ(reply.objectForKey("apps").objectAtIndex(0), Value("com.example.app"));
     EXPECT_TRUE(error.empty());
-    EXPECT_TRUE(journal.entries().back().replied);
+    const auto lastRequest = [&] { return journal.entriesOf<plat::journal::Request>().back(); };
+    EXPECT_TRUE(lastRequest().replied());
     for (const char* message : {"silent", "odd", "crash"}) {
         EXPECT_TRUE(send(message).isNil()) << message;
         EXPECT_FALSE(error.empty()) << message;
-        EXPECT_EQ(journal.entries().back().name, message);
-        EXPECT_FALSE(journal.entries().back().replied) << message;
+        EXPECT_EQ(lastRequest().name, message);
+        EXPECT_FALSE(lastRequest().replied()) << message;
     }
     EXPECT_NE(error.find("extension crashed"), std::string::npos) << error;
     auto center = messages.centerNamed("c");

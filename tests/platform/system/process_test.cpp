@@ -80,10 +80,10 @@ TEST(ProcessTest, ScopesNestServicesShareTheJournalAndNSLogLinesAreStamped) {
     process.shell().system("true");
     std::vector<std::string> kinds;
     for (const auto& e : process.journal().entries())
-        kinds.push_back(kindName(e.kind));
+        kinds.push_back(kindName(e));
     EXPECT_EQ(kinds, (std::vector<std::string>{"log", "log", "local-notification", "notification",
                                                "request", "shell"}));
-    EXPECT_EQ(process.journal().entries()[0].text, "saved 3 values, 100%");
+    EXPECT_EQ(process.journal().entriesOf<plat::journal::Log>()[0].text, "saved 3 values, 100%");
 
     // Local time to the millisecond, process name, process and thread identifiers, message.
     const auto stamped = [](const std::string& message) {
@@ -148,10 +148,9 @@ TEST(ShellTest, InterceptedCommandsNeverReachTheHostAndAllAreJournaled) {
     EXPECT_FALSE(host.exists("/system.txt"));
     EXPECT_TRUE(host.exists("/real.txt"));
     std::vector<std::string> commands;
-    for (const auto& e : host.journal().entries()) {
-        EXPECT_EQ(e.kind, JournalEntry::Kind::Shell);
-        commands.push_back(e.text);
-    }
+    EXPECT_EQ(host.journal().entriesOf<plat::journal::Shell>().size(), host.journal().size());
+    for (const auto& shell : host.journal().entriesOf<plat::journal::Shell>())
+        commands.push_back(shell.command);
     EXPECT_EQ(commands, (std::vector<std::string>{"touch  popen.txt", "touch system.txt",
                                                   "echo real > real.txt", "cat"}));
 }

@@ -8,7 +8,6 @@
 
 namespace {
 
-using Kind = plat::JournalEntry::Kind;
 using plat::AlertAction;
 using plat::AlertController;
 using plat::ViewController;
@@ -19,9 +18,9 @@ class Presentation : public ::testing::Test {
     // whole journals at a glance.
     std::vector<std::string> presentations() {
         std::vector<std::string> out;
-        for (const auto& e : device.process().journal().entries())
-            if (e.kind == Kind::Present || e.kind == Kind::Dismiss)
-                out.push_back(std::string(plat::kindName(e.kind)) + " " + e.name + " " + e.text);
+        for (const std::string& line : device.journalLines(0))
+            if (line.starts_with("present ") || line.starts_with("dismiss "))
+                out.push_back(line.substr(0, line.rfind(" animated")));
         return out;
     }
     static std::shared_ptr<AlertController> alert(std::optional<std::string> title, int style) {
@@ -59,10 +58,10 @@ TEST_F(Presentation, PresentAndBothWaysOfDismissingAreJournaled) {
     EXPECT_EQ(presentations(), (std::vector<std::string>{
                                    "present UIViewController Details",
                                    "dismiss UIViewController dismissViewControllerAnimated",
-                                   "present UIViewController ",
+                                   "present UIViewController",
                                    "dismiss UIViewController dismissModalViewControllerAnimated"}));
-    EXPECT_TRUE(device.entries(Kind::Present)[0].animated);
-    EXPECT_FALSE(device.entries(Kind::Present)[1].animated);
+    EXPECT_TRUE(device.entries<plat::journal::Present>()[0].animated);
+    EXPECT_FALSE(device.entries<plat::journal::Present>()[1].animated);
 }
 
 TEST(PresentationWithoutProcess, WorksAndLeavesNoTrace) {
@@ -108,7 +107,7 @@ TEST_F(Presentation, TappingAnActionDismissesTheSheetThenRunsItsHandler) {
     EXPECT_TRUE(titled->tapAction("Quiet"));
     EXPECT_EQ(presentations(),
               (std::vector<std::string>{
-                  "present UIAlertController ", "dismiss UIAlertController action",
+                  "present UIAlertController", "dismiss UIAlertController action",
                   "present UIAlertController Sure?", "dismiss UIAlertController action"}));
 }
 
@@ -144,8 +143,8 @@ TEST_F(Presentation, AnchoredSheetOnAnIPadIsAPopoverThatATapOutsideCloses) {
     EXPECT_EQ(
         presentations(),
         (std::vector<std::string>{
-            "present UIAlertController ", "dismiss UIAlertController dismissViewControllerAnimated",
-            "present UIAlertController ", "dismiss UIAlertController tap-outside"}));
+            "present UIAlertController", "dismiss UIAlertController dismissViewControllerAnimated",
+            "present UIAlertController", "dismiss UIAlertController tap-outside"}));
 }
 
 // A page that is the picker's delegate, dismissing it the two ways pages do.
@@ -187,11 +186,11 @@ TEST_F(Presentation, PickerHandsThePicturesToItsDelegateWhileItLives) {
     EXPECT_EQ(delegate->infos[2].str(), "cancelled");
     EXPECT_EQ(presentations(),
               (std::vector<std::string>{
-                  "present UIImagePickerController ",
+                  "present UIImagePickerController",
                   "dismiss UIImagePickerController dismissViewControllerAnimated",
-                  "present UIImagePickerController ",
+                  "present UIImagePickerController",
                   "dismiss UIImagePickerController dismissViewControllerAnimated",
-                  "present UIImagePickerController ",
+                  "present UIImagePickerController",
                   "dismiss UIImagePickerController dismissModalViewControllerAnimated"}));
 
     // The delegate is weak: once the page is gone the user's pick reaches no one.
