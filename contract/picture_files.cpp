@@ -16,14 +16,30 @@ bool writePictureFile(const plat::ImagePtr& picture, plat::Size canvas,
     return png && plat::Process::current().root().writeFile(devicePath, *png, true);
 }
 
-plat::Size defaultPictureCanvas() {
+plat::Size pictureCanvas(plat::Size pictureSize) {
+    return {2 * pictureSize.width, 2 * pictureSize.height};
+}
+
+plat::Size thumbnailCanvas(plat::Size pictureSize) {
+    const plat::Size picture = pictureCanvas(pictureSize);
+    return {picture.width + 8, picture.height + 8};
+}
+
+namespace {
+
+plat::Size sharedPictureSize() {
     auto settings = VeltoSettings::sharedSettings();
-    return {2 * settings->defaultWidth(), 2 * settings->defaultHeight()};
+    return {settings->defaultWidth(), settings->defaultHeight()};
+}
+
+}  // namespace
+
+plat::Size defaultPictureCanvas() {
+    return pictureCanvas(sharedPictureSize());
 }
 
 plat::Size defaultThumbnailCanvas() {
-    const plat::Size picture = defaultPictureCanvas();
-    return {picture.width + 8, picture.height + 8};
+    return thumbnailCanvas(sharedPictureSize());
 }
 
 }  // namespace velto

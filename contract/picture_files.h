@@ -13,8 +13,11 @@ namespace velto {
 bool writePictureFile(const plat::ImagePtr& picture, plat::Size canvas,
                       const std::string& devicePath);
 
-// The canvases of a default contact picture and of its thumbnail, from the shared settings'
-// picture size: twice the size, and the thumbnail 8 points larger each way.
+// The canvases of a default picture and of its thumbnail for a contact picture size: twice
+// the size, and the thumbnail's 8 points larger each way than the picture's, not smaller.
+plat::Size pictureCanvas(plat::Size pictureSize);
+plat::Size thumbnailCanvas(plat::Size pictureSize);
+// The same for the shared settings' picture size.
 plat::Size defaultPictureCanvas();
 plat::Size defaultThumbnailCanvas();
 

@@ -5,6 +5,7 @@
 #include "contract/catalogue.h"
 #include "contract/enabled_query.h"
 #include "contract/picture_files.h"
+#include "contract/picture_rows.h"
 #include "contract/picture_sheets.h"
 #include "contract/velto_settings.h"
 #include "contract/velto_utils.h"
@@ -50,18 +51,6 @@ const std::vector<std::string>& pictureRowNames() {
     static const std::vector<std::string> names = {"Default Avatar", "My Avatar",
                                                    "Default Group Avatar"};
     return names;
-}
-
-void reshapePictureRows(const plat::SpecifierArrayPtr& specifiers, bool round) {
-    if (!specifiers) return;
-    const auto& names = pictureRowNames();
-    for (const auto& row : *specifiers) {
-        if (!row->name() || std::find(names.begin(), names.end(), *row->name()) == names.end())
-            continue;
-        auto icon = row->propertyForKey("iconImage").as<plat::Image>();
-        auto shaped = round ? VeltoUtils::roundedImage(icon) : VeltoUtils::squareImage(icon);
-        if (shaped) row->setProperty(plat::Value(shaped), "iconImage");
-    }
 }
 
 std::string VeltoBaseMessagesSettingsController::settingsFilePath() {
@@ -124,18 +113,13 @@ bool VeltoBaseMessagesSettingsController::isRoundPicsEnabled(const std::string& 
 
 void VeltoBaseMessagesSettingsController::setPicturesForSpecifiers(
     const plat::SpecifierArrayPtr& specifiers, bool round) {
-    reshapePictureRows(specifiers, round);
+    reshapePictureRows(specifiers, pictureRowNames(), round);
 }
 
 void VeltoBaseMessagesSettingsController::insertSpecifier(const plat::SpecifierPtr& specifier,
                                                           std::size_t index, bool animated) {
-    const auto& names = pictureRowNames();
-    if (specifier && !specifier->propertyForKey("iconImage").isNil() && specifier->name() &&
-        std::find(names.begin(), names.end(), *specifier->name()) != names.end()) {
-        auto one = std::make_shared<plat::SpecifierArray>();
-        one->addObject(specifier);
-        reshapePictureRows(one, isRoundPicsEnabled(kMainSettingsFile));
-    }
+    if (needsReshapeOnInsert(specifier, pictureRowNames()))
+        reshapePictureIcon(*specifier, isRoundPicsEnabled(kMainSettingsFile));
     VeltoBaseSettingsController::insertSpecifier(specifier, index, animated);
 }
 

@@ -7,6 +7,7 @@
 #include "contract/nv_utils.h"
 #include "contract/velto_settings.h"
 #include "contract/velto_utils.h"
+#include "pages/row_editing.h"
 #include "platform/foundation/keyed_archive.h"
 #include "platform/prefs/runtime.h"
 #include "platform/prefs/selectors.h"
@@ -122,10 +123,8 @@ void VeltoSettingsController::fetchIcons(const plat::SpecifierArrayPtr& specifie
 plat::SpecifierArrayPtr VeltoSettingsController::hideOtherSpecifiers(
     const plat::SpecifierArrayPtr& specifiers) {
     if (!specifiers) return specifiers;
-    const std::size_t count = specifiers->count();
-    // Unsigned on purpose: a list shorter than three rows wraps and fails on the first removal.
-    for (std::size_t i = count - 3; i > 1; --i)
-        specifiers->removeObjectAtIndex(i);
+    // A list shorter than three rows wraps and fails on the first removal.
+    rows::removeDownToTwo(*specifiers, specifiers->count() - 3);
     return specifiers;
 }
 
@@ -138,13 +137,9 @@ void VeltoSettingsController::veltoEnabledOrDisabled(const plat::Value& value,
         if (value.boolValue()) {
             // The unfiltered middle comes in animated; the rebuild below filters it.
             auto full = loadSpecifiersFromPlistName(resourceName(), shared_from_this());
-            const std::size_t count = full->count();
-            for (std::size_t i = 2; i < count - 2; ++i)
-                insertSpecifier(full->objectAtIndex(i), i, true);
+            rows::insertAtOwnIndexes(*this, *full, 2, full->count() - 2, true);
         } else {
-            const std::size_t count = held->count();
-            for (std::size_t i = count - 3; i > 1; --i)
-                removeSpecifierAtIndex(i, true);
+            rows::removeShownDownToTwo(*this, held->count() - 3, true);
         }
     }
     reloadSpecifiers();

@@ -5,6 +5,7 @@
 
 #include "contract/catalogue.h"
 #include "contract/enabled_query.h"
+#include "contract/picture_rows.h"
 #include "contract/picture_sheets.h"
 #include "contract/velto_utils.h"
 #include "pages/mail_avatar_files.h"
@@ -23,14 +24,6 @@ namespace velto {
 namespace {
 
 const char* const kResource = "MailApp";
-
-// Cuts one row's icon round or square. The icon is handed over even when the row has none;
-// whatever comes back empty leaves the old icon in place.
-void reshapeIcon(const plat::SpecifierPtr& row, bool round) {
-    const auto icon = row->propertyForKey(plat::pskey::IconImage).as<plat::Image>();
-    const auto shaped = round ? VeltoUtils::roundedImage(icon) : VeltoUtils::squareImage(icon);
-    if (shaped) row->setProperty(plat::Value(shaped), plat::pskey::IconImage);
-}
 
 }  // namespace
 
@@ -62,12 +55,8 @@ std::vector<std::string> MailAppSettingsController::getImageCellSpecifierNames()
 plat::SpecifierArrayPtr MailAppSettingsController::specifiers() {
     if (heldSpecifiers()) return heldSpecifiers();
     auto list = loadSpecifiersFromPlistName(kResource, shared_from_this());
-    if (!isMailAppEnabled()) {
-        // Unsigned on purpose, as the rows were always counted: a list shorter than one row
-        // wraps to a huge start and the first removal raises.
-        for (std::size_t i = list->count() - 1; i > 1; --i)
-            list->removeObjectAtIndex(i);
-    }
+    // A list shorter than one row wraps to a huge start and the first removal raises.
+    if (!isMailAppEnabled()) rows::removeDownToTwo(*list, list->count() - 1);
     setHeldSpecifiers(list);
     setPicturesForSpecifiers(heldSpecifiers(), isRoundPicsEnabled(files::kMainSettings));
     return heldSpecifiers();
@@ -75,23 +64,13 @@ plat::SpecifierArrayPtr MailAppSettingsController::specifiers() {
 
 void MailAppSettingsController::setPicturesForSpecifiers(const plat::SpecifierArrayPtr& specifiers,
                                                          bool round) {
-    if (!specifiers) return;
-    const auto names = getImageCellSpecifierNames();
-    for (const auto& row : *specifiers) {
-        if (!row->name() || std::find(names.begin(), names.end(), *row->name()) == names.end())
-            continue;
-        reshapeIcon(row, round);
-    }
+    reshapePictureRows(specifiers, getImageCellSpecifierNames(), round);
 }
 
 void MailAppSettingsController::insertSpecifier(const plat::SpecifierPtr& specifier,
                                                 std::size_t index, bool animated) {
-    if (specifier && !specifier->propertyForKey(plat::pskey::IconImage).isNil() &&
-        specifier->name()) {
-        const auto names = getImageCellSpecifierNames();
-        if (std::find(names.begin(), names.end(), *specifier->name()) != names.end())
-            reshapeIcon(specifier, isRoundPicsEnabled(files::kMainSettings));
-    }
+    if (needsReshapeOnInsert(specifier, getImageCellSpecifierNames()))
+        reshapePictureIcon(*specifier, isRoundPicsEnabled(files::kMainSettings));
     VeltoBaseSettingsController::insertSpecifier(specifier, index, animated);
 }
 
@@ -107,8 +86,7 @@ void MailAppSettingsController::mailAppEnabledOrDisabled(const plat::Value& valu
         const auto fresh = loadSpecifiersFromPlistName(kResource, shared_from_this());
         rows::insertAtOwnIndexes(*this, *fresh, 2, fresh->count(), true);
     } else {
-        for (std::size_t i = shown->count() - 1; i > 1; --i)
-            removeSpecifierAtIndex(i, true);
+        rows::removeShownDownToTwo(*this, shown->count() - 1, true);
     }
 }
 

@@ -56,16 +56,6 @@ std::string stockAvatarPath() {
     return plat::stringWithFormat("%@%@", {plat::Value(base), plat::Value(kSuffix)});
 }
 
-plat::Size avatarCanvas() {
-    const plat::Size picture = sharedPictureSize();
-    return {2 * picture.width, 2 * picture.height};
-}
-
-plat::Size avatarThumbnailCanvas() {
-    const plat::Size picture = sharedPictureSize();
-    return {2 * picture.width + 8, 2 * picture.height + 8};
-}
-
 void saveAvatar(const plat::ImagePtr& picture, AvatarFile file) {
     if (!makeFolderIfMissing(avatarFolderPath())) {
         plat::NSLog("com.norvale.Velto => Error: Unable to store the image..");
@@ -73,7 +63,9 @@ void saveAvatar(const plat::ImagePtr& picture, AvatarFile file) {
     }
     const bool thumbnail = file == AvatarFile::Thumbnail;
     const std::string path = thumbnail ? avatarThumbnailPath() : avatarImagePath();
-    const plat::Size canvas = thumbnail ? avatarThumbnailCanvas() : avatarCanvas();
+    // The canvases of the contact pictures, from a size that is zero without the settings.
+    const plat::Size canvas =
+        thumbnail ? thumbnailCanvas(sharedPictureSize()) : pictureCanvas(sharedPictureSize());
 
     // Stretched over the whole canvas, aspect not kept, on a transparent background, and
     // neither rounded nor squared: only the page's small icons are cut to a shape.

@@ -22,11 +22,6 @@ std::string avatarThumbnailPath();
 // The bundle's stock avatar, read only.
 std::string stockAvatarPath();
 
-// The canvases in points: twice the contact picture size of the shared settings; the
-// thumbnail's is 8 points larger each way than the image's, by design, not smaller.
-plat::Size avatarCanvas();
-plat::Size avatarThumbnailCanvas();
-
 enum class AvatarFile { Image, Thumbnail };
 
 // Draws the picture stretched over a transparent canvas at the main screen's scale and writes
