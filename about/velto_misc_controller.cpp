@@ -71,9 +71,7 @@ void VeltoMiscController::emailLogFile(const plat::ObjectPtr& sender) {
 }
 
 void VeltoMiscController::registerClass(plat::Runtime& runtime) {
-    runtime.registerClass(
-        "VeltoMiscController", "NVMiscSettingsViewController",
-        [] { return std::make_shared<VeltoMiscController>(); }, kBundlePath);
+    runtime.registerClass<VeltoMiscController, NVMiscSettingsViewController>(kBundlePath);
 }
 
 }  // namespace velto

@@ -15,7 +15,9 @@ class VeltoMiscController : public NVMiscSettingsViewController {
   public:
     static constexpr const char* kCopyRightIdentifier = "VeltoCopyRightHeader";
 
-    std::string className() const override { return "VeltoMiscController"; }
+    static constexpr const char* kClassName = "VeltoMiscController";
+
+    std::string className() const override { return kClassName; }
 
     std::string serviceName() override;
     std::string productName() override;

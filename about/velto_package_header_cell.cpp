@@ -57,9 +57,7 @@ void VeltoPackageHeaderCell::updateData() {
 }
 
 void VeltoPackageHeaderCell::registerClass(plat::Runtime& runtime) {
-    runtime.registerClass(
-        "VeltoPackageHeaderCell", "PSTableCell",
-        [] { return std::make_shared<VeltoPackageHeaderCell>(); }, kBundlePath);
+    runtime.registerClass<VeltoPackageHeaderCell, plat::TableCell>(kBundlePath);
 }
 
 }  // namespace velto

@@ -18,7 +18,9 @@ class VeltoPackageHeaderCell : public plat::TableCell {
     static constexpr const char* kProductName = "Velto 2";
     static constexpr const char* kTagline = "Contact pictures everywhere and anywhere!!";
 
-    std::string className() const override { return "VeltoPackageHeaderCell"; }
+    static constexpr const char* kClassName = "VeltoPackageHeaderCell";
+
+    std::string className() const override { return kClassName; }
 
     bool initWithStyle(int style, const std::optional<std::string>& reuseIdentifier,
                        const plat::SpecifierPtr& specifier) override;

@@ -259,9 +259,7 @@ std::shared_ptr<plat::BarButtonItem> VeltoDisabledAppsSettingsController::custom
 
 void VeltoDisabledAppsSettingsController::registerClass(plat::Runtime& runtime) {
     using Self = VeltoDisabledAppsSettingsController;
-    runtime.registerClass(
-        "VeltoDisabledAppsSettingsController", "VeltoBaseSettingsController",
-        [] { return std::make_shared<Self>(); }, kBundlePath);
+    runtime.registerClass<Self, VeltoBaseSettingsController>(kBundlePath);
     runtime.addMethod("VeltoDisabledAppsSettingsController", "veltoSettingsChanged:",
                       plat::bindMethod<Self>([](Self& self, const plat::Arguments& args) {
                           self.veltoSettingsChanged(

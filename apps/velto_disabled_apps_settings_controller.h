@@ -17,7 +17,8 @@ namespace velto {
 // page only asks and tells it.
 class VeltoDisabledAppsSettingsController : public VeltoBaseSettingsController {
   public:
-    std::string className() const override { return "VeltoDisabledAppsSettingsController"; }
+    static constexpr const char* kClassName = "VeltoDisabledAppsSettingsController";
+    std::string className() const override { return kClassName; }
 
     bool initForContentSize(plat::Size size) override;
     plat::SpecifierArrayPtr specifiers() override;

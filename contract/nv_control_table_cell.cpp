@@ -14,8 +14,7 @@ bool NVControlTableCell::initWithStyle(int style, const std::optional<std::strin
 }
 
 void NVControlTableCell::registerClass(plat::Runtime& runtime) {
-    runtime.registerClass("NVControlTableCell", "PSTableCell",
-                          [] { return std::make_shared<NVControlTableCell>(); });
+    runtime.registerClass<NVControlTableCell, plat::TableCell>();
 }
 
 }  // namespace velto

@@ -15,7 +15,8 @@ namespace velto {
 // switchCellOnTintColor hook (null keeps the system colour).
 class NVControlTableCell : public plat::TableCell {
   public:
-    std::string className() const override { return "NVControlTableCell"; }
+    static constexpr const char* kClassName = "NVControlTableCell";
+    std::string className() const override { return kClassName; }
     bool initWithStyle(int style, const std::optional<std::string>& reuseIdentifier,
                        const plat::SpecifierPtr& specifier) override;
     virtual plat::ColorPtr switchCellOnTintColor() { return nullptr; }

@@ -106,7 +106,7 @@ void NVMiscSettingsViewController::backButtonAction(const plat::ObjectPtr&) {
 }
 
 void NVMiscSettingsViewController::registerClass(plat::Runtime& runtime) {
-    runtime.registerClass("NVMiscSettingsViewController", "PSListController");
+    runtime.registerClass(kClassName, plat::ListController::kClassName);
     runtime.addMethod("NVMiscSettingsViewController", "backButtonAction:",
                       plat::bindMethod<NVMiscSettingsViewController>(
                           [](NVMiscSettingsViewController& self, const plat::Arguments& args) {

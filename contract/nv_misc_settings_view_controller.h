@@ -23,7 +23,8 @@ namespace velto {
 // (`emailLogFile:`).
 class NVMiscSettingsViewController : public plat::ListController, public plat::MailComposeDelegate {
   public:
-    std::string className() const override { return "NVMiscSettingsViewController"; }
+    static constexpr const char* kClassName = "NVMiscSettingsViewController";
+    std::string className() const override { return kClassName; }
 
     // Hooks, with the base's neutral defaults.
     virtual std::string serviceName() { return ""; }

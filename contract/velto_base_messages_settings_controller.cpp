@@ -227,7 +227,7 @@ void VeltoBaseMessagesSettingsController::preparePathAndRemoveItem(const std::st
 
 void VeltoBaseMessagesSettingsController::registerClass(plat::Runtime& runtime) {
     using Self = VeltoBaseMessagesSettingsController;
-    runtime.registerClass("VeltoBaseMessagesSettingsController", "VeltoBaseSettingsController");
+    runtime.registerClass(kClassName, VeltoBaseSettingsController::kClassName);
     plat::addAction(runtime, "VeltoBaseMessagesSettingsController",
                     "selectDefaultContactImage:", &Self::selectDefaultContactImage);
     plat::addAction(runtime, "VeltoBaseMessagesSettingsController",

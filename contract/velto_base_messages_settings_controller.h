@@ -40,7 +40,9 @@ class VeltoBaseMessagesSettingsController : public VeltoBaseSettingsController,
     // Process-wide slot: the open photo picker.
     static constexpr const char* kImagePickerSlot = "veltoDefaultContactImagePicker";
 
-    std::string className() const override { return "VeltoBaseMessagesSettingsController"; }
+    static constexpr const char* kClassName = "VeltoBaseMessagesSettingsController";
+
+    std::string className() const override { return kClassName; }
 
     // The settings store.
     plat::Value settings() const { return settings_; }

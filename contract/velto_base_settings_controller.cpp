@@ -43,7 +43,7 @@ std::optional<std::string> VeltoBaseSettingsController::getAppFolderPath(
 }
 
 void VeltoBaseSettingsController::registerClass(plat::Runtime& runtime) {
-    runtime.registerClass("VeltoBaseSettingsController", "PSListController");
+    runtime.registerClass(kClassName, plat::ListController::kClassName);
     runtime.addMethod("VeltoBaseSettingsController", "backButtonAction:",
                       plat::bindMethod<VeltoBaseSettingsController>(
                           [](VeltoBaseSettingsController& self, const plat::Arguments& args) {

@@ -19,7 +19,8 @@ namespace velto {
 // them when the page's view loads and answers the back button.
 class VeltoBaseSettingsController : public plat::ListController {
   public:
-    std::string className() const override { return "VeltoBaseSettingsController"; }
+    static constexpr const char* kClassName = "VeltoBaseSettingsController";
+    std::string className() const override { return kClassName; }
 
     // Appearance hooks, with the base's defaults.
     virtual bool hasCustomNavigationBarColor() { return false; }

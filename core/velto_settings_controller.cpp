@@ -155,9 +155,8 @@ bool VeltoSettingsController::isWhatsAppInstalled() {
 }
 
 void VeltoSettingsController::registerClass(plat::Runtime& runtime) {
-    runtime.registerClass(
-        "VeltoSettingsController", "VeltoBaseMessagesSettingsController",
-        [] { return std::make_shared<VeltoSettingsController>(); }, kBundlePath);
+    runtime.registerClass<VeltoSettingsController, VeltoBaseMessagesSettingsController>(
+        kBundlePath);
     plat::addSetter(runtime, "VeltoSettingsController", "veltoEnabledOrDisabled:specifier:",
                     &VeltoSettingsController::veltoEnabledOrDisabled);
 }

@@ -14,7 +14,8 @@ namespace velto {
 // icon from the extension every time it is asked for its rows.
 class VeltoSettingsController : public VeltoBaseMessagesSettingsController {
   public:
-    std::string className() const override { return "VeltoSettingsController"; }
+    static constexpr const char* kClassName = "VeltoSettingsController";
+    std::string className() const override { return kClassName; }
 
     bool initForContentSize(plat::Size size) override;
     plat::SpecifierArrayPtr specifiers() override;

@@ -11,9 +11,7 @@ plat::ColorPtr VeltoSwitchCell::switchCellOnTintColor() {
 }
 
 void VeltoSwitchCell::registerClass(plat::Runtime& runtime) {
-    runtime.registerClass(
-        "VeltoSwitchCell", "NVControlTableCell", [] { return std::make_shared<VeltoSwitchCell>(); },
-        kBundlePath);
+    runtime.registerClass<VeltoSwitchCell, NVControlTableCell>(kBundlePath);
 }
 
 }  // namespace velto

@@ -9,7 +9,8 @@ namespace velto {
 // The bundle's switch cell: switches turn on in the product colour.
 class VeltoSwitchCell : public NVControlTableCell {
   public:
-    std::string className() const override { return "VeltoSwitchCell"; }
+    static constexpr const char* kClassName = "VeltoSwitchCell";
+    std::string className() const override { return kClassName; }
     plat::ColorPtr switchCellOnTintColor() override;
 
     static void registerClass(plat::Runtime& runtime);

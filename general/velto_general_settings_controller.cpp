@@ -121,9 +121,8 @@ void VeltoGeneralSettingsController::disableMonogramRelatedSettings(
 
 void VeltoGeneralSettingsController::registerClass(plat::Runtime& runtime) {
     using Self = VeltoGeneralSettingsController;
-    const char* const name = "VeltoGeneralSettingsController";
-    runtime.registerClass(
-        name, "VeltoBaseSettingsController", [] { return std::make_shared<Self>(); }, kBundlePath);
+    const char* const name = Self::kClassName;
+    runtime.registerClass<Self, VeltoBaseSettingsController>(kBundlePath);
     plat::addSetter(runtime, name, "veltoMonogramEnabledOrDisabled:specifier:",
                     &Self::veltoMonogramEnabledOrDisabled);
     plat::addSetter(runtime, name, "veltoRoundedPicsEnabledOrDisabled:specifier:",

@@ -15,7 +15,9 @@ class VeltoGeneralSettingsController : public VeltoBaseSettingsController {
   public:
     static constexpr const char* kColoredMonogramRow = "Colored Monogram";
 
-    std::string className() const override { return "VeltoGeneralSettingsController"; }
+    static constexpr const char* kClassName = "VeltoGeneralSettingsController";
+
+    std::string className() const override { return kClassName; }
 
     plat::SpecifierArrayPtr specifiers() override;
     bool isMonogramEnabled();

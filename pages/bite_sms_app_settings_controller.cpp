@@ -12,9 +12,7 @@ plat::SpecifierArrayPtr BiteSMSAppSettingsController::specifiers() {
 }
 
 void BiteSMSAppSettingsController::registerClass(plat::Runtime& runtime) {
-    runtime.registerClass(
-        "BiteSMSAppSettingsController", "VeltoBaseSettingsController",
-        [] { return std::make_shared<BiteSMSAppSettingsController>(); }, kBundlePath);
+    runtime.registerClass<BiteSMSAppSettingsController, VeltoBaseSettingsController>(kBundlePath);
 }
 
 }  // namespace velto

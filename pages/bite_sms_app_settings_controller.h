@@ -10,7 +10,8 @@ namespace velto {
 // platform.
 class BiteSMSAppSettingsController : public VeltoBaseSettingsController {
   public:
-    std::string className() const override { return "BiteSMSAppSettingsController"; }
+    static constexpr const char* kClassName = "BiteSMSAppSettingsController";
+    std::string className() const override { return kClassName; }
 
     plat::SpecifierArrayPtr specifiers() override;
 

@@ -12,9 +12,7 @@ plat::SpecifierArrayPtr ContactsAppSettingsController::specifiers() {
 }
 
 void ContactsAppSettingsController::registerClass(plat::Runtime& runtime) {
-    runtime.registerClass(
-        "ContactsAppSettingsController", "VeltoBaseSettingsController",
-        [] { return std::make_shared<ContactsAppSettingsController>(); }, kBundlePath);
+    runtime.registerClass<ContactsAppSettingsController, VeltoBaseSettingsController>(kBundlePath);
 }
 
 }  // namespace velto

@@ -10,7 +10,8 @@ namespace velto {
 // platform.
 class ContactsAppSettingsController : public VeltoBaseSettingsController {
   public:
-    std::string className() const override { return "ContactsAppSettingsController"; }
+    static constexpr const char* kClassName = "ContactsAppSettingsController";
+    std::string className() const override { return kClassName; }
 
     plat::SpecifierArrayPtr specifiers() override;
 

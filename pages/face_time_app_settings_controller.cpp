@@ -82,9 +82,7 @@ void FaceTimeAppSettingsController::favoritesEnabledOrDisabled(
 
 void FaceTimeAppSettingsController::registerClass(plat::Runtime& runtime) {
     using Self = FaceTimeAppSettingsController;
-    runtime.registerClass(
-        "FaceTimeAppSettingsController", "VeltoBaseSettingsController",
-        [] { return std::make_shared<Self>(); }, kBundlePath);
+    runtime.registerClass<Self, VeltoBaseSettingsController>(kBundlePath);
     plat::addSetter(runtime, "FaceTimeAppSettingsController",
                     "faceTimeAppEnabledOrDisabled:specifier:", &Self::faceTimeAppEnabledOrDisabled);
     plat::addSetter(runtime, "FaceTimeAppSettingsController",

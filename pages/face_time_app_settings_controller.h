@@ -11,7 +11,8 @@ namespace velto {
 // read from the main settings file afresh on every question.
 class FaceTimeAppSettingsController : public VeltoBaseSettingsController {
   public:
-    std::string className() const override { return "FaceTimeAppSettingsController"; }
+    static constexpr const char* kClassName = "FaceTimeAppSettingsController";
+    std::string className() const override { return kClassName; }
 
     plat::SpecifierArrayPtr specifiers() override;
     bool isVeltoEnabledForFaceTime();

@@ -11,9 +11,7 @@ LockScreenSettingsController::LockScreenSettingsController()
 
 void LockScreenSettingsController::registerClass(plat::Runtime& runtime) {
     using Self = LockScreenSettingsController;
-    runtime.registerClass(
-        "LockScreenSettingsController", "VeltoBaseSettingsController",
-        [] { return std::make_shared<Self>(); }, kBundlePath);
+    runtime.registerClass<Self, VeltoBaseSettingsController>(kBundlePath);
     plat::addSetter(runtime, "LockScreenSettingsController",
                     "lockScreenEnabledOrDisabled:specifier:", &Self::lockScreenEnabledOrDisabled);
 }

@@ -10,7 +10,8 @@ namespace velto {
 class LockScreenSettingsController : public EnableSwitchPage {
   public:
     LockScreenSettingsController();
-    std::string className() const override { return "LockScreenSettingsController"; }
+    static constexpr const char* kClassName = "LockScreenSettingsController";
+    std::string className() const override { return kClassName; }
 
     bool isVeltoEnabledForLockScreen() { return isEnabled(); }
     void lockScreenEnabledOrDisabled(const plat::Value& value,

@@ -172,9 +172,7 @@ void MailAppSettingsController::preparePathAndRemoveItem(const std::string& path
 
 void MailAppSettingsController::registerClass(plat::Runtime& runtime) {
     using Self = MailAppSettingsController;
-    runtime.registerClass(
-        "MailAppSettingsController", "VeltoBaseSettingsController",
-        [] { return std::make_shared<Self>(); }, kBundlePath);
+    runtime.registerClass<Self, VeltoBaseSettingsController>(kBundlePath);
     plat::addSetter(runtime, "MailAppSettingsController",
                     "mailAppEnabledOrDisabled:specifier:", &Self::mailAppEnabledOrDisabled);
     plat::addAction(runtime, "MailAppSettingsController",

@@ -24,7 +24,9 @@ class MailAppSettingsController : public VeltoBaseSettingsController,
     static constexpr const char* kImagePickerSlot = "mailAppImgPicker";
     static constexpr const char* kPopoverSlot = "mailAppPopover";
 
-    std::string className() const override { return "MailAppSettingsController"; }
+    static constexpr const char* kClassName = "MailAppSettingsController";
+
+    std::string className() const override { return kClassName; }
 
     plat::SpecifierArrayPtr specifiers() override;
 

@@ -90,9 +90,7 @@ void MessagesAppSettingsController::preparePathAndRemoveItem(const std::string& 
 
 void MessagesAppSettingsController::registerClass(plat::Runtime& runtime) {
     using Self = MessagesAppSettingsController;
-    runtime.registerClass(
-        "MessagesAppSettingsController", "VeltoBaseMessagesSettingsController",
-        [] { return std::make_shared<Self>(); }, kBundlePath);
+    runtime.registerClass<Self, VeltoBaseMessagesSettingsController>(kBundlePath);
     plat::addSetter(runtime, "MessagesAppSettingsController",
                     "messagesAppEnabledOrDisabled:specifier:", &Self::messagesAppEnabledOrDisabled);
 }

@@ -17,7 +17,9 @@ class MessagesAppSettingsController : public VeltoBaseMessagesSettingsController
   public:
     static constexpr const char* kMessagesBundleIdentifier = appids::kMessages;
 
-    std::string className() const override { return "MessagesAppSettingsController"; }
+    static constexpr const char* kClassName = "MessagesAppSettingsController";
+
+    std::string className() const override { return kClassName; }
 
     plat::SpecifierArrayPtr specifiers() override;
     bool isMessagesAppEnabled();

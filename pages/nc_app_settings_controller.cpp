@@ -11,9 +11,7 @@ NCAppSettingsController::NCAppSettingsController()
 
 void NCAppSettingsController::registerClass(plat::Runtime& runtime) {
     using Self = NCAppSettingsController;
-    runtime.registerClass(
-        "NCAppSettingsController", "VeltoBaseSettingsController",
-        [] { return std::make_shared<Self>(); }, kBundlePath);
+    runtime.registerClass<Self, VeltoBaseSettingsController>(kBundlePath);
     plat::addSetter(runtime, "NCAppSettingsController",
                     "ncAppEnabledOrDisabled:specifier:", &Self::ncAppEnabledOrDisabled);
 }

@@ -10,7 +10,8 @@ namespace velto {
 class NCAppSettingsController : public EnableSwitchPage {
   public:
     NCAppSettingsController();
-    std::string className() const override { return "NCAppSettingsController"; }
+    static constexpr const char* kClassName = "NCAppSettingsController";
+    std::string className() const override { return kClassName; }
 
     bool isNotificationCenterEnabled() { return isEnabled(); }
     void ncAppEnabledOrDisabled(const plat::Value& value, const plat::SpecifierPtr& specifier) {

@@ -66,9 +66,7 @@ void PhoneAppSettingsController::favoritesEnabledOrDisabled(const plat::Value& v
 
 void PhoneAppSettingsController::registerClass(plat::Runtime& runtime) {
     using Self = PhoneAppSettingsController;
-    runtime.registerClass(
-        "PhoneAppSettingsController", "VeltoBaseSettingsController",
-        [] { return std::make_shared<Self>(); }, kBundlePath);
+    runtime.registerClass<Self, VeltoBaseSettingsController>(kBundlePath);
     plat::addSetter(runtime, "PhoneAppSettingsController",
                     "phoneAppEnabledOrDisabled:specifier:", &Self::phoneAppEnabledOrDisabled);
     plat::addSetter(runtime, "PhoneAppSettingsController",

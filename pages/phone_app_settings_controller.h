@@ -11,7 +11,8 @@ namespace velto {
 // settings object.
 class PhoneAppSettingsController : public VeltoBaseSettingsController {
   public:
-    std::string className() const override { return "PhoneAppSettingsController"; }
+    static constexpr const char* kClassName = "PhoneAppSettingsController";
+    std::string className() const override { return kClassName; }
 
     plat::SpecifierArrayPtr specifiers() override;
     bool isPhoneAppEnabled();

@@ -46,9 +46,7 @@ void VeltoNVRecentsSettingsController::viewDidLoad() {
 
 void VeltoNVRecentsSettingsController::registerClass(plat::Runtime& runtime) {
     using Self = VeltoNVRecentsSettingsController;
-    runtime.registerClass(
-        "VeltoNVRecentsSettingsController", "VeltoBaseMessagesSettingsController",
-        [] { return std::make_shared<Self>(); }, kBundlePath);
+    runtime.registerClass<Self, VeltoBaseMessagesSettingsController>(kBundlePath);
 }
 
 }  // namespace velto

@@ -14,7 +14,9 @@ class VeltoNVRecentsSettingsController : public VeltoBaseMessagesSettingsControl
     // The resource's row that names the application.
     static constexpr const char* kRecentsRow = "Recents";
 
-    std::string className() const override { return "VeltoNVRecentsSettingsController"; }
+    static constexpr const char* kClassName = "VeltoNVRecentsSettingsController";
+
+    std::string className() const override { return kClassName; }
 
     bool initForContentSize(plat::Size size) override;
     plat::SpecifierArrayPtr specifiers() override;

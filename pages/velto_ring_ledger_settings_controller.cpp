@@ -20,9 +20,7 @@ plat::SpecifierArrayPtr VeltoRingLedgerSettingsController::specifiers() {
 
 void VeltoRingLedgerSettingsController::registerClass(plat::Runtime& runtime) {
     using Self = VeltoRingLedgerSettingsController;
-    runtime.registerClass(
-        "VeltoRingLedgerSettingsController", "VeltoBaseMessagesSettingsController",
-        [] { return std::make_shared<Self>(); }, kBundlePath);
+    runtime.registerClass<Self, VeltoBaseMessagesSettingsController>(kBundlePath);
 }
 
 }  // namespace velto

@@ -11,7 +11,8 @@ namespace velto {
 // writes it.
 class VeltoRingLedgerSettingsController : public VeltoBaseMessagesSettingsController {
   public:
-    std::string className() const override { return "VeltoRingLedgerSettingsController"; }
+    static constexpr const char* kClassName = "VeltoRingLedgerSettingsController";
+    std::string className() const override { return kClassName; }
 
     bool initForContentSize(plat::Size size) override;
     plat::SpecifierArrayPtr specifiers() override;

@@ -5,6 +5,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "platform/foundation/object.h"
@@ -37,6 +38,15 @@ class Runtime {
     // Registers (or re-registers) a class and answers its record for adding methods.
     ClassInfo& registerClass(const std::string& name, const std::string& superclass,
                              Factory factory = {}, const std::string& bundlePath = "");
+    // Registers an instantiable class from its C++ type: the names come from the types'
+    // kClassName, so the runtime's class chain cannot drift from the C++ one, and alloc
+    // makes a T.
+    template <class T, class Base>
+    ClassInfo& registerClass(const std::string& bundlePath = "") {
+        static_assert(std::is_base_of_v<Base, T>, "a class is registered under its own base");
+        return registerClass(
+            T::kClassName, Base::kClassName, [] { return std::make_shared<T>(); }, bundlePath);
+    }
     // Adds a method to a registered class.
     void addMethod(const std::string& className, const std::string& selector, Method method);
 

@@ -68,7 +68,9 @@ class Specifier : public Object {
     static std::shared_ptr<Specifier> groupSpecifierWithName(std::optional<std::string> name);
     static std::shared_ptr<Specifier> emptyGroupSpecifier();
 
-    std::string className() const override { return "PSSpecifier"; }
+    static constexpr const char* kClassName = "PSSpecifier";
+
+    std::string className() const override { return kClassName; }
     std::string description() const override;
 
     // The shown label; nil is possible.

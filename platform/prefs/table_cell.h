@@ -16,7 +16,8 @@ class AttributedString;
 // UISwitch: the control of a switch row.
 class Switch : public View {
   public:
-    std::string className() const override { return "UISwitch"; }
+    static constexpr const char* kClassName = "UISwitch";
+    std::string className() const override { return kClassName; }
     bool isOn() const { return on_; }
     void setOn(bool on) { on_ = on; }
     ColorPtr onTintColor() const { return onTint_; }
@@ -54,7 +55,8 @@ enum TableViewCellStyle : int { UITableViewCellStyleDefault = 0, UITableViewCell
 // "cellObject". Switch rows get a control.
 class TableCell : public View {
   public:
-    std::string className() const override { return "PSTableCell"; }
+    static constexpr const char* kClassName = "PSTableCell";
+    std::string className() const override { return kClassName; }
     std::vector<std::string> classChain() const override;
 
     // initWithStyle:reuseIdentifier:specifier: — the designated initialiser; false stands for
