@@ -51,31 +51,44 @@ std::string localized(const std::string& key) {
     return plat::Bundle::mainBundle().localizedStringForKey(key, "", "");
 }
 
-bool isAscii(const std::string& text) {
-    return std::all_of(text.begin(), text.end(),
-                       [](char c) { return static_cast<unsigned char>(c) < 0x80; });
-}
-
-// compare: / compare:options: with NSCaseInsensitiveSearch. ASCII text, which nearly every
-// application name is, orders by its bytes (lower-cased for the case-insensitive search)
-// exactly as by UTF-16 code units, so the full comparison is kept for the rest.
-bool less(const std::string& a, const std::string& b, bool caseInsensitive) {
-    if (isAscii(a) && isAscii(b)) {
-        if (!caseInsensitive) return a < b;
-        return std::lexicographical_compare(a.begin(), a.end(), b.begin(), b.end(),
-                                            [](char x, char y) {
-                                                return std::tolower(static_cast<unsigned char>(x)) <
-                                                       std::tolower(static_cast<unsigned char>(y));
-                                            });
+// A name made ready for compare: / compare:options: with NSCaseInsensitiveSearch, once per
+// record rather than once per comparison: a sort compares each name about log n times. ASCII
+// text, which nearly every application name is, orders by its bytes (lower-cased for the
+// case-insensitive search) exactly as by UTF-16 code units; the rest takes the full
+// comparison.
+class SortName {
+  public:
+    SortName(const std::string& text, bool caseInsensitive)
+        : text_(&text), caseInsensitive_(caseInsensitive) {
+        ascii_ = std::all_of(text.begin(), text.end(),
+                             [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+        if (ascii_ && caseInsensitive) {
+            folded_ = text;
+            for (char& c : folded_)
+                c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+        }
     }
-    return plat::compare(a, b, caseInsensitive ? unsigned{plat::NSCaseInsensitiveSearch} : 0u) ==
-           plat::ComparisonResult::Ascending;
-}
 
-// Row names; a nameless row compares as the empty string.
-bool caseInsensitiveLess(const plat::SpecifierPtr& a, const plat::SpecifierPtr& b) {
-    static const std::string none;
-    return less(a->name() ? *a->name() : none, b->name() ? *b->name() : none, true);
+    bool operator<(const SortName& other) const {
+        if (ascii_ && other.ascii_)
+            return caseInsensitive_ ? folded_ < other.folded_ : *text_ < *other.text_;
+        return plat::compare(*text_, *other.text_,
+                             caseInsensitive_ ? unsigned{plat::NSCaseInsensitiveSearch} : 0u) ==
+               plat::ComparisonResult::Ascending;
+    }
+
+  private:
+    const std::string* text_;
+    std::string folded_;
+    bool caseInsensitive_;
+    bool ascii_ = false;
+};
+
+// Stable, as sortedArrayUsingDescriptors: and sortUsingComparator: are for equal names.
+template <typename Item>
+void sortByName(std::vector<std::pair<SortName, Item>>& items) {
+    std::stable_sort(items.begin(), items.end(),
+                     [](const auto& a, const auto& b) { return a.first < b.first; });
 }
 
 // The row's own identifier: the name a row without one falls back to is no bundle identifier.
@@ -95,9 +108,10 @@ plat::SpecifierPtr makeRow(const plat::Value& record, const plat::ObjectPtr& tar
     const plat::Value icon = record.objectForKey(kFolderImage);
     if (!icon.isNil()) row->setProperty(icon, plat::pskey::IconImage);
     // A shallow copy, as initWithDictionary: makes; the icon stays only on the row.
-    plat::Value info = plat::Value::dictionary(*record.asDictionary());
-    info.removeObjectForKey(kFolderImage);
-    row->setUserInfo(std::move(info));
+    plat::Dictionary info;
+    for (const auto& [key, value] : *record.asDictionary())
+        if (key != kFolderImage) info.emplace_hint(info.end(), key, value);
+    row->setUserInfo(plat::Value::dictionary(std::move(info)));
     return row;
 }
 
@@ -134,37 +148,32 @@ plat::Value VeltoDisabledAppsSettingsController::applications() {
     if (!records) return plat::Value::array();
 
     // sortedArrayUsingDescriptors: with the descriptor's compare: on the display name. A
-    // record without a name (or one that is not a dictionary) sorts first, as nil does.
-    struct Keyed {
-        const std::string* name;
-        const plat::Value* record;
-    };
-    std::vector<Keyed> keyed;
-    keyed.reserve(records->size());
+    // record without a name (or one that is not a dictionary) comes first, as nil does.
+    plat::Array sorted;
+    sorted.reserve(records->size());
+    std::vector<std::pair<SortName, const plat::Value*>> named;
+    named.reserve(records->size());
     for (const plat::Value& record : *records) {
         const plat::Dictionary* fields = record.asDictionary();
-        const std::string* name = nullptr;
-        if (fields) {
-            auto it = fields->find(kDisplayName);
-            if (it != fields->end()) name = it->second.asString();
-        }
-        keyed.push_back({name, &record});
+        const auto it = fields ? fields->find(kDisplayName) : plat::Dictionary::const_iterator();
+        const std::string* name = fields && it != fields->end() ? it->second.asString() : nullptr;
+        if (name)
+            named.emplace_back(SortName(*name, false), &record);
+        else
+            sorted.push_back(record);
     }
-    std::stable_sort(keyed.begin(), keyed.end(), [](const Keyed& a, const Keyed& b) {
-        if (!a.name || !b.name) return !a.name && b.name;
-        return less(*a.name, *b.name, false);
-    });
-    plat::Array sorted;
-    sorted.reserve(keyed.size());
-    for (const Keyed& k : keyed)
-        sorted.push_back(*k.record);
+    sortByName(named);
+    for (const auto& [name, record] : named)
+        sorted.push_back(*record);
     return plat::Value::array(std::move(sorted));
 }
 
 plat::SpecifierArrayPtr VeltoDisabledAppsSettingsController::addApplicationDataToSpecifiers(
     const plat::Value& applications) {
     auto result = std::make_shared<plat::SpecifierArray>();
-    std::vector<plat::SpecifierPtr> system, user;
+    static const std::string kNoName;
+    using Group = std::vector<std::pair<SortName, plat::SpecifierPtr>>;
+    Group system, user;
     const plat::ObjectPtr self = shared_from_this();
     if (const plat::Array* records = applications.asArray()) {
         for (const plat::Value& record : *records) {
@@ -173,14 +182,17 @@ plat::SpecifierArrayPtr VeltoDisabledAppsSettingsController::addApplicationDataT
             const plat::Value identifier = record.objectForKey(kBundleIdentifier);
             if (identifier.isString() && isHiddenApplication(identifier.str())) continue;
             auto row = makeRow(record, self);
-            (record.objectForKey(kType).boolValue() ? system : user).push_back(std::move(row));
+            // A nameless row compares as the empty string.
+            const std::string& name = row->name() ? *row->name() : kNoName;
+            (record.objectForKey(kType).boolValue() ? system : user)
+                .emplace_back(SortName(name, true), std::move(row));
         }
     }
-    auto appendGroup = [&](std::vector<plat::SpecifierPtr>& rows, const char* title) {
+    auto appendGroup = [&](Group& rows, const char* title) {
         if (rows.empty()) return;
-        std::stable_sort(rows.begin(), rows.end(), caseInsensitiveLess);
+        sortByName(rows);
         result->addObject(plat::Specifier::groupSpecifierWithName(localized(title)));
-        for (auto& row : rows)
+        for (auto& [name, row] : rows)
             result->addObject(std::move(row));
     };
     appendGroup(system, "System Applications");
