@@ -179,7 +179,7 @@ class Formatter {
             else
                 at_ = mark;
         }
-        const Conversion c = specification();
+        const Conversion c = directive();
         if (at_ >= format_.size()) {
             out_.append(format_.substr(start));
             return;
@@ -195,7 +195,7 @@ class Formatter {
     }
 
     // Flags, width, precision and length, as far as the format gives them.
-    Conversion specification() {
+    Conversion directive() {
         Conversion c;
         while (at_ < format_.size() &&
                std::string_view("-+ #0'").find(format_[at_]) != std::string_view::npos) {
