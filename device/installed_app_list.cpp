@@ -1,7 +1,8 @@
 #include "device/installed_app_list.h"
 
-#include <map>
 #include <mutex>
+#include <string>
+#include <unordered_map>
 
 #include "device/app_installer.h"
 #include "platform/foundation/plist.h"
@@ -59,19 +60,26 @@ class IconCache {
   public:
     plat::ImagePtr find(const plat::Bytes& file, double scale) {
         std::lock_guard lock(mutex_);
-        const auto found = icons_.find({file, scale});
+        const auto found = icons_.find(key(file, scale));
         return found == icons_.end() ? nullptr : found->second;
     }
-    void keep(plat::Bytes file, double scale, plat::ImagePtr icon) {
+    void keep(const plat::Bytes& file, double scale, plat::ImagePtr icon) {
         std::lock_guard lock(mutex_);
         if (icons_.size() >= kLimit) icons_.clear();
-        icons_.emplace(std::make_pair(std::move(file), scale), std::move(icon));
+        icons_.emplace(key(file, scale), std::move(icon));
     }
 
   private:
+    // The scale, then the file's bytes: one string, hashed and compared whole.
+    static std::string key(const plat::Bytes& file, double scale) {
+        std::string text = std::to_string(scale) + ":";
+        text.append(reinterpret_cast<const char*>(file.data()), file.size());
+        return text;
+    }
+
     static constexpr std::size_t kLimit = 512;
     std::mutex mutex_;
-    std::map<std::pair<plat::Bytes, double>, plat::ImagePtr> icons_;
+    std::unordered_map<std::string, plat::ImagePtr> icons_;
 };
 
 IconCache& iconCache() {
@@ -120,7 +128,7 @@ plat::ImagePtr largestIcon(const plat::DeviceRoot& root, const InstalledApp& app
     // Whatever the app ships, Settings gets an icon no larger than a home-screen icon: an app
     // with a poster-sized icon must not cost every root-page show a poster's memory.
     auto icon = plat::imageScaledToFit(plat::Image::imageWithData(*bestBytes, scale), kIconPixels);
-    if (icon) iconCache().keep(std::move(*bestBytes), scale, icon);
+    if (icon) iconCache().keep(*bestBytes, scale, icon);
     return icon;
 }
 
