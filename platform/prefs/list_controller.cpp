@@ -48,17 +48,13 @@ SpecifierArrayPtr ListController::loadSpecifiersFromPlistName(const std::string&
     return loaded.specifiers;
 }
 
-void ListController::journalListOperation(JournalEntry entry) {
-    if (Process* process = Process::tryCurrent()) process->journal().append(std::move(entry));
-}
-
 void ListController::insertSpecifier(const SpecifierPtr& specifier, std::size_t index,
                                      bool animated) {
     if (!held_) held_ = std::make_shared<SpecifierArray>();
     held_->insertObject(specifier, index);
-    journalListOperation(journal::Insert{className(), static_cast<std::int64_t>(index), animated,
-                                         specifier ? specifier->identifier().value_or("") : "",
-                                         specifier});
+    Process::record(journal::Insert{className(), static_cast<std::int64_t>(index), animated,
+                                    specifier ? specifier->identifier().value_or("") : "",
+                                    specifier});
 }
 
 void ListController::removeSpecifierAtIndex(std::size_t index, bool animated) {
@@ -66,12 +62,12 @@ void ListController::removeSpecifierAtIndex(std::size_t index, bool animated) {
         throw RangeError("removeSpecifierAtIndex: index " + std::to_string(index) +
                          " beyond bounds for empty list");
     held_->removeObjectAtIndex(index);
-    journalListOperation(journal::Remove{className(), static_cast<std::int64_t>(index), animated});
+    Process::record(journal::Remove{className(), static_cast<std::int64_t>(index), animated});
 }
 
 void ListController::reloadSpecifier(const SpecifierPtr& specifier, bool animated) {
     const auto index = indexOfSpecifier(specifier);
-    journalListOperation(journal::Reload{
+    Process::record(journal::Reload{
         className(),
         index ? std::optional<std::int64_t>(static_cast<std::int64_t>(*index)) : std::nullopt,
         animated});
@@ -79,7 +75,7 @@ void ListController::reloadSpecifier(const SpecifierPtr& specifier, bool animate
 
 void ListController::reloadSpecifiers() {
     held_.reset();
-    journalListOperation(journal::Reload{className(), std::nullopt, false});
+    Process::record(journal::Reload{className(), std::nullopt, false});
     specifiers();
 }
 

@@ -90,10 +90,6 @@ class ListController : public ViewController {
     // readPreferenceValue:, specifiers).
     static void registerFrameworkMethods(Runtime& runtime);
 
-  protected:
-    // Outside a process (a unit test of a page's pieces) list operations leave no trace.
-    static void journalListOperation(JournalEntry entry);
-
   private:
     SpecifierArrayPtr held_;
     SpecifierPtr parent_;

@@ -10,9 +10,7 @@ UserDefaults& UserDefaults::standardUserDefaults() {
 }
 
 bool UserDefaults::synchronize() {
-    if (Process* process = Process::tryCurrent()) {
-        process->journal().append(journal::Synchronize{});
-    }
+    Process::record(journal::Synchronize{});
     return true;
 }
 

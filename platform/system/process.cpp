@@ -60,6 +60,10 @@ Process* Process::tryCurrent() {
     return currentProcess.load();
 }
 
+void Process::record(JournalEntry entry) {
+    if (Process* process = tryCurrent()) process->journal().append(std::move(entry));
+}
+
 ProcessScope::ProcessScope(Process& process) : previous_(currentProcess.exchange(&process)) {}
 
 ProcessScope::~ProcessScope() {

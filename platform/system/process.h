@@ -78,6 +78,9 @@ class Process {
     // The process the code runs in. Throws std::logic_error when none is current.
     static Process& current();
     static Process* tryCurrent();
+    // Journals an event of the current process. Code may run outside any process (a unit
+    // test of a page's pieces); it then leaves no trace.
+    static void record(JournalEntry entry);
 
     const std::string& name() const { return options_.name; }
     DeviceRoot& root() { return *root_; }

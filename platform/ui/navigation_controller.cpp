@@ -4,16 +4,6 @@
 
 namespace plat {
 
-namespace {
-
-void journalNavigation(const ViewController& controller, const char* what) {
-    Process* process = Process::tryCurrent();
-    if (!process) return;
-    process->journal().append(journal::Navigation{controller.className(), what});
-}
-
-}  // namespace
-
 void NavigationController::setRootViewController(
     const std::shared_ptr<ViewController>& controller) {
     stack_.clear();
@@ -26,7 +16,7 @@ void NavigationController::pushViewController(const std::shared_ptr<ViewControll
     stack_.push_back(controller);
     controller->setNavigationController(
         std::static_pointer_cast<NavigationController>(shared_from_this()));
-    journalNavigation(*controller, "push");
+    Process::record(journal::Navigation{controller->className(), "push"});
     controller->viewDidLoad();
 }
 
@@ -34,7 +24,7 @@ std::shared_ptr<ViewController> NavigationController::popViewControllerAnimated(
     if (stack_.size() <= 1) return nullptr;
     auto top = stack_.back();
     stack_.pop_back();
-    journalNavigation(*top, "pop");
+    Process::record(journal::Navigation{top->className(), "pop"});
     return top;
 }
 

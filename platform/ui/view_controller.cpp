@@ -4,18 +4,6 @@
 
 namespace plat {
 
-namespace {
-
-// Controllers may live outside any process (a unit test of a page's pieces); they then
-// simply leave no trace.
-void record(JournalEntry entry) {
-    Process* process = Process::tryCurrent();
-    if (!process) return;
-    process->journal().append(std::move(entry));
-}
-
-}  // namespace
-
 void ViewController::presentViewController(const std::shared_ptr<ViewController>& controller,
                                            bool animated, const std::function<void()>& completion) {
     // UIKit refuses, with only a console warning, to present from a controller that already
@@ -25,7 +13,8 @@ void ViewController::presentViewController(const std::shared_ptr<ViewController>
         return;
     presented_ = controller;
     controller->presenting_ = std::static_pointer_cast<ViewController>(weak_from_this().lock());
-    record(journal::Present{controller->className(), controller->title().value_or(""), animated});
+    Process::record(
+        journal::Present{controller->className(), controller->title().value_or(""), animated});
     if (completion) completion();
 }
 
@@ -67,7 +56,7 @@ void ViewController::dismissPresented(bool animated, const std::function<void()>
         above->presenting_.reset();
         above = std::move(above->presented_);
     }
-    record(journal::Dismiss{dismissed->className(), how, animated});
+    Process::record(journal::Dismiss{dismissed->className(), how, animated});
     if (completion) completion();
 }
 
