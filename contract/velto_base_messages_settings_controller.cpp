@@ -228,10 +228,9 @@ void VeltoBaseMessagesSettingsController::preparePathAndRemoveItem(const std::st
 void VeltoBaseMessagesSettingsController::registerClass(plat::Runtime& runtime) {
     using Self = VeltoBaseMessagesSettingsController;
     runtime.registerClass(kClassName, VeltoBaseSettingsController::kClassName);
-    plat::addAction(runtime, "VeltoBaseMessagesSettingsController",
-                    "selectDefaultContactImage:", &Self::selectDefaultContactImage);
-    plat::addAction(runtime, "VeltoBaseMessagesSettingsController",
-                    "restoreDefaultContactImage:", &Self::restoreDefaultContactImage);
+    plat::addAction<Self>(runtime, "selectDefaultContactImage:", &Self::selectDefaultContactImage);
+    plat::addAction<Self>(runtime,
+                          "restoreDefaultContactImage:", &Self::restoreDefaultContactImage);
 }
 
 }  // namespace velto

@@ -155,10 +155,10 @@ bool VeltoSettingsController::isWhatsAppInstalled() {
 }
 
 void VeltoSettingsController::registerClass(plat::Runtime& runtime) {
-    runtime.registerClass<VeltoSettingsController, VeltoBaseMessagesSettingsController>(
-        kBundlePath);
-    plat::addSetter(runtime, "VeltoSettingsController", "veltoEnabledOrDisabled:specifier:",
-                    &VeltoSettingsController::veltoEnabledOrDisabled);
+    using Self = VeltoSettingsController;
+    runtime.registerClass<Self, VeltoBaseMessagesSettingsController>(kBundlePath);
+    plat::addSetter<Self>(runtime,
+                          "veltoEnabledOrDisabled:specifier:", &Self::veltoEnabledOrDisabled);
 }
 
 }  // namespace velto

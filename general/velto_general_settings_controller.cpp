@@ -121,14 +121,13 @@ void VeltoGeneralSettingsController::disableMonogramRelatedSettings(
 
 void VeltoGeneralSettingsController::registerClass(plat::Runtime& runtime) {
     using Self = VeltoGeneralSettingsController;
-    const char* const name = Self::kClassName;
     runtime.registerClass<Self, VeltoBaseSettingsController>(kBundlePath);
-    plat::addSetter(runtime, name, "veltoMonogramEnabledOrDisabled:specifier:",
-                    &Self::veltoMonogramEnabledOrDisabled);
-    plat::addSetter(runtime, name, "veltoRoundedPicsEnabledOrDisabled:specifier:",
-                    &Self::veltoRoundedPicsEnabledOrDisabled);
-    plat::addSetter(runtime, name, "veltoUseLocalCacheEnabledOrDisabled:specifier:",
-                    &Self::veltoUseLocalCacheEnabledOrDisabled);
+    plat::addSetter<Self>(runtime, "veltoMonogramEnabledOrDisabled:specifier:",
+                          &Self::veltoMonogramEnabledOrDisabled);
+    plat::addSetter<Self>(runtime, "veltoRoundedPicsEnabledOrDisabled:specifier:",
+                          &Self::veltoRoundedPicsEnabledOrDisabled);
+    plat::addSetter<Self>(runtime, "veltoUseLocalCacheEnabledOrDisabled:specifier:",
+                          &Self::veltoUseLocalCacheEnabledOrDisabled);
 }
 
 }  // namespace velto

@@ -83,10 +83,10 @@ void FaceTimeAppSettingsController::favoritesEnabledOrDisabled(
 void FaceTimeAppSettingsController::registerClass(plat::Runtime& runtime) {
     using Self = FaceTimeAppSettingsController;
     runtime.registerClass<Self, VeltoBaseSettingsController>(kBundlePath);
-    plat::addSetter(runtime, "FaceTimeAppSettingsController",
-                    "faceTimeAppEnabledOrDisabled:specifier:", &Self::faceTimeAppEnabledOrDisabled);
-    plat::addSetter(runtime, "FaceTimeAppSettingsController",
-                    "favoritesEnabledOrDisabled:specifier:", &Self::favoritesEnabledOrDisabled);
+    plat::addSetter<Self>(
+        runtime, "faceTimeAppEnabledOrDisabled:specifier:", &Self::faceTimeAppEnabledOrDisabled);
+    plat::addSetter<Self>(
+        runtime, "favoritesEnabledOrDisabled:specifier:", &Self::favoritesEnabledOrDisabled);
 }
 
 }  // namespace velto

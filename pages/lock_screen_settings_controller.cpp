@@ -12,8 +12,8 @@ LockScreenSettingsController::LockScreenSettingsController()
 void LockScreenSettingsController::registerClass(plat::Runtime& runtime) {
     using Self = LockScreenSettingsController;
     runtime.registerClass<Self, VeltoBaseSettingsController>(kBundlePath);
-    plat::addSetter(runtime, "LockScreenSettingsController",
-                    "lockScreenEnabledOrDisabled:specifier:", &Self::lockScreenEnabledOrDisabled);
+    plat::addSetter<Self>(
+        runtime, "lockScreenEnabledOrDisabled:specifier:", &Self::lockScreenEnabledOrDisabled);
 }
 
 }  // namespace velto

@@ -173,12 +173,10 @@ void MailAppSettingsController::preparePathAndRemoveItem(const std::string& path
 void MailAppSettingsController::registerClass(plat::Runtime& runtime) {
     using Self = MailAppSettingsController;
     runtime.registerClass<Self, VeltoBaseSettingsController>(kBundlePath);
-    plat::addSetter(runtime, "MailAppSettingsController",
-                    "mailAppEnabledOrDisabled:specifier:", &Self::mailAppEnabledOrDisabled);
-    plat::addAction(runtime, "MailAppSettingsController",
-                    "selectDefaultAvatarMail:", &Self::selectDefaultAvatarMail);
-    plat::addAction(runtime, "MailAppSettingsController",
-                    "restoreAvatarsMail:", &Self::restoreAvatarsMail);
+    plat::addSetter<Self>(runtime,
+                          "mailAppEnabledOrDisabled:specifier:", &Self::mailAppEnabledOrDisabled);
+    plat::addAction<Self>(runtime, "selectDefaultAvatarMail:", &Self::selectDefaultAvatarMail);
+    plat::addAction<Self>(runtime, "restoreAvatarsMail:", &Self::restoreAvatarsMail);
 }
 
 }  // namespace velto

@@ -91,8 +91,8 @@ void MessagesAppSettingsController::preparePathAndRemoveItem(const std::string& 
 void MessagesAppSettingsController::registerClass(plat::Runtime& runtime) {
     using Self = MessagesAppSettingsController;
     runtime.registerClass<Self, VeltoBaseMessagesSettingsController>(kBundlePath);
-    plat::addSetter(runtime, "MessagesAppSettingsController",
-                    "messagesAppEnabledOrDisabled:specifier:", &Self::messagesAppEnabledOrDisabled);
+    plat::addSetter<Self>(
+        runtime, "messagesAppEnabledOrDisabled:specifier:", &Self::messagesAppEnabledOrDisabled);
 }
 
 }  // namespace velto

@@ -12,8 +12,8 @@ NCAppSettingsController::NCAppSettingsController()
 void NCAppSettingsController::registerClass(plat::Runtime& runtime) {
     using Self = NCAppSettingsController;
     runtime.registerClass<Self, VeltoBaseSettingsController>(kBundlePath);
-    plat::addSetter(runtime, "NCAppSettingsController",
-                    "ncAppEnabledOrDisabled:specifier:", &Self::ncAppEnabledOrDisabled);
+    plat::addSetter<Self>(runtime,
+                          "ncAppEnabledOrDisabled:specifier:", &Self::ncAppEnabledOrDisabled);
 }
 
 }  // namespace velto

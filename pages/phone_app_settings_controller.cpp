@@ -67,10 +67,10 @@ void PhoneAppSettingsController::favoritesEnabledOrDisabled(const plat::Value& v
 void PhoneAppSettingsController::registerClass(plat::Runtime& runtime) {
     using Self = PhoneAppSettingsController;
     runtime.registerClass<Self, VeltoBaseSettingsController>(kBundlePath);
-    plat::addSetter(runtime, "PhoneAppSettingsController",
-                    "phoneAppEnabledOrDisabled:specifier:", &Self::phoneAppEnabledOrDisabled);
-    plat::addSetter(runtime, "PhoneAppSettingsController",
-                    "favoritesEnabledOrDisabled:specifier:", &Self::favoritesEnabledOrDisabled);
+    plat::addSetter<Self>(runtime,
+                          "phoneAppEnabledOrDisabled:specifier:", &Self::phoneAppEnabledOrDisabled);
+    plat::addSetter<Self>(
+        runtime, "favoritesEnabledOrDisabled:specifier:", &Self::favoritesEnabledOrDisabled);
 }
 
 }  // namespace velto
