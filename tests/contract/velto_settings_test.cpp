@@ -1,5 +1,3 @@
-#include <atomic>
-#include <thread>
 #include <vector>
 
 #include "contract/velto_settings.h"
@@ -76,47 +74,6 @@ TEST_F(VeltoSettingsTest, OneInstancePerProcessThatFollowsTheFile) {
     other.writePlist(kMainFile, bools({{"VeltoEnabled", true}}));
     EXPECT_NE(VeltoSettings::sharedSettings(), settings);
     EXPECT_TRUE(VeltoSettings::sharedSettings()->isVeltoEnabled());
-}
-
-TEST_F(VeltoSettingsTest, LoadingOnOtherThreadsWhileTheMainThreadAsks) {
-    device.writePlist(kMainFile, Value::dictionary({{"VeltoEnabled", Value::boolean(true)},
-                                                    {"VeltoExcludedApps", Value::array({"a"})}}));
-    // As on a device: the settings-changed notification reloads on the delivery thread.
-    auto& darwin = device.process().darwin();
-    darwin.addObserver(
-        nullptr,
-        [](plat::DarwinNotifyCenter*, void*, const std::string&, const void*, const Value&) {
-            VeltoSettings::sharedSettings()->loadSettings();
-        },
-        kChanged, plat::SuspensionBehavior::DeliverImmediately);
-
-    std::atomic<bool> go{false};
-    std::vector<std::thread> loaders;
-    for (int t = 0; t < 4; ++t) {
-        loaders.emplace_back([&go] {
-            while (!go.load())
-                std::this_thread::yield();
-            for (int i = 0; i < 200; ++i)
-                VeltoSettings::sharedSettings()->loadSettings();
-        });
-    }
-    go = true;
-    int wrong = 0;
-    for (int i = 0; i < 2000; ++i) {
-        if (i % 100 == 0) darwin.postFromOtherProcess(kChanged);
-        auto s = VeltoSettings::sharedSettings();
-        wrong += !s->isVeltoEnabled() + !s->isAppExcluded("a", true) + s->isAppExcluded("b", false);
-    }
-    for (auto& loader : loaders)
-        loader.join();
-    darwin.waitUntilDelivered();
-    EXPECT_EQ(wrong, 0);
-
-    // The last reload, made on the delivery thread, is what the main thread sees afterwards.
-    device.writeSettings({{"VeltoEnabled", false}});
-    darwin.postFromOtherProcess(kChanged);
-    darwin.waitUntilDelivered();
-    EXPECT_FALSE(VeltoSettings::sharedSettings()->isVeltoEnabled());
 }
 
 TEST_F(VeltoSettingsTest, ExclusionsArePersistedOnceEachAndCountOnlyWhileTheMasterSwitchIsOn) {

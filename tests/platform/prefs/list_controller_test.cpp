@@ -9,9 +9,7 @@
 #include "platform/prefs/list_controller.h"
 #include "platform/prefs/runtime.h"
 #include "platform/prefs/specifier_loader.h"
-#include "platform/ui/alert_controller.h"
 #include "platform/ui/image.h"
-#include "platform/ui/image_picker_controller.h"
 #include "tests/platform/prefs/toy_controller.h"
 #include "tests/support/test_device.h"
 
@@ -210,50 +208,6 @@ TEST_F(PrefsTest, UnknownSelectorsAndClassesAreReportedNotFatal) {
     EXPECT_EQ(plat::Runtime::shared().instantiate("ToyDetailController"), nullptr);
     EXPECT_TRUE(plat::Runtime::shared().isSubclass("ToyController", "UIViewController"));
     EXPECT_EQ(plat::Runtime::shared().bundlePathForClass("ToyController"), toy::kBundle);
-}
-
-TEST_F(PrefsTest, ActionSheetIsPresentedAndAnsweredThroughItsHandlers) {
-    auto page = openToy();
-    page->resetAll(nullptr);
-    auto sheet = std::dynamic_pointer_cast<plat::AlertController>(page->presentedViewController());
-    ASSERT_TRUE(sheet);
-    ASSERT_EQ(sheet->actions().size(), 2u);
-    EXPECT_TRUE(sheet->tapAction("Reset"));
-    EXPECT_EQ(page->resetsConfirmed, 1);
-    EXPECT_EQ(page->presentedViewController(), nullptr);
-    EXPECT_EQ(device.entries<plat::journal::Present>().size(), 1u);
-    EXPECT_EQ(device.entries<plat::journal::Dismiss>().size(), 1u);
-}
-
-TEST_F(PrefsTest, PickedPictureReachesTheDelegateWhichDismissesAndReloads) {
-    auto page = openToy();
-    page->specifiers();
-    auto pick = plat::Specifier::groupSpecifierWithName("Pick");
-    plat::Runtime::shared().perform(*page, "pickPicture:", {Value(pick)});
-    auto picker =
-        std::dynamic_pointer_cast<plat::ImagePickerController>(page->presentedViewController());
-    ASSERT_TRUE(picker);
-    EXPECT_TRUE(picker->allowsEditing());
-
-    const auto mark = device.journal().size();
-    auto picture = plat::Image::blank(30, 20, 1);
-    EXPECT_TRUE(picker->pick(picture, nullptr));
-    EXPECT_EQ(page->picked, picture);
-    EXPECT_EQ(page->presentedViewController(), nullptr);
-    // Dismissal, then the rebuild of the rows.
-    auto entries = device.journal().since(mark);
-    ASSERT_GE(entries.size(), 2u);
-    EXPECT_TRUE(std::holds_alternative<plat::journal::Dismiss>(entries[0]));
-    EXPECT_TRUE(std::holds_alternative<plat::journal::Reload>(entries[1]));
-
-    // Cancelling a second picker leaves the picture and the rows alone.
-    plat::Runtime::shared().perform(*page, "pickPicture:", {Value(pick)});
-    auto second =
-        std::dynamic_pointer_cast<plat::ImagePickerController>(page->presentedViewController());
-    ASSERT_TRUE(second);
-    EXPECT_TRUE(second->cancel());
-    EXPECT_EQ(page->picked, picture);
-    EXPECT_EQ(page->presentedViewController(), nullptr);
 }
 
 }  // namespace

@@ -2,7 +2,6 @@
 
 #include "platform/prefs/runtime.h"
 #include "platform/prefs/user_defaults.h"
-#include "platform/ui/alert_controller.h"
 
 namespace toy {
 
@@ -36,38 +35,6 @@ void ToyController::toyEnabledOrDisabled(const Value& value, const plat::Specifi
     }
 }
 
-void ToyController::resetAll(const plat::SpecifierPtr&) {
-    auto sheet = plat::AlertController::alertControllerWithTitle(
-        std::nullopt, std::nullopt, plat::UIAlertControllerStyleActionSheet);
-    std::weak_ptr<ToyController> weakSelf =
-        std::static_pointer_cast<ToyController>(shared_from_this());
-    sheet->addAction(plat::AlertAction::actionWithTitle(
-        "Reset", plat::UIAlertActionStyleDestructive, [weakSelf](plat::AlertAction&) {
-            if (auto self = weakSelf.lock()) ++self->resetsConfirmed;
-        }));
-    sheet->addAction(
-        plat::AlertAction::actionWithTitle("Cancel", plat::UIAlertActionStyleCancel, {}));
-    presentViewController(sheet, true, {});
-}
-
-void ToyController::pickPicture(const plat::SpecifierPtr&) {
-    auto picker = std::make_shared<plat::ImagePickerController>();
-    picker->setAllowsEditing(true);
-    picker->setDelegate(std::dynamic_pointer_cast<plat::ImagePickerDelegate>(shared_from_this()));
-    presentViewController(picker, true, {});
-}
-
-void ToyController::imagePickerControllerDidFinishPickingMediaWithInfo(
-    plat::ImagePickerController& picker, Value info) {
-    picked = info.objectForKey(plat::UIImagePickerControllerEditedImage).as<plat::Image>();
-    picker.dismissViewControllerAnimated(true, {});
-    reloadSpecifiers();
-}
-
-void ToyController::imagePickerControllerDidCancel(plat::ImagePickerController& picker) {
-    picker.dismissViewControllerAnimated(true, {});
-}
-
 bool ToySwitchCell::initWithStyle(int style, const std::optional<std::string>& reuse,
                                   const plat::SpecifierPtr& specifier) {
     if (!TableCell::initWithStyle(style, reuse, specifier)) return false;
@@ -85,18 +52,6 @@ void registerToyClasses() {
         plat::bindMethod<ToyController>([](ToyController& self, const plat::Arguments& a) {
             self.toyEnabledOrDisabled(plat::argumentAt(a, 0),
                                       plat::argumentAt(a, 1).as<plat::Specifier>());
-            return Value();
-        }));
-    runtime.addMethod(
-        "ToyController", "resetAll:",
-        plat::bindMethod<ToyController>([](ToyController& self, const plat::Arguments& a) {
-            self.resetAll(plat::argumentAt(a, 0).as<plat::Specifier>());
-            return Value();
-        }));
-    runtime.addMethod(
-        "ToyController", "pickPicture:",
-        plat::bindMethod<ToyController>([](ToyController& self, const plat::Arguments& a) {
-            self.pickPicture(plat::argumentAt(a, 0).as<plat::Specifier>());
             return Value();
         }));
     runtime.registerClass("ToySwitchCell", "PSTableCell",

@@ -8,28 +8,18 @@
 
 #include "platform/prefs/list_controller.h"
 #include "platform/prefs/table_cell.h"
-#include "platform/ui/image_picker_controller.h"
 
 namespace toy {
 
 inline constexpr const char* kBundle = "/System/Library/PreferenceBundles/Toy.bundle";
 inline constexpr const char* kDomainFile = "/var/mobile/Library/Preferences/com.example.toy.plist";
 
-class ToyController : public plat::ListController, public plat::ImagePickerDelegate {
+class ToyController : public plat::ListController {
   public:
     std::string className() const override { return "ToyController"; }
     plat::SpecifierArrayPtr specifiers() override;
 
     void toyEnabledOrDisabled(const plat::Value& value, const plat::SpecifierPtr& specifier);
-    void resetAll(const plat::SpecifierPtr& specifier);
-    void pickPicture(const plat::SpecifierPtr& specifier);
-
-    void imagePickerControllerDidFinishPickingMediaWithInfo(plat::ImagePickerController& picker,
-                                                            plat::Value info) override;
-    void imagePickerControllerDidCancel(plat::ImagePickerController& picker) override;
-
-    int resetsConfirmed = 0;
-    plat::ImagePtr picked;
 };
 
 // A switch cell class named by "cellClass" in the resource.
