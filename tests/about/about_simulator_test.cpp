@@ -1,10 +1,8 @@
 // The About page through velto-settings: the share sheet and the mail composer as the
-// simulator shows them (JSON and text), the steps that close them, and the footer's version
-// from each source a device can be made with.
+// simulator shows them (JSON and text), and the steps that close them.
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <nlohmann/json.hpp>
@@ -16,17 +14,6 @@
 using nlohmann::json;
 
 namespace {
-
-std::string thisYear() {
-    const auto days = std::chrono::floor<std::chrono::days>(std::chrono::system_clock::now());
-    return std::to_string(static_cast<int>(std::chrono::year_month_day(days).year()));
-}
-
-const json* row(const json& show, const std::string& id) {
-    for (const auto& r : show.at("rows"))
-        if (r.at("id") == id) return &r;
-    return nullptr;
-}
 
 class AboutSimulatorTest : public ::testing::Test {
   protected:
@@ -88,39 +75,5 @@ TEST_F(AboutSimulatorTest, ShareSheetIsAPopoverOnAnIPadAndTextViewShowsDrafts) {
     EXPECT_NE(text.out.find("To: support@norvale.com"), std::string::npos);
     EXPECT_NE(text.out.find("Attachment: Velto.log (3 bytes)"), std::string::npos);
 }
-
-struct VersionSource {
-    const char* name;
-    std::vector<std::string> options;
-    const char* version;
-    bool asksSpringBoard;
-};
-
-class FooterVersionTest : public AboutSimulatorTest,
-                          public ::testing::WithParamInterface<VersionSource> {};
-
-TEST_P(FooterVersionTest, FooterNamesTheVersionFound) {
-    const std::string root = scratch / "device";
-    apptest::initDevice(root, GetParam().options);
-    const auto shows = steps(root, {"open About", "show"});
-    ASSERT_EQ(shows.size(), 1u);
-    const json* footer = row(shows[0], "VeltoCopyRightHeader");
-    ASSERT_TRUE(footer);
-    EXPECT_EQ(footer->at("footer"), std::string("Version ") + GetParam().version + ", © " +
-                                        thisYear() + " Norvale, Inc. All rights reserved,");
-    bool asked = false;
-    for (const auto& e : shows[0].at("journal"))
-        asked |= e.at("kind") == "request" && e.at("name") == "com.norvale.velto.product";
-    EXPECT_EQ(asked, GetParam().asksSpringBoard);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Sources, FooterVersionTest,
-    ::testing::Values(
-        VersionSource{
-            "PackageManager", {"--package", "com.norvale.velto2=2.1.0-1"}, "2.1.0-1", false},
-        VersionSource{"SpringBoard", {"--extension-version", "2.0"}, "2.0", true},
-        VersionSource{"Nobody", {"--no-extension", "--extension-version", "2.0"}, "(null)", true}),
-    [](const auto& info) { return std::string(info.param.name); });
 
 }  // namespace

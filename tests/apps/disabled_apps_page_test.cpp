@@ -181,20 +181,4 @@ TEST_F(DisabledAppsPageTest, OneMessageCenterForEveryPageOfTheProcess) {
     EXPECT_EQ(Page::tweakMessageCenter(), center);
 }
 
-TEST_F(DisabledAppsPageTest, AppearanceHooks) {
-    auto page = device.page();
-    EXPECT_TRUE(page->hasCustomNavigationBarColor());
-    EXPECT_FALSE(page->shouldShowImageAsTitle());
-    EXPECT_EQ(page->twitterMessage(),
-              "I'm loving #Velto2, which brings contact pictures every where on my iDevice.");
-    EXPECT_TRUE(page->twitterImage());
-    EXPECT_TRUE(page->customNavigationBarColor());
-    device.setSystemVersion("10.3");
-    auto button = page->customBackButton();
-    ASSERT_TRUE(button);
-    EXPECT_EQ(button->action(), "backButtonAction:");
-    device.setSystemVersion("11.0");
-    EXPECT_FALSE(page->customBackButton());
-}
-
 }  // namespace

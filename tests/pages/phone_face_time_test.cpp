@@ -83,11 +83,6 @@ TEST_F(PhoneFaceTimeTest, PhoneSwitchesInsertAndRemoveWithoutLookingAtWhatIsShow
     EXPECT_EQ(device.listOperations(mark), (Ids{"-12a", "-11a", "-10a", "-9a", "-8a", "-7a", "-6a",
                                                 "-5a", "-4a", "-3a", "-2a"}));
     EXPECT_EQ(page->specifiers()->count(), 2u);
-
-    // On twice: the rows come in twice.
-    page->phoneAppEnabledOrDisabled(Value::boolean(true), page->specifierAtIndex(1));
-    page->phoneAppEnabledOrDisabled(Value::boolean(true), page->specifierAtIndex(1));
-    EXPECT_EQ(page->specifiers()->count(), 2u + 6u + 6u);
 }
 
 TEST_F(PhoneFaceTimeTest, SwitchesFlippedBeforeTheListIsBuiltOnlyStore) {
