@@ -1,9 +1,8 @@
-// Devices made with `device init`, seen through the root page's rules, and `defaults` on a
-// device's preferences.
+// Devices made with `device init` (the demo, bad options, imports from a real device), and
+// `defaults` and `plutil` on a device's files.
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
@@ -15,53 +14,11 @@ namespace {
 
 using nlohmann::json;
 
-// The root page of a new device made with these options, with the master switch on.
-json rootPage(const std::string& device, const std::vector<std::string>& options) {
-    initDevice(device, options);
-    const auto result = runProgram({"--device", device, "--json", "toggle Enabled on", "show"});
-    EXPECT_EQ(result.status, 0) << result.err;
-    return result.outLines().at(0);
-}
-
 // The row with this identifier or label; null when there is none.
 json row(const json& page, const std::string& name) {
     for (const auto& row : page.at("rows"))
         if (row.at("id") == name || row.at("label") == name) return row;
     return nullptr;
-}
-
-TEST(DeviceCli, FamilySystemVersionFaceTimeAndAppsReachTheRootPagesRules) {
-    ScratchFolder scratch;
-    const json phone = rootPage(
-        scratch / "phone", {"--system-version", "12.4", "--scale", "2", "--app", "bitesms", "--app",
-                            "ringledger", "--app", "com.apple.mobilemail,Mail,system"});
-    for (const char* name : {"Phone", "Lock Screen", "FaceTime", "biteSMS", "RingLedger"})
-        EXPECT_NE(row(phone, name), nullptr) << name;
-    EXPECT_EQ(row(phone, "Recents"), nullptr);
-    // 60-point home-screen icons at 2x; not installed, the extension has no icon to give.
-    for (const char* name : {"biteSMS", "Mail"}) {
-        EXPECT_EQ(row(phone, name)["icon"]["width"], 120) << name;
-        EXPECT_EQ(row(phone, name)["icon"]["height"], 120) << name;
-    }
-    EXPECT_EQ(row(phone, "Messages")["icon"], nullptr);
-    for (const auto& entry : phone["journal"])
-        EXPECT_TRUE(entry["kind"] != "request" || entry["replied"] == true) << entry;
-
-    const json pad = rootPage(scratch / "pad", {"--family", "ipad", "--scale", "2", "--no-facetime",
-                                                "--app", "bitesms", "--no-extension"});
-    // There is no Phone application on an iPad; its list has no row for it.
-    for (const char* name : {"Phone", "Lock Screen", "FaceTime"})
-        EXPECT_EQ(row(pad, name), nullptr) << name;
-    EXPECT_NE(row(pad, "Messages"), nullptr);
-    // Without the extension, requests go unanswered and rows have no icon.
-    EXPECT_EQ(row(pad, "biteSMS")["icon"], nullptr);
-    const json& journal = pad["journal"];
-    EXPECT_TRUE(std::any_of(journal.begin(), journal.end(),
-                            [](const json& entry) { return entry["kind"] == "request"; }));
-    for (const auto& entry : journal)
-        EXPECT_TRUE(entry["kind"] != "request" ||
-                    (entry["name"] == "com.norvale.velto.appicon" && entry["replied"] == false))
-            << entry;
 }
 
 TEST(DeviceCli, WithoutADeviceARichDemoIsMadeOnFirstUseUnderTheStateFolder) {

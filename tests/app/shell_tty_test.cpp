@@ -1,5 +1,6 @@
 // The interactive session under a pseudo-terminal of our own, typed at key by key as a user
-// types: Tab completion, history across sessions, Ctrl-L and colour.
+// types: Tab completion, history across sessions, Ctrl-L, colour, and a mistyped step that
+// leaves the session running.
 
 #include <gtest/gtest.h>
 #include <poll.h>
@@ -146,12 +147,15 @@ TEST_F(ShellTty, TabCompletesStepsRowsAndValuesAndTheHistoryOutlivesTheSession) 
     EXPECT_TRUE(terminal.waitForExit()) << terminal.output();
 }
 
-TEST_F(ShellTty, ColourUnlessNoColourAndCtrlLClearsTheScreen) {
+TEST_F(ShellTty, ColourUnlessNoColourCtrlLClearsTheScreenAndErrorsDoNotEndTheSession) {
     for (const bool noColour : {false, true}) {
         Terminal terminal(scratch_, device_, noColour);
         ASSERT_TRUE(terminal.waitFor("velto>")) << terminal.output();
         const bool bold = terminal.output().find("\033[1mVelto") != std::string::npos;
         EXPECT_EQ(bold, !noColour) << terminal.output();
+        terminal.type("open Nowhere\r");
+        ASSERT_TRUE(terminal.waitFor("no row 'Nowhere' on this page")) << terminal.output();
+        ASSERT_TRUE(terminal.waitFor("velto>")) << terminal.output();
         terminal.type("\014");
         EXPECT_TRUE(terminal.waitFor("\033[2J")) << terminal.output();
         ASSERT_TRUE(terminal.waitFor("velto>")) << terminal.output();
