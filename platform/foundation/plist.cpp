@@ -1,5 +1,6 @@
 #include "platform/foundation/plist.h"
 
+#include "platform/foundation/bplist_bytes.h"
 #include "platform/foundation/plist_binary.h"
 
 #include <plist/plist.h>
@@ -18,25 +19,15 @@ namespace plat {
 
 namespace {
 
-constexpr std::size_t kTrailerSize = 32;
-constexpr std::size_t kHeaderSize = 8;
+using bplist::appendBigEndian;
+using bplist::kHeaderSize;
+using bplist::kTrailerSize;
+using bplist::readBigEndian;
 
 struct NodeFree {
     void operator()(void* node) const { plist_free(node); }
 };
 using NodePtr = std::unique_ptr<void, NodeFree>;
-
-std::uint64_t readBigEndian(const std::uint8_t* p, std::size_t width) {
-    std::uint64_t v = 0;
-    for (std::size_t i = 0; i < width; ++i)
-        v = (v << 8) | p[i];
-    return v;
-}
-
-void appendBigEndian(Bytes& out, std::uint64_t v, std::size_t width) {
-    for (std::size_t i = width; i-- > 0;)
-        out.push_back(static_cast<std::uint8_t>(v >> (8 * i)));
-}
 
 // ---------------------------------------------------------------------------------------------
 // Guards run before libplist sees the bytes.
@@ -268,12 +259,9 @@ class NodeWriter {
         if (!spend()) return nullptr;
         switch (v.type()) {
             case Value::Type::Nil:
-                return fail("property lists cannot contain NULL");
             case Value::Type::Null:
-                return fail("property lists cannot contain objects of type 'CFNull'");
             case Value::Type::Object:
-                return fail("property lists cannot contain objects of type '" +
-                            v.asObject()->className() + "'");
+                return fail(unwritableKindReason(v));
             case Value::Type::Boolean:
                 return plist_new_bool(v.boolValue() ? 1 : 0);
             case Value::Type::Integer:
@@ -285,10 +273,7 @@ class NodeWriter {
                 return plist_new_real(v.doubleValue());
             case Value::Type::String: {
                 const std::string& s = *v.asString();
-                if (!isPropertyListText(s.data(), s.size()))
-                    return fail(
-                        "property lists cannot contain strings that are not UTF-8 or "
-                        "hold NUL characters");
+                if (!isPropertyListText(s.data(), s.size())) return fail(kNotTextReason);
                 return plist_new_string(s.c_str());
             }
             case Value::Type::Data: {
@@ -298,9 +283,8 @@ class NodeWriter {
             case Value::Type::Date:
                 return checked(newDate(*v.asDate()));
             case Value::Type::Uid:
-                // A UID is at most 32 bits in Apple's reader; libplist would truncate more.
-                if (*v.asUid() > 0xFFFFFFFFu)
-                    return fail("property lists cannot contain UIDs above 4294967295");
+                // libplist would truncate a UID above 32 bits.
+                if (std::string why = unwritableKindReason(v); !why.empty()) return fail(why);
                 return plist_new_uid(*v.asUid());
             case Value::Type::Array:
                 return writeArray(v, depth);
@@ -335,7 +319,7 @@ class NodeWriter {
     // past what we read back.
     bool enter(const void* container, std::size_t depth) {
         if (std::find(path_.begin(), path_.end(), container) != path_.end()) {
-            fail("property lists cannot contain recursive container references");
+            fail(kRecursiveReason);
             return false;
         }
         if (depth >= kMaxPropertyListDepth) {
@@ -365,9 +349,7 @@ class NodeWriter {
         if (!enter(entries, depth)) return nullptr;
         NodePtr node(plist_new_dict());
         for (const auto& [key, item] : *entries) {
-            if (!isPropertyListText(key.data(), key.size()))
-                return fail(
-                    "property list dictionaries may only have keys which are UTF-8 without NUL");
+            if (!isPropertyListText(key.data(), key.size())) return fail(kNotTextKeyReason);
             plist_t child = write(item, depth + 1);
             if (!child) return nullptr;
             plist_dict_set_item(node.get(), key.c_str(), child);

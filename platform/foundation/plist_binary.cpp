@@ -1,5 +1,7 @@
 #include "platform/foundation/plist_binary.h"
 
+#include "platform/foundation/bplist_bytes.h"
+
 #include <bit>
 #include <cstring>
 #include <limits>
@@ -10,20 +12,10 @@ namespace plat {
 
 namespace {
 
-constexpr std::size_t kHeaderSize = 8;
-constexpr std::size_t kTrailerSize = 32;
-
-std::uint64_t readBigEndian(const std::uint8_t* p, std::size_t width) {
-    std::uint64_t v = 0;
-    for (std::size_t i = 0; i < width; ++i)
-        v = (v << 8) | p[i];
-    return v;
-}
-
-void appendBigEndian(Bytes& out, std::uint64_t v, std::size_t width) {
-    for (std::size_t i = width; i-- > 0;)
-        out.push_back(static_cast<std::uint8_t>(v >> (8 * i)));
-}
+using bplist::appendBigEndian;
+using bplist::kHeaderSize;
+using bplist::kTrailerSize;
+using bplist::readBigEndian;
 
 std::size_t widthFor(std::uint64_t v) {
     if (v <= 0xFF) return 1;
@@ -332,12 +324,9 @@ class Writer {
     bool indexOf(const Value& v, std::uint64_t& index) {
         switch (v.type()) {
             case Value::Type::Nil:
-                return fail("property lists cannot contain NULL");
             case Value::Type::Null:
-                return fail("property lists cannot contain objects of type 'CFNull'");
             case Value::Type::Object:
-                return fail("property lists cannot contain objects of type '" +
-                            v.asObject()->className() + "'");
+                return fail(unwritableKindReason(v));
             case Value::Type::Array:
             case Value::Type::Dictionary: {
                 const void* p = v.isArray() ? static_cast<const void*>(v.asArray())
@@ -353,8 +342,7 @@ class Writer {
             case Value::Type::String:
                 return stringIndex(*v.asString(), &v, nullptr, index);
             case Value::Type::Uid:
-                if (*v.asUid() > 0xFFFFFFFFu)
-                    return fail("property lists cannot contain UIDs above 4294967295");
+                if (std::string why = unwritableKindReason(v); !why.empty()) return fail(why);
                 break;
             default:
                 break;
@@ -370,10 +358,7 @@ class Writer {
         auto [it, made] = strings_.try_emplace(std::string_view(s), entries_.size());
         if (made) {
             if (!isPropertyListText(s.data(), s.size()))
-                return fail(key ? "property list dictionaries may only have keys which are "
-                                  "UTF-8 without NUL"
-                                : "property lists cannot contain strings that are not UTF-8 "
-                                  "or hold NUL characters");
+                return fail(key ? kNotTextKeyReason : kNotTextReason);
             entries_.push_back({v, key});
             state_.push_back(kDone);
         }
@@ -425,8 +410,7 @@ class Writer {
             const Entry& entry = entries_[frame.index];
             if (frame.next < entry.refs + entry.n) {
                 const std::uint64_t child = refs_[frame.next++];
-                if (state_[child] == kOpen)
-                    return fail("property lists cannot contain recursive container references");
+                if (state_[child] == kOpen) return fail(kRecursiveReason);
                 if (state_[child] == kAssigned && !expand(child)) return false;
                 continue;
             }
@@ -584,6 +568,24 @@ class Writer {
 };
 
 }  // namespace
+
+std::string unwritableKindReason(const Value& value) {
+    switch (value.type()) {
+        case Value::Type::Nil:
+            return "property lists cannot contain NULL";
+        case Value::Type::Null:
+            return "property lists cannot contain objects of type 'CFNull'";
+        case Value::Type::Object:
+            return "property lists cannot contain objects of type '" +
+                   value.asObject()->className() + "'";
+        case Value::Type::Uid:
+            if (*value.asUid() > 0xFFFFFFFFu)
+                return "property lists cannot contain UIDs above 4294967295";
+            return {};
+        default:
+            return {};
+    }
+}
 
 bool isPropertyListText(const char* s, std::size_t n) {
     const auto* p = reinterpret_cast<const unsigned char*>(s);

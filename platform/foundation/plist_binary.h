@@ -26,4 +26,16 @@ std::optional<Bytes> binaryDataFromPropertyList(const Value& value, std::string*
 // Text a property list can carry: strict UTF-8 without NUL.
 bool isPropertyListText(const char* s, std::size_t n);
 
+// Foundation's reasons for refusing to write a value, shared by the XML and binary writers so
+// that both say the same thing.
+inline constexpr const char* kNotTextReason =
+    "property lists cannot contain strings that are not UTF-8 or hold NUL characters";
+inline constexpr const char* kNotTextKeyReason =
+    "property list dictionaries may only have keys which are UTF-8 without NUL";
+inline constexpr const char* kRecursiveReason =
+    "property lists cannot contain recursive container references";
+// The reason for a value no property list can hold (nil, NSNull, any other object, a UID
+// above 32 bits, which Apple's reader cannot hold); empty for every other value.
+std::string unwritableKindReason(const Value& value);
+
 }  // namespace plat
