@@ -330,7 +330,7 @@ void Exerciser::operate(const std::optional<Link>& link, const StoredState& stat
     if (!reset(link, state, run) || !step(run, tap, operation.row, operation.resource)) return;
     std::vector<Step> answers;
     auto top = session_->topPage();
-    auto presented = top ? presentedOver(*top) : nullptr;
+    auto presented = top ? plat::frontmostPresented(*top) : nullptr;
     if (auto alert = std::dynamic_pointer_cast<plat::AlertController>(presented)) {
         for (const auto& action : alert->actions())
             answers.push_back({StepKind::Choose, action->title(), "choose " + action->title()});

@@ -119,7 +119,8 @@ CompletionContext completionContext(Session& session) {
             row.button = !specifier->action().empty();
             context.rows.push_back(std::move(row));
         }
-    if (auto alert = std::dynamic_pointer_cast<plat::AlertController>(presentedOver(*page)))
+    if (auto alert =
+            std::dynamic_pointer_cast<plat::AlertController>(plat::frontmostPresented(*page)))
         for (const auto& action : alert->actions())
             context.actions.push_back(action->title());
     return context;

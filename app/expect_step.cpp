@@ -84,7 +84,7 @@ void checkRow(const Expectation& expectation, const ExpectScene& scene) {
 }
 
 void checkPresented(const std::string& wanted, const ExpectScene& scene) {
-    const auto controller = presentedOver(scene.page);
+    const auto controller = plat::frontmostPresented(scene.page);
     if (!controller) {
         if (wanted != "nothing") throw ExpectationFailed("nothing is presented");
         return;

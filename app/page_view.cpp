@@ -6,7 +6,6 @@
 #include "platform/ui/image.h"
 #include "platform/ui/image_picker_controller.h"
 #include "platform/ui/mail_compose_view_controller.h"
-#include "platform/ui/navigation_controller.h"
 
 namespace velto::app {
 
@@ -91,17 +90,6 @@ PresentedView presentedView(const plat::ViewController& controller) {
 
 }  // namespace
 
-std::shared_ptr<plat::ViewController> presentedOver(const plat::ListController& page) {
-    auto presented = page.presentedViewController();
-    // Some pages present from their navigation controller rather than themselves.
-    if (!presented)
-        if (auto navigation = page.navigationController())
-            presented = navigation->presentedViewController();
-    while (presented && presented->presentedViewController())
-        presented = presented->presentedViewController();
-    return presented;
-}
-
 PageView viewOf(plat::ListController& page, std::size_t depth) {
     PageView view;
     view.className = page.className();
@@ -131,7 +119,7 @@ PageView viewOf(plat::ListController& page, std::size_t depth) {
         view.sections.push_back(std::move(shown));
     }
 
-    if (auto presented = presentedOver(page)) view.presented = presentedView(*presented);
+    if (auto presented = plat::frontmostPresented(page)) view.presented = presentedView(*presented);
     return view;
 }
 

@@ -102,7 +102,4 @@ PageView viewOf(plat::ListController& page, std::size_t depth);
 // What a presented controller shows, as `presented` of a page gives it.
 PresentedView presentedViewOf(const plat::ViewController& controller);
 
-// The controller on top of what the page presents (nullptr when nothing is presented).
-std::shared_ptr<plat::ViewController> presentedOver(const plat::ListController& page);
-
 }  // namespace velto::app

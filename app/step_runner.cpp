@@ -60,13 +60,14 @@ ToggleRequest toggleRequest(const plat::ListController& page, const std::string&
 
 std::shared_ptr<plat::ViewController> requirePresented(const plat::ListController& page,
                                                        const char* what) {
-    auto presented = presentedOver(page);
+    auto presented = plat::frontmostPresented(page);
     if (!presented) throw StepError(std::string("nothing is presented to ") + what);
     return presented;
 }
 
 std::shared_ptr<plat::ImagePickerController> requirePicker(const plat::ListController& page) {
-    auto picker = std::dynamic_pointer_cast<plat::ImagePickerController>(presentedOver(page));
+    auto picker =
+        std::dynamic_pointer_cast<plat::ImagePickerController>(plat::frontmostPresented(page));
     if (!picker) throw StepError("no photo picker is presented");
     return picker;
 }
@@ -327,7 +328,7 @@ void StepRunner::pick(const std::string& argument) {
 }
 
 void StepRunner::cancel() {
-    if (cancelComposer(presentedOver(*session_.topPage()))) return;
+    if (cancelComposer(plat::frontmostPresented(*session_.topPage()))) return;
     auto picker = requirePicker(*session_.topPage());
     if (!picker->cancel()) throw StepError("the photo picker has no delegate");
 }

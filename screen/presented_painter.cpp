@@ -7,7 +7,6 @@
 #include "platform/ui/alert_controller.h"
 #include "platform/ui/image_picker_controller.h"
 #include "platform/ui/mail_compose_view_controller.h"
-#include "platform/ui/navigation_controller.h"
 #include "screen/shapes.h"
 
 namespace screen {
@@ -341,17 +340,6 @@ class PresentedPainter {
 };
 
 }  // namespace
-
-std::shared_ptr<plat::ViewController> presentedOver(const plat::ViewController& page) {
-    auto presented = page.presentedViewController();
-    // Some pages present from their navigation controller rather than themselves.
-    if (!presented)
-        if (auto navigation = page.navigationController())
-            presented = navigation->presentedViewController();
-    while (presented && presented->presentedViewController())
-        presented = presented->presentedViewController();
-    return presented;
-}
 
 void paintPresented(cairo_t* cr, TextPainter& text, const plat::ViewController& presented,
                     Screenshot& shot) {

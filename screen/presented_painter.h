@@ -8,9 +8,6 @@
 
 namespace screen {
 
-// The controller on top of what the page presents; nullptr when nothing is.
-std::shared_ptr<plat::ViewController> presentedOver(const plat::ViewController& page);
-
 // Draws a presented controller over the page: alerts, action sheets (popovers on an iPad),
 // the photo picker and any other controller as a sheet with its title.
 void paintPresented(cairo_t* cr, TextPainter& text, const plat::ViewController& presented,

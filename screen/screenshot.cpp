@@ -35,7 +35,8 @@ Screenshot drawScreenshot(plat::ListController& page, const Look& look) {
         const double top = look.statusBar + look.navigationBar;
         paintTable(cr, text, page, top, shot);
         paintBars(cr, text, page, look);
-        if (auto presented = presentedOver(page)) paintPresented(cr, text, *presented, shot);
+        if (auto presented = plat::frontmostPresented(page))
+            paintPresented(cr, text, *presented, shot);
         if (look.homeIndicator > 0 && !look.iPad) paintHomeIndicator(cr, look);
     } catch (...) {
         cairo_destroy(cr);

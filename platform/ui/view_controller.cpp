@@ -1,6 +1,7 @@
 #include "platform/ui/view_controller.h"
 
 #include "platform/system/process.h"
+#include "platform/ui/navigation_controller.h"
 
 namespace plat {
 
@@ -58,6 +59,16 @@ void ViewController::dismissPresented(bool animated, const std::function<void()>
     }
     Process::record(journal::Dismiss{dismissed->className(), how, animated});
     if (completion) completion();
+}
+
+std::shared_ptr<ViewController> frontmostPresented(const ViewController& page) {
+    auto presented = page.presentedViewController();
+    if (!presented)
+        if (auto navigation = page.navigationController())
+            presented = navigation->presentedViewController();
+    while (presented && presented->presentedViewController())
+        presented = presented->presentedViewController();
+    return presented;
 }
 
 }  // namespace plat

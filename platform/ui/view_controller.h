@@ -100,4 +100,9 @@ class ViewController : public Object {
     std::weak_ptr<NavigationController> navigationController_;
 };
 
+// The controller on top of everything a page presents, following presentations up from the
+// page, or from its navigation controller when the page presented nothing itself (some pages
+// present from there); nullptr when nothing is presented.
+std::shared_ptr<ViewController> frontmostPresented(const ViewController& page);
+
 }  // namespace plat
