@@ -78,16 +78,7 @@ void MailAppSettingsController::mailAppEnabledOrDisabled(const plat::Value& valu
                                                          const plat::SpecifierPtr& specifier) {
     setPreferenceValue(value, specifier);
     plat::UserDefaults::standardUserDefaults().synchronize();
-    const auto shown = heldSpecifiers();
-    if (!shown) return;
-    if (value.boolValue()) {
-        // Nothing checks whether the dependent rows are there already: switching on twice
-        // shows them twice.
-        const auto fresh = loadSpecifiersFromPlistName(kResource, shared_from_this());
-        rows::insertAtOwnIndexes(*this, *fresh, 2, fresh->count(), true);
-    } else {
-        rows::removeShownDownToTwo(*this, shown->count() - 1, true);
-    }
+    rows::applyEnableSwitch(*this, value.boolValue(), kResource);
 }
 
 void MailAppSettingsController::selectDefaultAvatarMail(const plat::SpecifierPtr& specifier) {

@@ -34,4 +34,15 @@ void applyFavourites(plat::ListController& page, const plat::SpecifierArray& fre
     }
 }
 
+void applyEnableSwitch(plat::ListController& page, bool on, const std::string& resource) {
+    const auto shown = page.heldSpecifiers();
+    if (!shown) return;
+    if (on) {
+        const auto fresh = page.loadSpecifiersFromPlistName(resource, page.shared_from_this());
+        insertAtOwnIndexes(page, *fresh, 2, fresh->count(), true);
+    } else {
+        removeShownDownToTwo(page, shown->count() - 1, true);
+    }
+}
+
 }  // namespace velto::rows

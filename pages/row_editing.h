@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <string>
 
 #include "platform/prefs/list_controller.h"
 #include "platform/prefs/specifier.h"
@@ -26,5 +27,11 @@ void insertAtOwnIndexes(plat::ListController& page, const plat::SpecifierArray& 
 // goes and file row 3 comes back at 3, neither animated.
 void applyFavourites(plat::ListController& page, const plat::SpecifierArray& fresh, bool on,
                      bool animateRemoval);
+
+// The Enabled switch of the Mail and Messages pages, once the value is stored. On: a fresh load
+// of the page's resource comes in from row 2, animated; nothing checks whether those rows are
+// there already, so switching on twice shows them twice. Off: every shown row from the last
+// down to row 2 goes, animated. A page that has no rows yet is left alone.
+void applyEnableSwitch(plat::ListController& page, bool on, const std::string& resource);
 
 }  // namespace velto::rows
