@@ -3,6 +3,7 @@
 // the same run:
 //   BM_PlistFromBin    libplist's own plist_from_bin and plist_free (the floor)
 //   BM_Unarchive       unarchiveObjectWithData
+//   BM_Archive         archivedDataWithRootObject of the decoded records
 //   BM_PageOpen        request, decode, sort, group and rows of a fresh page
 // Targets: decode <= 1.5x the floor, page open <= 2x, 5,000 records <= 11x 500.
 #include <benchmark/benchmark.h>
@@ -76,6 +77,16 @@ void BM_Unarchive(benchmark::State& state) {
     }
 }
 
+void BM_Archive(benchmark::State& state) {
+    const plat::Value records =
+        plat::unarchiveObjectWithData(reply(static_cast<int>(state.range(0))));
+    for (auto _ : state) {
+        auto bytes = plat::archivedDataWithRootObject(records);
+        if (!bytes) state.SkipWithError("did not archive");
+        benchmark::DoNotOptimize(bytes);
+    }
+}
+
 // A process on an empty device whose extension answers with the reply's bytes.
 class PageProcess {
   public:
@@ -115,6 +126,7 @@ void BM_PageOpen(benchmark::State& state) {
 
 BENCHMARK(BM_PlistFromBin)->Arg(500)->Arg(5000)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_Unarchive)->Arg(500)->Arg(5000)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Archive)->Arg(500)->Arg(5000)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_PageOpen)->Arg(500)->Arg(5000)->Unit(benchmark::kMillisecond);
 
 }  // namespace
