@@ -19,6 +19,7 @@
 #include "platform/ui/image.h"
 #include "platform/ui/image_picker_controller.h"
 #include "platform/ui/mail_compose_view_controller.h"
+#include "platform/ui/pixel_budget.h"
 
 namespace velto::app {
 
@@ -322,7 +323,14 @@ void StepRunner::pick(const std::string& argument) {
     }
     auto picker = requirePicker(*session_.topPage());
     auto image = plat::Image::imageWithData(readHostFile(file));
-    if (!image) throw StepError(file + " is not a PNG or JPEG picture");
+    // The decoders answer nothing both for damaged bytes and for a header that asks for more
+    // pixels than a picture may have, so the message names both.
+    if (!image)
+        throw StepError(file +
+                        " does not decode as a PNG or JPEG picture (damaged, not a picture, or "
+                        "more than " +
+                        std::to_string(plat::kMaxPicturePixels) + " pixels or " +
+                        std::to_string(plat::kMaxPictureSide) + " a side)");
     if (!picker->pick(originalOnly ? nullptr : image, image))
         throw StepError("the photo picker has no delegate");
 }

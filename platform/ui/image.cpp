@@ -1,5 +1,7 @@
 #include "platform/ui/image.h"
 
+#include "platform/ui/pixel_budget.h"
+
 #include <algorithm>
 #include <cmath>
 #include <csetjmp>
@@ -30,17 +32,9 @@ namespace {
 // Whatever holds an image links this file, and can then archive and unarchive it.
 [[maybe_unused]] const bool kImagesArchive = (registerArchiveCodec(imageArchiveCodec()), true);
 
-// cairo refuses image surfaces larger than this each way; checking first keeps a hostile
-// header from asking for gigabytes.
-constexpr int kMaxSide = 32767;
-// One pixel budget for every decoder: a forged header alone could otherwise make us allocate
-// and decode gigabytes (libjpeg even fills in missing data rather than failing). No picture a
-// phone takes comes near this many pixels.
-constexpr long long kMaxPixels = 1LL << 26;
-
 bool withinBudget(long long width, long long height) {
-    return width > 0 && height > 0 && width <= kMaxSide && height <= kMaxSide &&
-           width * height <= kMaxPixels;
+    return width > 0 && height > 0 && width <= kMaxPictureSide && height <= kMaxPictureSide &&
+           width * height <= kMaxPicturePixels;
 }
 
 bool startsWith(const Bytes& bytes, std::initializer_list<std::uint8_t> magic) {
@@ -217,8 +211,8 @@ void Image::SurfaceRelease::operator()(cairo_surface_t* surface) const {
 
 std::shared_ptr<Image> Image::blank(int pixelWidth, int pixelHeight, double scale) {
     cairo_surface_t* surface =
-        cairo_image_surface_create(CAIRO_FORMAT_ARGB32, std::clamp(pixelWidth, 0, kMaxSide),
-                                   std::clamp(pixelHeight, 0, kMaxSide));
+        cairo_image_surface_create(CAIRO_FORMAT_ARGB32, std::clamp(pixelWidth, 0, kMaxPictureSide),
+                                   std::clamp(pixelHeight, 0, kMaxPictureSide));
     return adopt(surface, scale);
 }
 
