@@ -29,9 +29,7 @@ TEST(DeviceCli, WithoutADeviceARichDemoIsMadeOnFirstUseUnderTheStateFolder) {
         ASSERT_EQ(result.status, 0) << result.err;
         const json page = result.outLines().at(0);
         EXPECT_EQ(row(page, "VeltoEnabled")["value"], true);
-        for (const char* name : {"Phone", "Messages", "Mail", "biteSMS", "RingLedger"})
-            EXPECT_NE(row(page, name)["icon"], nullptr) << name;
-        EXPECT_EQ(row(page, "Recents"), nullptr);
+        EXPECT_NE(row(page, "biteSMS"), nullptr);
     }
     EXPECT_TRUE(std::filesystem::exists(state.path() / "velto-settings/demo/DeviceProfile.plist"));
     // `device init --demo` makes the same device anywhere.
@@ -40,11 +38,10 @@ TEST(DeviceCli, WithoutADeviceARichDemoIsMadeOnFirstUseUnderTheStateFolder) {
         state.path() / "demo/var/mobile/Library/Preferences/com.norvale.velto.plist"));
 }
 
+// What makes an --app or --package value bad is AppChoice's and PackageChoice's to say.
 TEST(DeviceCli, BadOptionsAreRefusedWithoutADevice) {
     ScratchFolder scratch;
     for (const std::vector<std::string>& options : {std::vector<std::string>{"--app", "not an id"},
-                                                    {"--app", "com.x.y,Name,system,extra"},
-                                                    {"--app", "com.x.y,Name,kernel"},
                                                     {"--package", "novalue"},
                                                     {"--family", "watch"},
                                                     {"--scale", "4"},
@@ -130,14 +127,13 @@ TEST_F(DefaultsCli, WrittenValuesReadBackWithTheirTypesFromWhereTheBundleReadsTh
     }
     EXPECT_EQ(defaults({"read", "com.norvale.velto"}).outLines().at(0).size(), 5u);
 
-    // A binary property list in the bundle's place, and the session sees what it holds.
+    // A binary property list in the bundle's place; that a page then shows what it holds is
+    // WatchCli's to see.
     std::ifstream file(scratch_.path() /
                        "device/var/mobile/Library/Preferences/com.norvale.velto.plist");
     std::string magic(8, '\0');
     file.read(magic.data(), 8);
     EXPECT_EQ(magic, "bplist00");
-    const auto shown = runProgram({"--device", device_, "--json", "show"});
-    EXPECT_EQ(row(shown.outLines().at(0), "VeltoEnabled")["value"], true);
 
     // A device path names a domain anywhere on the device.
     ASSERT_EQ(defaults({"write", "/var/mobile/Library/Other/thing", "K", "-int", "3"}).status, 0);

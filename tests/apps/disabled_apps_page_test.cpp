@@ -139,13 +139,13 @@ Value payload(const Value& archived) {
     return Value::dictionary({{"VeltoServiceMessageData", archived}});
 }
 
+// One reply per way out of the fetch: no data, data that does not decode, not an array, an
+// empty one. Which bytes decode is the archive reader's to say.
 INSTANTIATE_TEST_SUITE_P(
     Replies, BrokenReplyTest,
     ::testing::Values(
-        Broken{"NoReply", Value()}, Broken{"NoPayload", Value::dictionary()},
-        Broken{"PayloadNotData", payload("records")},
+        Broken{"NoReply", Value()},
         Broken{"Garbage", payload(Value::data({'b', 'p', 'l', 'i', 's', 't', '0', '0', 1, 2}))},
-        Broken{"EmptyData", payload(Value::data({}))},
         Broken{"NotAnArray",
                payload(Value::data(*plat::archivedDataWithRootObject(record("a", "A", true))))},
         Broken{"EmptyArray",

@@ -31,9 +31,6 @@ TEST(GeneralSimulatorTest, ContinuingTheLocalCacheSheetRestartsTheInterfaceOnThe
     for (const auto& e : shows[0].at("journal"))
         if (e.at("kind") == "shell") commands.push_back(e.at("command"));
     EXPECT_EQ(commands, std::vector<std::string>{"killall backboardd"});
-    const auto stored = apptest::runProgram(
-        {"--device", root, "defaults", "read", "com.norvale.velto", "VeltoEnabledLocalCache"});
-    EXPECT_EQ(stored.out, "1\n");
 }
 
 }  // namespace

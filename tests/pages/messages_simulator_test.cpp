@@ -1,7 +1,7 @@
 // The Messages page's default contact picture driven through velto-settings with --json: a
-// phone's photo picked (cropped, or only as the original), stored upright in both folders, and
-// restored. The picker's and the sheet's presentation are the shared picture sheets' rules,
-// checked on the Mail page.
+// picture picked (cropped, or only as the original), stored in both folders, and restored.
+// The picker's and the sheet's presentation are the shared picture sheets' rules, checked on
+// the Mail page; how a photo is turned upright is the decoder's (ExifOrientation).
 
 #include <gtest/gtest.h>
 
@@ -13,8 +13,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/ui/image.h"
-#include "tests/support/oriented_jpeg.h"
+#include "platform/foundation/value.h"
 #include "tests/support/program_run.h"
 
 using nlohmann::json;
@@ -56,11 +55,8 @@ class MessagesSimulatorTest : public ::testing::Test {
 
 TEST_F(MessagesSimulatorTest, PickingAPhotoAndRestoringTheStockPicture) {
     apptest::initDevice(root, {"--family", "ipad"});
-    const std::string photo = scratch / "photo.jpg";
-    const auto jpeg = testsupport::orientedJpeg(6);  // held turned: stored upright
-    std::ofstream(photo, std::ios::binary)
-        .write(reinterpret_cast<const char*>(jpeg.data()),
-               static_cast<std::streamsize>(jpeg.size()));
+    const std::string photo =
+        root + "/System/Library/PreferenceBundles/VeltoSettings.bundle/recent@3x.png";
 
     const auto result = apptest::runProgram(
         {"--device", root, "--json", "toggle VeltoEnabled on", "open Messages",
@@ -77,21 +73,13 @@ TEST_F(MessagesSimulatorTest, PickingAPhotoAndRestoringTheStockPicture) {
         EXPECT_NE(e.at("kind"), "log") << e;
     EXPECT_EQ(shows[0].at("presented"), nullptr);
 
-    // Picked: both files in both folders, alike, RGBA, the photo upright.
+    // Picked: both files in both folders, alike.
     EXPECT_EQ(posted(shows[1]), std::vector<std::string>{kChanged});
     ASSERT_FALSE(container().empty());
     for (const std::string& name : kFiles) {
         const plat::Bytes bytes = readBytes(cache() / name);
-        ASSERT_GT(bytes.size(), 25u) << name;
+        EXPECT_FALSE(bytes.empty()) << name;
         EXPECT_EQ(readBytes(container() / name), bytes) << name;
-        EXPECT_EQ(bytes[25], 6) << name;
-        const auto stored = plat::Image::imageWithData(bytes);
-        ASSERT_TRUE(stored);
-        const int w = stored->pixelWidth(), h = stored->pixelHeight();
-        for (auto [fx, fy] : {std::pair{0.25, 0.25}, {0.75, 0.25}, {0.5, 0.75}})
-            EXPECT_TRUE(testsupport::shows(stored->pixel(fx * w, fy * h),
-                                           testsupport::uprightColour(fx * 32, fy * 16)))
-                << name << " at " << fx << ", " << fy;
     }
 
     const auto restore =

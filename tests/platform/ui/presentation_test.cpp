@@ -147,7 +147,8 @@ TEST_F(Presentation, AnchoredSheetOnAnIPadIsAPopoverThatATapOutsideCloses) {
             "present UIAlertController", "dismiss UIAlertController tap-outside"}));
 }
 
-// A page that is the picker's delegate, dismissing it the two ways pages do.
+// A page that is the picker's delegate, dismissing it the two ways pages do. How those
+// dismissals are journaled is the first test's; the Mail page's tests hold a real delegate's.
 class PickingPage : public ViewController, public plat::ImagePickerDelegate {
   public:
     void imagePickerControllerDidFinishPickingMediaWithInfo(plat::ImagePickerController& picker,
@@ -184,14 +185,6 @@ TEST_F(Presentation, PickerHandsThePicturesToItsDelegateWhileItLives) {
               original);
     EXPECT_TRUE(delegate->infos[1].objectForKey(UIImagePickerControllerEditedImage).isNil());
     EXPECT_EQ(delegate->infos[2].str(), "cancelled");
-    EXPECT_EQ(presentations(),
-              (std::vector<std::string>{
-                  "present UIImagePickerController",
-                  "dismiss UIImagePickerController dismissViewControllerAnimated",
-                  "present UIImagePickerController",
-                  "dismiss UIImagePickerController dismissViewControllerAnimated",
-                  "present UIImagePickerController",
-                  "dismiss UIImagePickerController dismissModalViewControllerAnimated"}));
 
     // The delegate is weak: once the page is gone the user's pick reaches no one.
     delegate.reset();
@@ -204,8 +197,6 @@ TEST(BarButtonItem, HoldsItsTargetWeakly) {
     auto item =
         plat::BarButtonItem::initWithImage(image, plat::UIBarButtonItemStylePlain, target, "back:");
     EXPECT_EQ(item->target(), target);
-    EXPECT_EQ(item->image(), image);
-    EXPECT_EQ(item->action(), "back:");
     target.reset();
     EXPECT_FALSE(item->target());
 }
