@@ -291,8 +291,11 @@ void StepRunner::choose(const std::string& title) {
     if (title == "Cancel" && cancelComposer(presented)) return;
     auto alert = std::dynamic_pointer_cast<plat::AlertController>(presented);
     if (!alert) throw StepError("what is presented is not an alert or sheet");
+    // A sheet shown as a popover on an iPad often has no Cancel: the user taps outside it.
     if (!alert->tapAction(title))
-        throw StepError("the presented alert has no action '" + title + "'");
+        throw StepError(
+            "the presented alert has no action '" + title + "'" +
+            (alert->presentsAsPopover() ? " (it is a popover: 'dismiss' taps outside it)" : ""));
 }
 
 void StepRunner::dismiss() {
