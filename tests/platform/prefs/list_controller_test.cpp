@@ -104,8 +104,6 @@ TEST_F(PrefsTest, HeldListIsNullUntilBuiltAndIndexErrorsRaiseRangeError) {
     EXPECT_EQ(list->count(), 2u);
 }
 
-// What the toy does with its rows afterwards is its own code; the journal of a real page's
-// inserts and removals is checked on every page.
 TEST_F(PrefsTest, SwitchWritesBinaryDefaultsAndPosts) {
     auto page = openToy();
     page->specifiers();

@@ -24,22 +24,6 @@ plat::SpecifierArrayPtr ToyController::specifiers() {
 void ToyController::toyEnabledOrDisabled(const Value& value, const plat::SpecifierPtr& specifier) {
     setPreferenceValue(value, specifier);
     plat::UserDefaults::standardUserDefaults().synchronize();
-    if (!heldSpecifiers()) return;
-    if (value.boolValue()) {
-        auto fresh = loadSpecifiersFromPlistName("Toy", shared_from_this());
-        for (std::size_t i = 2; i < fresh->count(); ++i)
-            insertSpecifier(fresh->objectAtIndex(i), i, true);
-    } else {
-        for (std::size_t i = heldSpecifiers()->count() - 1; i > 1; --i)
-            removeSpecifierAtIndex(i, true);
-    }
-}
-
-bool ToySwitchCell::initWithStyle(int style, const std::optional<std::string>& reuse,
-                                  const plat::SpecifierPtr& specifier) {
-    if (!TableCell::initWithStyle(style, reuse, specifier)) return false;
-    if (control()) control()->setOnTintColor(plat::Color::colorWithRGBA(1, 0.5, 0, 1));
-    return true;
 }
 
 void registerToyClasses() {

@@ -1,8 +1,9 @@
 #pragma once
 
-// A page written only for the tests: it follows the pattern every real page follows (build the
-// held list once, prune it by a stored switch, insert or remove the dependent rows when the
-// switch flips) on a resource of its own, so the framework model is exercised end to end.
+// A page written only for the tests: it builds its held list once and prunes it by a stored
+// switch, as every real page does, on a resource of its own, so the framework model is
+// exercised end to end. What a real page does with its rows when the switch flips is checked
+// on that page.
 
 #include <string>
 
@@ -26,8 +27,6 @@ class ToyController : public plat::ListController {
 class ToySwitchCell : public plat::TableCell {
   public:
     std::string className() const override { return "ToySwitchCell"; }
-    bool initWithStyle(int style, const std::optional<std::string>& reuse,
-                       const plat::SpecifierPtr& specifier) override;
 };
 
 // Registers both classes and their selectors (idempotent).
