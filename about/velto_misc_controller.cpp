@@ -65,8 +65,7 @@ void VeltoMiscController::emailLogFile(const plat::ObjectPtr& sender) {
         NVMiscSettingsViewController::emailLogFile(sender);
         return;
     }
-    const std::string format =
-        plat::Bundle::mainBundle().localizedStringForKey(kLoggingOffMessage, "", "");
+    const std::string format = plat::NSLocalizedString(kLoggingOffMessage);
     showError(plat::stringWithFormat(format, {plat::Value(kProductName)}));
 }
 

@@ -7,17 +7,12 @@
 #include "contract/catalogue.h"
 #include "platform/foundation/plist.h"
 #include "platform/foundation/value.h"
+#include "platform/prefs/list_controller.h"
 #include "platform/system/device_root.h"
 
 namespace velto::app {
 
 namespace {
-
-constexpr const char* kPreferencesFolder = folders::kPreferences;
-
-std::string domainPath(const std::string& domain) {
-    return std::string(kPreferencesFolder) + "/" + domain + ".plist";
-}
 
 const char* storedName(Stored value) {
     switch (value) {
@@ -80,7 +75,7 @@ void writeStoredState(const plat::DeviceRoot& root, const StoredState& state,
                             plat::Value::boolean(state.values[i] == Stored::Yes));
     }
     for (const std::string& domain : domains) {
-        const std::string path = domainPath(domain);
+        const std::string path = plat::preferencesDomainPath(domain);
         auto found = contents.find(domain);
         if (found == contents.end()) {
             if (root.fileExists(path) && !root.removeItem(path))
@@ -92,7 +87,8 @@ void writeStoredState(const plat::DeviceRoot& root, const StoredState& state,
         auto bytes = plat::dataFromPropertyList(found->second, plat::PropertyListFormat::Binary);
         if (!bytes) throw std::runtime_error("cannot encode the preferences domain " + domain);
         if (root.readFile(path) == bytes) continue;
-        if (!root.createDirectory(kPreferencesFolder, true) || !root.writeFile(path, *bytes, true))
+        if (!root.createDirectory(folders::kPreferences, true) ||
+            !root.writeFile(path, *bytes, true))
             throw std::runtime_error("cannot write the preferences domain " + domain);
     }
 }

@@ -15,14 +15,14 @@ namespace {
 
 constexpr const char* kPreferences = folders::kPreferences;
 
-std::string domainPath(const std::string& domain) {
+std::string defaultsDomainPath(const std::string& domain) {
     if (!domain.empty() && domain[0] == '/')
         return domain.size() > 6 && domain.ends_with(".plist") ? domain : domain + ".plist";
     return std::string(kPreferences) + "/" + domain + ".plist";
 }
 
 plat::Value readDomain(const plat::DeviceRoot& root, const std::string& domain) {
-    const auto bytes = root.readFile(domainPath(domain));
+    const auto bytes = root.readFile(defaultsDomainPath(domain));
     if (!bytes) return plat::Value();
     const plat::Value value = plat::propertyListFromData(*bytes);
     return value.isDictionary() ? value : plat::Value();
@@ -44,7 +44,7 @@ int fail(DefaultsIo& io, const std::string& message) {
 bool writeDomain(const plat::DeviceRoot& root, const std::string& domain,
                  const plat::Value& value) {
     // Through the one write path that sets an unreadable file aside instead of replacing it.
-    const std::string path = domainPath(domain);
+    const std::string path = defaultsDomainPath(domain);
     const auto bytes = plat::dataFromPropertyList(value, plat::PropertyListFormat::Binary);
     if (!bytes) return false;
     const std::string folder = path.substr(0, path.rfind('/'));
@@ -91,7 +91,7 @@ int defaultsDelete(const std::filesystem::path& device, const std::string& domai
     const plat::Value values = readDomain(root, domain);
     if (values.isNil()) return fail(io, "the domain " + domain + " does not exist");
     if (!key) {
-        if (!root.removeItem(domainPath(domain)))
+        if (!root.removeItem(defaultsDomainPath(domain)))
             return fail(io, "cannot remove the domain " + domain);
         return kExitOk;
     }

@@ -47,10 +47,6 @@ constexpr std::array<std::string_view, 14> kHiddenApplications{
     "com.norvale.RingLedgerKit",
 };
 
-std::string localized(const std::string& key) {
-    return plat::Bundle::mainBundle().localizedStringForKey(key, "", "");
-}
-
 // A name made ready for compare: / compare:options: with NSCaseInsensitiveSearch, once per
 // record rather than once per comparison: a sort compares each name about log n times. ASCII
 // text, which nearly every application name is, orders by its bytes (lower-cased for the
@@ -191,7 +187,7 @@ plat::SpecifierArrayPtr VeltoDisabledAppsSettingsController::addApplicationDataT
     auto appendGroup = [&](Group& rows, const char* title) {
         if (rows.empty()) return;
         sortByName(rows);
-        result->addObject(plat::Specifier::groupSpecifierWithName(localized(title)));
+        result->addObject(plat::Specifier::groupSpecifierWithName(plat::NSLocalizedString(title)));
         for (auto& [name, row] : rows)
             result->addObject(std::move(row));
     };

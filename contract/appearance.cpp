@@ -27,8 +27,8 @@ std::shared_ptr<plat::BarButtonItem> makeBackButton(const plat::ObjectPtr& page,
 }
 
 std::string sharingMessage() {
-    return plat::Bundle::mainBundle().localizedStringForKey(
-        "I'm loving #Velto2, which brings contact pictures every where on my iDevice.", "", "");
+    return plat::NSLocalizedString(
+        "I'm loving #Velto2, which brings contact pictures every where on my iDevice.");
 }
 
 }  // namespace velto

@@ -95,9 +95,8 @@ void NVMiscSettingsViewController::mailComposeControllerDidFinishWithResult(
 void NVMiscSettingsViewController::showError(const std::string& text) {
     auto alert = plat::AlertController::alertControllerWithTitle(productName(), text,
                                                                  plat::UIAlertControllerStyleAlert);
-    alert->addAction(plat::AlertAction::actionWithTitle(
-        plat::Bundle::mainBundle().localizedStringForKey("OK", "", ""),
-        plat::UIAlertActionStyleDefault, {}));
+    alert->addAction(plat::AlertAction::actionWithTitle(plat::NSLocalizedString("OK"),
+                                                        plat::UIAlertActionStyleDefault, {}));
     presentViewController(alert, true, {});
 }
 

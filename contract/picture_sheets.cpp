@@ -11,12 +11,6 @@
 
 namespace velto {
 
-namespace {
-std::string localized(const std::string& key) {
-    return plat::Bundle::mainBundle().localizedStringForKey(key, "", "");
-}
-}  // namespace
-
 void anchorOnCell(plat::ViewController& controller, const plat::SpecifierPtr& specifier) {
     const auto cell = specifier
                           ? specifier->propertyForKey(plat::pskey::CellObject).as<plat::TableCell>()
@@ -31,14 +25,15 @@ void presentRestoreSheet(plat::ViewController& page, const plat::SpecifierPtr& b
     auto sheet = plat::AlertController::alertControllerWithTitle(
         std::nullopt, std::nullopt, plat::UIAlertControllerStyleActionSheet);
     sheet->addAction(plat::AlertAction::actionWithTitle(
-        localized("Default Avatar"), plat::UIAlertActionStyleDestructive,
+        plat::NSLocalizedString("Default Avatar"), plat::UIAlertActionStyleDestructive,
         [restore = std::move(restore)](plat::AlertAction&) { restore(); }));
     if (VeltoUtils::isIPad()) {
         anchorOnCell(*sheet, button);
     } else {
         const std::weak_ptr<plat::AlertController> weakSheet = sheet;
         sheet->addAction(plat::AlertAction::actionWithTitle(
-            localized("Cancel"), plat::UIAlertActionStyleCancel, [weakSheet](plat::AlertAction&) {
+            plat::NSLocalizedString("Cancel"), plat::UIAlertActionStyleCancel,
+            [weakSheet](plat::AlertAction&) {
                 if (const auto shown = weakSheet.lock())
                     shown->dismissViewControllerAnimated(true, nullptr);
             }));

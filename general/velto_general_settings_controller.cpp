@@ -19,13 +19,9 @@ namespace velto {
 
 namespace {
 
-const char* const kResource = "General";
+const char* const kGeneralResource = "General";
 const char* const kFooterText = "footerText";
 const char* const kRestartCommand = "killall backboardd";
-
-std::string localized(const std::string& key) {
-    return plat::Bundle::mainBundle().localizedStringForKey(key, "", "");
-}
 
 // The index is trusted: a resource without the row gives -1, which reaches the array as a
 // huge index and fails there with the range error.
@@ -42,7 +38,7 @@ bool VeltoGeneralSettingsController::isMonogramEnabled() {
 
 plat::SpecifierArrayPtr VeltoGeneralSettingsController::specifiers() {
     if (heldSpecifiers()) return heldSpecifiers();
-    auto list = loadSpecifiersFromPlistName(kResource, shared_from_this());
+    auto list = loadSpecifiersFromPlistName(kGeneralResource, shared_from_this());
     if (!isMonogramEnabled()) {
         list->removeObjectAtIndex(coloredMonogramIndex(list));
         list->objectAtIndex(0)->removePropertyForKey(kFooterText);
@@ -61,7 +57,7 @@ void VeltoGeneralSettingsController::veltoMonogramEnabledOrDisabled(
 void VeltoGeneralSettingsController::enableDisableColoredMonogramSettings(bool enabled) {
     const auto held = heldSpecifiers();
     if (!held) return;
-    const auto fresh = loadSpecifiersFromPlistName(kResource, shared_from_this());
+    const auto fresh = loadSpecifiersFromPlistName(kGeneralResource, shared_from_this());
     const std::size_t k = coloredMonogramIndex(fresh);
     const auto firstGroup = held->objectAtIndex(0);
     if (enabled) {
@@ -88,20 +84,21 @@ void VeltoGeneralSettingsController::veltoUseLocalCacheEnabledOrDisabled(
     // a restart, so a stored change without one would leave it half switched.
     auto sheet = plat::AlertController::alertControllerWithTitle(
         std::nullopt,
-        localized("Are you sure you want to continue? Your device will respring once it is done."),
+        plat::NSLocalizedString(
+            "Are you sure you want to continue? Your device will respring once it is done."),
         plat::UIAlertControllerStyleActionSheet);
     const std::weak_ptr<VeltoGeneralSettingsController> weakSelf =
         std::dynamic_pointer_cast<VeltoGeneralSettingsController>(shared_from_this());
 
     sheet->addAction(plat::AlertAction::actionWithTitle(
-        localized("Continue"), plat::UIAlertActionStyleDestructive,
+        plat::NSLocalizedString("Continue"), plat::UIAlertActionStyleDestructive,
         [weakSelf, value, specifier](plat::AlertAction&) {
             if (const auto self = weakSelf.lock()) self->setPreferenceValue(value, specifier);
             plat::UserDefaults::standardUserDefaults().synchronize();
             plat::Process::current().shell().system(kRestartCommand);
         }));
     sheet->addAction(plat::AlertAction::actionWithTitle(
-        localized("Cancel"), plat::UIAlertActionStyleCancel,
+        plat::NSLocalizedString("Cancel"), plat::UIAlertActionStyleCancel,
         [weakSelf, value, specifier](plat::AlertAction&) {
             // The old value is written again, so whoever watches the row hears it is unchanged.
             const auto previous = plat::Value::integer(value.boolValue() ? 0 : 1);

@@ -23,7 +23,7 @@ namespace velto {
 
 namespace {
 
-const char* const kResource = "MailApp";
+const char* const kMailResource = "MailApp";
 
 }  // namespace
 
@@ -54,7 +54,7 @@ std::vector<std::string> MailAppSettingsController::getImageCellSpecifierNames()
 
 plat::SpecifierArrayPtr MailAppSettingsController::specifiers() {
     if (heldSpecifiers()) return heldSpecifiers();
-    auto list = loadSpecifiersFromPlistName(kResource, shared_from_this());
+    auto list = loadSpecifiersFromPlistName(kMailResource, shared_from_this());
     // A list shorter than one row wraps to a huge start and the first removal raises.
     if (!isMailAppEnabled()) rows::removeDownToTwo(*list, list->count() - 1);
     setHeldSpecifiers(list);
@@ -78,7 +78,7 @@ void MailAppSettingsController::mailAppEnabledOrDisabled(const plat::Value& valu
                                                          const plat::SpecifierPtr& specifier) {
     setPreferenceValue(value, specifier);
     plat::UserDefaults::standardUserDefaults().synchronize();
-    rows::applyEnableSwitch(*this, value.boolValue(), kResource);
+    rows::applyEnableSwitch(*this, value.boolValue(), kMailResource);
 }
 
 void MailAppSettingsController::selectDefaultAvatarMail(const plat::SpecifierPtr& specifier) {

@@ -13,7 +13,7 @@ namespace velto {
 
 namespace {
 
-const char* const kResource = "MessagesApp";
+const char* const kMessagesResource = "MessagesApp";
 const char* const kPictureFolder = "/var/mobile/Library/Preferences/Velto";
 
 // A nil path reads "(null)" in a log line, as a format's %@ prints it.
@@ -35,7 +35,7 @@ bool MessagesAppSettingsController::isMessagesAppEnabled() {
 
 plat::SpecifierArrayPtr MessagesAppSettingsController::specifiers() {
     if (heldSpecifiers()) return heldSpecifiers();
-    auto list = loadSpecifiersFromPlistName(kResource, shared_from_this());
+    auto list = loadSpecifiersFromPlistName(kMessagesResource, shared_from_this());
     // Unsigned on purpose, as everywhere rows are counted down: a list shorter than one row
     // wraps to a huge start and the first removal raises.
     if (!isMessagesAppEnabled()) rows::removeDownToTwo(*list, list->count() - 1);
@@ -48,7 +48,7 @@ void MessagesAppSettingsController::messagesAppEnabledOrDisabled(
     const plat::Value& value, const plat::SpecifierPtr& specifier) {
     setPreferenceValue(value, specifier);
     plat::UserDefaults::standardUserDefaults().synchronize();
-    rows::applyEnableSwitch(*this, value.boolValue(), kResource);
+    rows::applyEnableSwitch(*this, value.boolValue(), kMessagesResource);
 }
 
 std::string MessagesAppSettingsController::getImageCacheFilePath(const std::string& fileName) {

@@ -10,7 +10,7 @@
 namespace velto {
 
 namespace {
-const char* const kResource = "PhoneApp";
+const char* const kPhoneResource = "PhoneApp";
 }
 
 bool PhoneAppSettingsController::isPhoneAppEnabled() {
@@ -23,7 +23,7 @@ bool PhoneAppSettingsController::isFavoritesEnabled() {
 
 plat::SpecifierArrayPtr PhoneAppSettingsController::specifiers() {
     if (heldSpecifiers()) return heldSpecifiers();
-    auto list = loadSpecifiersFromPlistName(kResource, shared_from_this());
+    auto list = loadSpecifiersFromPlistName(kPhoneResource, shared_from_this());
     if (isPhoneAppEnabled()) {
         if (!isFavoritesEnabled()) {
             list->removeObjectAtIndex(5);
@@ -48,7 +48,7 @@ void PhoneAppSettingsController::phoneAppEnabledOrDisabled(const plat::Value& va
     const std::size_t shown = held->count();
     if (value.boolValue()) {
         // Whatever favourites say: the rows they would prune come back too.
-        auto fresh = loadSpecifiersFromPlistName(kResource, shared_from_this());
+        auto fresh = loadSpecifiersFromPlistName(kPhoneResource, shared_from_this());
         rows::insertAtOwnIndexes(*this, *fresh, 2, fresh->count() - 1, true);
     } else {
         rows::removeShownDownToTwo(*this, shown - 1, true);
@@ -60,7 +60,7 @@ void PhoneAppSettingsController::favoritesEnabledOrDisabled(const plat::Value& v
     setPreferenceValue(value, specifier);
     plat::UserDefaults::standardUserDefaults().synchronize();
     if (!heldSpecifiers()) return;
-    rows::applyFavourites(*this, *loadSpecifiersFromPlistName(kResource, shared_from_this()),
+    rows::applyFavourites(*this, *loadSpecifiersFromPlistName(kPhoneResource, shared_from_this()),
                           value.boolValue(), false);
 }
 

@@ -1,6 +1,7 @@
 #include "platform/foundation/plist_binary.h"
 
 #include "platform/foundation/bplist_bytes.h"
+#include "platform/foundation/utf8.h"
 
 #include <bit>
 #include <cstring>
@@ -27,24 +28,6 @@ std::size_t widthFor(std::uint64_t v) {
 bool isContainerMarker(std::uint8_t marker) {
     const unsigned kind = marker >> 4;
     return kind == 0xA || kind == 0xD;
-}
-
-void appendUtf8(std::string& out, std::uint32_t cp) {
-    if (cp < 0x80) {
-        out.push_back(static_cast<char>(cp));
-    } else if (cp < 0x800) {
-        out.push_back(static_cast<char>(0xC0 | (cp >> 6)));
-        out.push_back(static_cast<char>(0x80 | (cp & 0x3F)));
-    } else if (cp < 0x10000) {
-        out.push_back(static_cast<char>(0xE0 | (cp >> 12)));
-        out.push_back(static_cast<char>(0x80 | ((cp >> 6) & 0x3F)));
-        out.push_back(static_cast<char>(0x80 | (cp & 0x3F)));
-    } else {
-        out.push_back(static_cast<char>(0xF0 | (cp >> 18)));
-        out.push_back(static_cast<char>(0x80 | ((cp >> 12) & 0x3F)));
-        out.push_back(static_cast<char>(0x80 | ((cp >> 6) & 0x3F)));
-        out.push_back(static_cast<char>(0x80 | (cp & 0x3F)));
-    }
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -193,7 +176,7 @@ class Reader {
                     } else if (unit >= 0xDC00 && unit <= 0xDFFF) {
                         return Value();
                     }
-                    appendUtf8(s, unit);
+                    appendUtf8(static_cast<char32_t>(unit), s);
                 }
                 return Value::string(std::move(s));
             }

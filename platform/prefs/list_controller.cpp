@@ -16,15 +16,15 @@ namespace {
 
 const char* const kPreferencesFolder = "/var/mobile/Library/Preferences";
 
-std::string domainPath(const std::string& domain) {
-    return stringByAppendingPathComponent(kPreferencesFolder, domain + ".plist");
-}
-
 SpecifierPtr specifierArgument(const Arguments& args, std::size_t index) {
     return argumentAt(args, index).as<Specifier>();
 }
 
 }  // namespace
+
+std::string preferencesDomainPath(const std::string& domain) {
+    return stringByAppendingPathComponent(kPreferencesFolder, domain + ".plist");
+}
 
 std::vector<std::string> ListController::classChain() const {
     return Runtime::shared().classChain(className());
@@ -141,7 +141,7 @@ void ListController::setPreferenceValue(const Value& value, const SpecifierPtr& 
     const std::string domain = specifier->propertyForKey(pskey::Defaults).str();
     const std::string key = specifier->propertyForKey(pskey::Key).str();
     if (!domain.empty() && !key.empty()) {
-        const std::string path = domainPath(domain);
+        const std::string path = preferencesDomainPath(domain);
         Value stored = dictionaryWithContentsOfFile(path);
         if (!stored.isDictionary()) stored = Value::dictionary();
         stored.setValueForKey(key, value);
@@ -164,7 +164,7 @@ Value ListController::readPreferenceValue(const SpecifierPtr& specifier) {
     const std::string key = specifier->propertyForKey(pskey::Key).str();
     Value stored;
     if (!domain.empty() && !key.empty())
-        stored = dictionaryWithContentsOfFile(domainPath(domain)).objectForKey(key);
+        stored = dictionaryWithContentsOfFile(preferencesDomainPath(domain)).objectForKey(key);
     return stored.isNil() ? specifier->propertyForKey(pskey::Default) : stored;
 }
 

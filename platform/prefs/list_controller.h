@@ -99,4 +99,8 @@ class ListController : public ViewController {
 
 using ListControllerPtr = std::shared_ptr<ListController>;
 
+// Where a preferences domain is stored on the device: the file the list controller reads and
+// writes for a specifier's "defaults".
+std::string preferencesDomainPath(const std::string& domain);
+
 }  // namespace plat

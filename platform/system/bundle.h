@@ -26,4 +26,10 @@ class Bundle {
     std::string path_;
 };
 
+// NSLocalizedString(key, comment): the main bundle's Localizable table, the key itself when
+// there is no translation.
+inline std::string NSLocalizedString(const std::string& key) {
+    return Bundle::mainBundle().localizedStringForKey(key, "", "");
+}
+
 }  // namespace plat

@@ -14,13 +14,6 @@ namespace {
 
 using nlohmann::json;
 
-// The row with this identifier or label; null when there is none.
-json row(const json& page, const std::string& name) {
-    for (const auto& row : page.at("rows"))
-        if (row.at("id") == name || row.at("label") == name) return row;
-    return nullptr;
-}
-
 TEST(DeviceCli, WithoutADeviceARichDemoIsMadeOnFirstUseUnderTheStateFolder) {
     ScratchFolder state;
     const std::map<std::string, std::string> environment{{"XDG_STATE_HOME", state.path().string()}};
@@ -28,7 +21,8 @@ TEST(DeviceCli, WithoutADeviceARichDemoIsMadeOnFirstUseUnderTheStateFolder) {
         const auto result = runProgram({"--json", "show"}, "", environment);
         ASSERT_EQ(result.status, 0) << result.err;
         const json page = result.outLines().at(0);
-        EXPECT_EQ(row(page, "VeltoEnabled")["value"], true);
+        ASSERT_NE(row(page, "VeltoEnabled"), nullptr);
+        EXPECT_EQ(row(page, "VeltoEnabled")->at("value"), true);
         EXPECT_NE(row(page, "biteSMS"), nullptr);
     }
     EXPECT_TRUE(std::filesystem::exists(state.path() / "velto-settings/demo/DeviceProfile.plist"));
@@ -81,8 +75,10 @@ TEST(DeviceCli, ARealDevicesFilesAreImportedFromAFolderOrATar) {
         initDevice(device, {"--from", from});
         const auto shown = runProgram({"--device", device, "--json", "show"});
         ASSERT_EQ(shown.status, 0) << shown.err;
-        EXPECT_EQ(row(shown.outLines().at(0), "VeltoEnabled")["value"], true) << from;
-        EXPECT_NE(row(shown.outLines().at(0), "biteSMS"), nullptr) << from;
+        const json page = shown.outLines().at(0);
+        ASSERT_NE(row(page, "VeltoEnabled"), nullptr) << from;
+        EXPECT_EQ(row(page, "VeltoEnabled")->at("value"), true) << from;
+        EXPECT_NE(row(page, "biteSMS"), nullptr) << from;
         std::ifstream database(device + "/var/lib/dpkg/status");
         EXPECT_EQ(std::string(std::istreambuf_iterator<char>(database), {}), status);
         EXPECT_FALSE(std::filesystem::exists(device + "/Applications/biteSMS.app/biteSMS"));

@@ -23,12 +23,6 @@ std::vector<json> entries(const json& page, const std::string& kind) {
     return found;
 }
 
-const json* row(const json& page, const std::string& id) {
-    for (const auto& shown : page.at("rows"))
-        if (shown.at("id") == id || shown.at("label") == id) return &shown;
-    return nullptr;
-}
-
 TEST(JsonRecordCli, EveryLineIsAsDocumentedAndSaysWhatHappened) {
     ASSERT_GE(documentedSchema(), 1);
     ScratchFolder scratch;

@@ -43,12 +43,6 @@ class Watching {
     FILE* pipe_;
 };
 
-const json* row(const json& page, const std::string& id) {
-    for (const auto& shown : page.at("rows"))
-        if (shown.at("id") == id || shown.at("label") == id) return &shown;
-    return nullptr;
-}
-
 TEST(WatchCli, RedrawsWhenAnotherProcessChangesASettingOrAPicture) {
     ScratchFolder scratch;
     const std::string device = scratch / "device";

@@ -20,10 +20,10 @@ namespace {
 
 using Ids = std::vector<std::string>;
 
-const Ids kRows = {"MailGroup",          "MailEnabled",  "PicturesGroup",
-                   "Default Avatar",     "My Avatar",    "Default Group Avatar",
-                   "DefaultAvatarGroup", "ChooseAvatar", "RestoreAvatar"};
-const Ids kHead = {"MailGroup", "MailEnabled"};
+const Ids kMailRows = {"MailGroup",          "MailEnabled",  "PicturesGroup",
+                       "Default Avatar",     "My Avatar",    "Default Group Avatar",
+                       "DefaultAvatarGroup", "ChooseAvatar", "RestoreAvatar"};
+const Ids kMailHead = {"MailGroup", "MailEnabled"};
 const Ids kPictures = {"Default Avatar", "My Avatar", "Default Group Avatar"};
 const std::string kFolder = "/var/mobile/Library/Mail/Velto";
 const std::string kImagePath = kFolder + "/default_avatar_mail@3x.png";
@@ -153,7 +153,7 @@ class MailPageTest : public ::testing::Test {
 TEST_F(MailPageTest, TheRowsFollowTheEnableStateAndTheSwitchEditsThemWithoutLooking) {
     std::filesystem::remove(device.host(device.kMainSettings));
     open();
-    EXPECT_EQ(ids(), kHead);
+    EXPECT_EQ(ids(), kMailHead);
     // Flipped before the rows are built: stored, and nothing else.
     page = device.open<Mail>("MailAppSettingsController");
     auto at = mark();
@@ -162,12 +162,12 @@ TEST_F(MailPageTest, TheRowsFollowTheEnableStateAndTheSwitchEditsThemWithoutLook
     EXPECT_TRUE(device.listOperations(at).empty());
     EXPECT_FALSE(page->heldSpecifiers());
     const auto built = page->specifiers();
-    EXPECT_EQ(ids(), kRows);
+    EXPECT_EQ(ids(), kMailRows);
     // Kept until reloaded, then built from the file as it is by then.
     device.writeSettings({{"VeltoEnabledMail", false}, {"VeltoEnabledRoundedPictures", true}});
     EXPECT_EQ(page->specifiers(), built);
     page->reloadSpecifiers();
-    EXPECT_EQ(ids(), kHead);
+    EXPECT_EQ(ids(), kMailHead);
 
     // Off with nothing past row 1: nothing to remove.
     at = mark();
@@ -184,8 +184,8 @@ TEST_F(MailPageTest, TheRowsFollowTheEnableStateAndTheSwitchEditsThemWithoutLook
     // On again: fresh rows go in at 2, 3, ... in front of those shown.
     const auto shown = page->specifiers()->items();
     flip(true);
-    Ids twice = kRows;
-    twice.insert(twice.begin() + 2, kRows.begin() + 2, kRows.end());
+    Ids twice = kMailRows;
+    twice.insert(twice.begin() + 2, kMailRows.begin() + 2, kMailRows.end());
     EXPECT_EQ(ids(), twice);
     EXPECT_NE(page->specifierAtIndex(2), shown[2]);
     EXPECT_EQ(page->specifierAtIndex(9), shown[2]);

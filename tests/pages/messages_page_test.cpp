@@ -17,9 +17,10 @@ namespace {
 
 using Ids = std::vector<std::string>;
 
-const Ids kRows = {"MessagesGroup",        "MessagesEnabled",    "PicturesGroup", "Default Avatar",
-                   "Default Group Avatar", "DefaultAvatarGroup", "ChooseAvatar",  "RestoreAvatar"};
-const Ids kHead = {"MessagesGroup", "MessagesEnabled"};
+const Ids kMessagesRows = {"MessagesGroup",  "MessagesEnabled",      "PicturesGroup",
+                           "Default Avatar", "Default Group Avatar", "DefaultAvatarGroup",
+                           "ChooseAvatar",   "RestoreAvatar"};
+const Ids kMessagesHead = {"MessagesGroup", "MessagesEnabled"};
 const std::string kCache = "/var/mobile/Library/Preferences/Velto";
 
 class MessagesPageTest : public ::testing::Test {
@@ -49,14 +50,14 @@ class MessagesPageTest : public ::testing::Test {
 
 TEST_F(MessagesPageTest, TwoRowsWhileOffAndTheSwitchBringsTheRestInAndOut) {
     open();
-    EXPECT_EQ(ids(), kHead);
+    EXPECT_EQ(ids(), kMessagesHead);
     flip(true);
-    EXPECT_EQ(ids(), kRows);
+    EXPECT_EQ(ids(), kMessagesRows);
     EXPECT_TRUE(device.mainSettings().objectForKey("VeltoEnabledMessages").boolValue());
     const auto at = device.journal().size();
     flip(false);
-    EXPECT_EQ(ids(), kHead);
-    EXPECT_EQ(device.listOperations(at).size(), kRows.size() - 2);
+    EXPECT_EQ(ids(), kMessagesHead);
+    EXPECT_EQ(device.listOperations(at).size(), kMessagesRows.size() - 2);
 }
 
 TEST_F(MessagesPageTest, BothFilesOfANameShareOneFolderAndGoFromThereFirst) {

@@ -172,4 +172,10 @@ void initDevice(const std::string& folder, const std::vector<std::string>& optio
     ASSERT_EQ(result.status, 0) << result.err;
 }
 
+const nlohmann::json* row(const nlohmann::json& page, const std::string& idOrLabel) {
+    for (const auto& shown : page.at("rows"))
+        if (shown.at("id") == idOrLabel || shown.at("label") == idOrLabel) return &shown;
+    return nullptr;
+}
+
 }  // namespace apptest

@@ -44,6 +44,9 @@ class ScratchFolder {
     std::filesystem::path path_;
 };
 
+// The row of a page record with this identifier or label; null when there is none.
+const nlohmann::json* row(const nlohmann::json& page, const std::string& idOrLabel);
+
 // `velto-settings device init FOLDER options...`, failing the test when it fails.
 void initDevice(const std::string& folder, const std::vector<std::string>& options = {});
 

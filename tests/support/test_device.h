@@ -11,6 +11,10 @@
 
 namespace testsupport {
 
+inline plat::Bytes bytesOf(const std::string& text) {
+    return plat::Bytes(text.begin(), text.end());
+}
+
 // A fresh "process" on a temporary device root, current for the object's life. Tests get a
 // clean journal, clean process-wide slots and an empty device they fill as they need.
 class TestDevice {

@@ -12,6 +12,7 @@
 #include <string>
 
 #include "platform/foundation/plist.h"
+#include "tests/support/test_device.h"
 
 // Helpers shared by the property-list and keyed-archive tests.
 namespace plisttest {
@@ -27,9 +28,7 @@ inline plat::Bytes oracle(const std::string& name) {
                         name);
 }
 
-inline plat::Bytes bytesOf(const std::string& text) {
-    return plat::Bytes(text.begin(), text.end());
-}
+using testsupport::bytesOf;
 
 inline bool contains(const plat::Bytes& haystack, std::initializer_list<std::uint8_t> needle) {
     return std::search(haystack.begin(), haystack.end(), needle.begin(), needle.end()) !=

@@ -18,9 +18,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-Bytes bytesOf(const std::string& s) {
-    return Bytes(s.begin(), s.end());
-}
+using testsupport::bytesOf;
 
 struct Kind {
     const char* name;

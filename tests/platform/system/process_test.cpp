@@ -23,9 +23,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-Bytes bytesOf(const std::string& s) {
-    return Bytes(s.begin(), s.end());
-}
+using testsupport::bytesOf;
 
 Process::Options quiet(const char* name = "Preferences") {
     return Process::Options{name, false};
