@@ -35,8 +35,9 @@ function(velto_test_folder folder)
         return()
     endif()
     string(REPLACE "/" "_" target "${folder}_tests")
-    add_executable(${target} ${sources} ${ARG_SUPPORT})
-    target_link_libraries(${target} PRIVATE ${ARG_DEPS} GTest::gtest GTest::gmock GTest::gtest_main)
+    add_executable(${target} ${sources})
+    target_link_libraries(${target} PRIVATE ${ARG_SUPPORT} ${ARG_DEPS} GTest::gtest GTest::gmock
+                                            GTest::gtest_main)
     target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR})
     target_compile_definitions(${target} PRIVATE VELTO_SOURCE_DIR="${PROJECT_SOURCE_DIR}")
     gtest_discover_tests(${target} DISCOVERY_TIMEOUT 60
