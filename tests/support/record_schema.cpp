@@ -69,7 +69,8 @@ class Checker {
             else
                 problems.push_back(where + ": no field '" + field.name + "'");
         }
-        for (const auto& [key, item] : value.items()) {
+        for (const auto& item : value.items()) {
+            const std::string& key = item.key();
             const bool documented = std::any_of(fields.begin(), fields.end(),
                                                 [&](const Field& f) { return f.name == key; });
             if (!documented) problems.push_back(where + ": field '" + key + "' is not documented");
