@@ -9,19 +9,19 @@
 #include <nlohmann/json.hpp>
 #include <sstream>
 
-#include "app/batch_run.h"
-#include "app/check_command.h"
-#include "app/defaults_command.h"
-#include "app/device_init_command.h"
-#include "app/device_location.h"
-#include "app/human_renderer.h"
-#include "app/interactive.h"
-#include "app/json_output.h"
-#include "app/json_renderer.h"
-#include "app/plutil_command.h"
-#include "app/session.h"
-#include "app/step.h"
-#include "app/step_runner.h"
+#include "app/check/check_command.h"
+#include "app/commands/defaults_command.h"
+#include "app/commands/device_init_command.h"
+#include "app/commands/device_location.h"
+#include "app/commands/plutil_command.h"
+#include "app/render/human_renderer.h"
+#include "app/render/json_output.h"
+#include "app/render/json_renderer.h"
+#include "app/session/batch_run.h"
+#include "app/session/interactive.h"
+#include "app/session/session.h"
+#include "app/session/step.h"
+#include "app/session/step_runner.h"
 
 namespace velto::app {
 

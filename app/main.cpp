@@ -1,8 +1,8 @@
 #include <exception>
 #include <iostream>
 
-#include "app/batch_run.h"
 #include "app/command_line.h"
+#include "app/session/batch_run.h"
 
 int main(int argc, char** argv) {
     // Whatever goes wrong ends with a message and a status, never with abort().

@@ -6,8 +6,8 @@
 
 #include <filesystem>
 
-#include "app/device_location.h"
-#include "app/session.h"
+#include "app/commands/device_location.h"
+#include "app/session/session.h"
 #include "device/demo_device.h"
 #include "device/device_init.h"
 #include "platform/system/device_facts.h"

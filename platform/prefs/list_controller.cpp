@@ -66,6 +66,7 @@ void ListController::removeSpecifierAtIndex(std::size_t index, bool animated) {
 }
 
 void ListController::reloadSpecifier(const SpecifierPtr& specifier, bool animated) {
+    forgetHeldSwitch(specifier);
     const auto index = indexOfSpecifier(specifier);
     Process::record(journal::Reload{
         className(),
@@ -74,9 +75,35 @@ void ListController::reloadSpecifier(const SpecifierPtr& specifier, bool animate
 }
 
 void ListController::reloadSpecifiers() {
+    heldSwitches_.clear();
     held_.reset();
     Process::record(journal::Reload{className(), std::nullopt, false});
     specifiers();
+}
+
+bool ListController::userSetSwitch(const SpecifierPtr& row, bool on) {
+    forgetHeldSwitch(row);
+    heldSwitches_.push_back({row, on});
+    if (row->setter().empty()) {
+        setPreferenceValue(Value::boolean(on), row);
+        return true;
+    }
+    const ObjectPtr target = row->target();
+    if (!target) return false;
+    Runtime::shared().perform(*target, row->setter(), {Value::boolean(on), Value(row)});
+    return true;
+}
+
+std::optional<bool> ListController::heldSwitchPosition(const SpecifierPtr& row) const {
+    for (const HeldSwitch& held : heldSwitches_)
+        if (held.row.lock() == row) return held.on;
+    return std::nullopt;
+}
+
+void ListController::forgetHeldSwitch(const SpecifierPtr& row) {
+    std::erase_if(heldSwitches_, [&](const HeldSwitch& held) {
+        return held.row.expired() || held.row.lock() == row;
+    });
 }
 
 SpecifierPtr ListController::specifierAtIndex(std::size_t index) const {

@@ -76,6 +76,15 @@ class ListController : public ViewController {
     // What a row shows: its getter on its target, else readPreferenceValue:.
     Value valueForSpecifier(const SpecifierPtr& specifier);
 
+    // A finger flips a switch row: the switch moves first, then the row's setter is sent to
+    // its target with the value and the row; a row without a setter stores the value through
+    // setPreferenceValue:specifier:. False when the row names a setter but has no target, so
+    // nothing heard of it. The switch stays where the finger left it, whatever the page
+    // stored, until the page redraws the row or reloads.
+    bool userSetSwitch(const SpecifierPtr& row, bool on);
+    // Where the user left a row's switch, until the row is redrawn.
+    std::optional<bool> heldSwitchPosition(const SpecifierPtr& row) const;
+
     // tableView:cellForRowAtIndexPath: — makes the row's cell (the "cellClass" it names, or a
     // plain PSTableCell), records it under "cellObject" and sets a switch from the row's value.
     virtual TableCellPtr tableViewCellForRowAtIndexPath(std::size_t row, std::size_t section);
@@ -91,7 +100,14 @@ class ListController : public ViewController {
     static void registerFrameworkMethods(Runtime& runtime);
 
   private:
+    struct HeldSwitch {
+        std::weak_ptr<Specifier> row;
+        bool on;
+    };
+    void forgetHeldSwitch(const SpecifierPtr& row);
+
     SpecifierArrayPtr held_;
+    std::vector<HeldSwitch> heldSwitches_;
     SpecifierPtr parent_;
     Size contentSize_;
     std::vector<std::string> loadedResources_;

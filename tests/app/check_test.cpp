@@ -8,7 +8,7 @@
 #include <functional>
 #include <iterator>
 
-#include "app/check_run.h"
+#include "app/check/check_run.h"
 #include "platform/foundation/plist.h"
 #include "tests/support/program_run.h"
 #include "tests/support/record_schema.h"

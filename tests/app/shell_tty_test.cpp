@@ -128,7 +128,7 @@ TEST_F(ShellTty, TabCompletesStepsRowsAndValuesAndTheHistoryOutlivesTheSession) 
         terminal.type("toggle Pic\t\t");
         ASSERT_TRUE(terminal.waitFor("Pictures in Favorites")) << terminal.output();
         ASSERT_TRUE(terminal.waitFor("Pictures in Recents")) << terminal.output();
-        terminal.type("R\tof\t\r");  // "toggle Pictures in Recents off"
+        terminal.type("R\ton\t\r");  // "toggle Pictures in Recents on"
         ASSERT_TRUE(terminal.waitFor("com.norvale.velto VeltoPhoneRecents")) << terminal.output();
         // Keys are typed at a prompt only: between two, the terminal is not the editor's.
         ASSERT_TRUE(terminal.waitFor("velto>")) << terminal.output();

@@ -1,0 +1,104 @@
+#pragma once
+
+#include <cstddef>
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "app/check/check_device_matrix.h"
+#include "app/check/check_findings.h"
+#include "app/check/check_read_recorder.h"
+#include "app/check/check_static.h"
+#include "app/check/check_stored_state.h"
+#include "app/session/session.h"
+#include "app/session/step.h"
+#include "app/session/step_runner.h"
+
+namespace velto::app {
+
+// Drives the bundle on one device as a user who tries everything: the root page and every
+// page its link rows open, over every combination of the booleans their switches store. On
+// each page every switch is flipped on and off in both orders, every button tapped and every
+// sheet answered each way. What raises is a finding, reported with the state that raised it.
+// A link row of the root page and the page it opens.
+struct CheckLink {
+    std::string row;  // as steps name it: identifier, else label, else "#N"
+    std::string detail;
+    std::string resource;
+    auto operator<=>(const CheckLink&) const = default;
+};
+
+// What a page read while it was exercised on one device, and what the exercise learned: the
+// keys its switches store and, for the root page, its links. Kept by page across devices.
+struct PageRecord {
+    ReadSnapshot reads;
+    std::set<StoredKey> keys;
+    std::set<CheckLink> links;
+    // What the exercise found, to be found again on a device where the record holds.
+    std::vector<Finding> findings;
+};
+using PageMemo = std::map<std::string, std::vector<PageRecord>>;
+
+class Exerciser {
+  public:
+    // `picture` is a host PNG file handed to photo pickers.
+    Exerciser(FindingSet& findings, std::filesystem::path picture);
+    ~Exerciser();
+
+    // Exercises the bundle on the device, skipping each page whose reads on an earlier device
+    // (kept in `memo`) hold the same here.
+    void run(const DeviceConfig& config, std::shared_ptr<plat::DeviceRoot> device, PageMemo& memo);
+
+    // What the static checks need to know of the runs so far.
+    const ExerciseFacts& facts() const { return facts_; }
+
+    // Steps carried out so far, for the report.
+    std::size_t steps() const { return steps_; }
+
+  private:
+    using Link = CheckLink;
+    struct Operation;
+    struct Run;
+
+    // Exercises the page unless an earlier device's record of it still holds; answers the
+    // record that holds or was made.
+    const PageRecord& exercisePage(const std::optional<Link>& link);
+    void exerciseState(const std::optional<Link>& link, const StoredState& state,
+                       PageRecord& record);
+    bool reset(const std::optional<Link>& link, const StoredState& state, Run& run);
+    void operate(const std::optional<Link>& link, const StoredState& state, const Operation& op);
+    bool step(Run& run, const Step& step, const std::string& row, const std::string& resource);
+    void inspect(Run& run, const std::string& step);
+    std::set<StoredKey> switchKeys() const;
+    void classify(const std::exception& e, const std::string& step, const std::string& row,
+                  const std::string& resource, const Run& run);
+    void report(Finding finding, const Run& run);
+    void emit(Finding finding);
+    void noteLists(const plat::ListController& page);
+
+    FindingSet& findings_;
+    std::filesystem::path picture_;
+    std::shared_ptr<plat::DeviceRoot> device_;
+    DeviceConfig config_;
+    std::unique_ptr<Session> session_;
+    std::unique_ptr<Renderer> silent_;
+    std::unique_ptr<StepRunner> runner_;
+    std::unique_ptr<ReadRecorder> recorder_;
+    PageMemo* memo_ = nullptr;
+    // The package manager's answers per device: the matrix changes settings and device facts,
+    // never the package database, so each version lookup runs once per device.
+    std::map<std::string, std::shared_ptr<plat::Shell::RememberedOutputs>> shellOutputs_;
+    ExerciseFacts facts_;
+    PageRecord* recording_ = nullptr;
+    std::set<StoredKey> rootKeys_;
+    std::set<std::string> domains_;
+    std::optional<StoredState> rootBuiltFor_;
+    int rootRestarts_ = -1;
+    std::size_t steps_ = 0;
+};
+
+}  // namespace velto::app

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <cstddef>
+#include <filesystem>
+#include <vector>
+
+#include "app/check/check_device_matrix.h"
+#include "app/check/check_findings.h"
+
+namespace velto::app {
+
+struct CheckOutcome {
+    FindingSet findings;
+    std::size_t devices = 0;
+    std::size_t steps = 0;
+};
+
+// Exercises the bundle with these resources on the devices, in worker processes that share
+// the devices out, then runs the static checks. The findings do not depend on how many
+// workers ran. Throws std::runtime_error when the check itself cannot run.
+CheckOutcome checkBundle(const std::filesystem::path& resources,
+                         const std::vector<DeviceConfig>& configs);
+
+}  // namespace velto::app

@@ -1,0 +1,137 @@
+#include "app/commands/device_init_command.h"
+
+#include <CLI/CLI.hpp>
+#include <filesystem>
+#include <iostream>
+#include <nlohmann/json.hpp>
+#include <regex>
+
+#include "app/commands/device_location.h"
+#include "app/render/json_output.h"
+#include "app/session/batch_run.h"
+#include "device/demo_device.h"
+#include "device/device_import.h"
+#include "device/device_init.h"
+#include "device/generated_apps.h"
+#include "platform/system/host_device_root.h"
+
+namespace velto::app {
+
+void declareDeviceInit(CLI::App& command, DeviceInitRequest& request) {
+    command.add_option("DIR", request.folder, "folder of the new device root")->required();
+    command.add_option("--family", request.family, "iphone, ipad or ipod")
+        ->check(CLI::IsMember({"iphone", "ipad", "ipod"}))
+        ->capture_default_str();
+    command.add_option("--system-version", request.systemVersion, "X.Y[.Z]")->capture_default_str();
+    command.add_option("--scale", request.scale, "screen scale: 1, 2 or 3")
+        ->check(CLI::IsMember({1, 2, 3}))
+        ->capture_default_str();
+    command.add_flag("--no-facetime", request.noFaceTime, "the device offers no FaceTime");
+    command
+        .add_option("--app", request.apps,
+                    "an installed application: ID[,NAME[,system|user]], or whatsapp, bitesms, "
+                    "ringledger, recents (repeatable)")
+        ->allow_extra_args(false);
+    command
+        .add_option("--package", request.packages,
+                    "a package of the dpkg database: ID=VERSION (repeatable)")
+        ->allow_extra_args(false);
+    command
+        .add_option("--user-apps", request.userApps,
+                    "N generated user applications with distinct names and icons")
+        ->check(CLI::Range(0, 100000));
+    command.add_flag("--no-extension", request.noExtension,
+                     "the extension does not answer requests");
+    command.add_option("--extension-version", request.extensionVersion,
+                       "the version the extension reports of itself (default: the "
+                       "com.norvale.velto2 package's)");
+    command.add_flag("--demo", request.demo,
+                     "the demo content: about thirty apps, the product installed, on");
+    command.add_option("--from", request.from,
+                       "import a real device's preferences, applications (Info.plist and icons), "
+                       "dpkg status and system version from a copy of its / or a tar of one");
+    command.add_flag("--force", request.force,
+                     "write into a folder that is not empty (never the host's /)");
+}
+
+namespace {
+
+plat::DeviceFamily familyOf(const std::string& name) {
+    if (name == "ipad") return plat::DeviceFamily::iPad;
+    if (name == "ipod") return plat::DeviceFamily::iPod;
+    return plat::DeviceFamily::iPhone;
+}
+
+int fail(bool json, const std::string& message) {
+    if (json)
+        std::cerr << jsonText(errorLine(message)) << "\n";
+    else
+        std::cerr << "velto-settings: device init: " << message << "\n";
+    return kExitTrouble;
+}
+
+}  // namespace
+
+int runDeviceInit(const DeviceInitRequest& request, bool json) {
+    device::DeviceOptions options;
+    options.family = familyOf(request.family);
+    if (!std::regex_match(request.systemVersion, std::regex("[0-9]+\\.[0-9]+(\\.[0-9]+)?")))
+        return fail(json, "'" + request.systemVersion + "' is not a system version (X.Y[.Z])");
+    options.systemVersion = request.systemVersion;
+    options.scale = request.scale;
+    options.faceTime = !request.noFaceTime;
+    options.extensionAnswers = !request.noExtension;
+    options.extensionVersion = request.extensionVersion;
+    for (const std::string& text : request.apps) {
+        std::string error;
+        auto app = device::parseAppChoice(text, &error);
+        if (!app) return fail(json, "--app " + error);
+        options.apps.push_back(*app);
+    }
+    for (const std::string& text : request.packages) {
+        std::string error;
+        auto package = device::parsePackageChoice(text, &error);
+        if (!package) return fail(json, "--package " + error);
+        options.packages.push_back(*package);
+    }
+    if (request.demo) device::addDemoContent(options);
+    for (auto& app : device::generatedUserApps(request.userApps))
+        options.apps.push_back(std::move(app));
+
+    // Another device's settings, or the host's own files, must not be replaced unasked.
+    std::error_code ec;
+    const std::filesystem::path folder(request.folder);
+    if (std::filesystem::exists(folder, ec) && std::filesystem::equivalent(folder, "/", ec))
+        return fail(json, "refusing to write a device into /");
+    if (!request.force && std::filesystem::exists(folder, ec) &&
+        (!std::filesystem::is_directory(folder, ec) ||
+         std::filesystem::directory_iterator(folder, ec) != std::filesystem::directory_iterator()))
+        return fail(json, request.folder +
+                              " is not an empty folder; give --force to write a device into it");
+
+    std::size_t imported = 0;
+    try {
+        device::initDevice(request.folder, options, resourcesFolder());
+        // Over the new device, so the real one's package database and system version win.
+        if (!request.from.empty())
+            imported = device::importDeviceFiles(
+                plat::HostDeviceRoot(std::filesystem::canonical(request.folder)), request.from);
+    } catch (const std::exception& e) {
+        return fail(json, e.what());
+    }
+    if (json) {
+        nlohmann::ordered_json fields{{"device", request.folder}, {"apps", options.apps.size()}};
+        fields["imported"] = nullptr;
+        if (!request.from.empty()) fields["imported"] = imported;
+        std::cout << jsonText(recordLine("device", fields)) << "\n";
+    } else {
+        std::cout << "device written to " << request.folder << " (" << options.apps.size()
+                  << " apps";
+        if (!request.from.empty())
+            std::cout << "; " << imported << " files imported from " << request.from;
+        std::cout << ")\n";
+    }
+    return kExitOk;
+}
+
+}  // namespace velto::app
