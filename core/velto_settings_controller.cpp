@@ -7,7 +7,7 @@
 #include "contract/nv_utils.h"
 #include "contract/velto_settings.h"
 #include "contract/velto_utils.h"
-#include "pages/row_editing.h"
+#include "kit/row_editing.h"
 #include "platform/foundation/keyed_archive.h"
 #include "platform/prefs/runtime.h"
 #include "platform/prefs/selectors.h"
@@ -18,7 +18,8 @@ namespace velto {
 
 namespace {
 
-const char* const kMessageCenterSlot = "VeltoSettingsController.messageCenter";
+constexpr plat::SlotKey<plat::MessageCenter> kMessageCenterSlot{
+    "VeltoSettingsController.messageCenter"};
 
 // Where a row is looked for: its found index, or the fallback when the lookup answers a
 // negative index. The index is unsigned from here on, as the list operations take it.
@@ -29,7 +30,7 @@ std::size_t foundOr(std::int64_t found, std::size_t fallback) {
 }  // namespace
 
 std::shared_ptr<plat::MessageCenter> VeltoSettingsController::tweakMessageCenter() {
-    return plat::Process::current().slots().get<plat::MessageCenter>(kMessageCenterSlot);
+    return plat::Process::current().slots().get(kMessageCenterSlot);
 }
 
 bool VeltoSettingsController::initForContentSize(plat::Size size) {
@@ -44,7 +45,7 @@ std::string VeltoSettingsController::resourceName() const {
 
 plat::SpecifierArrayPtr VeltoSettingsController::specifiers() {
     auto& slots = plat::Process::current().slots();
-    if (!slots.get<plat::MessageCenter>(kMessageCenterSlot))
+    if (!slots.get(kMessageCenterSlot))
         slots.set(kMessageCenterSlot, NVUtils::messageCenter(requests::kCenterName));
 
     if (!heldSpecifiers()) {

@@ -7,7 +7,7 @@
 #include "contract/catalogue.h"
 #include "contract/enabled_query.h"
 #include "contract/list_categories.h"
-#include "pages/row_editing.h"
+#include "kit/row_editing.h"
 #include "platform/prefs/runtime.h"
 #include "platform/prefs/selectors.h"
 #include "platform/prefs/user_defaults.h"

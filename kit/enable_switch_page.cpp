@@ -1,8 +1,8 @@
-#include "pages/enable_switch_page.h"
+#include "kit/enable_switch_page.h"
 
 #include "contract/catalogue.h"
 #include "contract/enabled_query.h"
-#include "pages/row_editing.h"
+#include "kit/row_editing.h"
 #include "platform/prefs/user_defaults.h"
 
 namespace velto {
@@ -23,15 +23,8 @@ void EnableSwitchPage::enabledOrDisabled(const plat::Value& value,
                                          const plat::SpecifierPtr& specifier) {
     setPreferenceValue(value, specifier);
     plat::UserDefaults::standardUserDefaults().synchronize();
-    const auto held = heldSpecifiers();
-    if (!held) return;
-    if (value.boolValue()) {
-        // Every file row from 2 on, whatever is shown already: a second "on" shows them twice.
-        const auto fresh = loadSpecifiersFromPlistName(resource_, shared_from_this());
-        rows::insertAtOwnIndexes(*this, *fresh, 2, fresh->count(), true);
-    } else {
-        rows::removeShownDownToTwo(*this, held->count() - 1, true);
-    }
+    // Every file row from 2 on, whatever is shown already: a second "on" shows them twice.
+    rows::applyEnableSwitch(*this, value.boolValue(), resource_);
 }
 
 }  // namespace velto

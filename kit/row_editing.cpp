@@ -1,4 +1,4 @@
-#include "pages/row_editing.h"
+#include "kit/row_editing.h"
 
 namespace velto::rows {
 

@@ -6,7 +6,7 @@
 #include "contract/enabled_query.h"
 #include "contract/list_categories.h"
 #include "contract/velto_utils.h"
-#include "pages/row_editing.h"
+#include "kit/row_editing.h"
 #include "platform/prefs/runtime.h"
 #include "platform/prefs/selectors.h"
 #include "platform/prefs/user_defaults.h"

@@ -3,7 +3,7 @@
 #include "contract/catalogue.h"
 #include "contract/nv_utils.h"
 #include "contract/velto_utils.h"
-#include "pages/row_editing.h"
+#include "kit/row_editing.h"
 #include "platform/foundation/strings.h"
 #include "platform/prefs/runtime.h"
 #include "platform/prefs/selectors.h"

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "pages/enable_switch_page.h"
+#include "kit/enable_switch_page.h"
 
 namespace velto {
 

@@ -2,7 +2,7 @@
 
 #include "contract/catalogue.h"
 #include "contract/velto_settings.h"
-#include "pages/row_editing.h"
+#include "kit/row_editing.h"
 #include "platform/prefs/runtime.h"
 #include "platform/prefs/selectors.h"
 #include "platform/prefs/user_defaults.h"
