@@ -14,7 +14,7 @@ namespace velto {
 
 namespace {
 
-const char* const kProductInfoSlot = "productInfoDict";
+constexpr plat::SlotKey<plat::Value> kProductInfoSlot{"productInfoDict"};
 
 // Quotes a shell argument. The quote "escaping" is a regular-expression template in which the
 // backslash escapes the quote right back to itself, so the text comes out unchanged; none of
@@ -57,7 +57,7 @@ std::optional<std::string> __getProductVersion() {
 
 plat::Value __getProductInfoDict() {
     auto& slots = plat::Process::current().slots();
-    if (auto kept = slots.get<plat::Value>(kProductInfoSlot)) return *kept;
+    if (auto kept = slots.get(kProductInfoSlot)) return *kept;
     const plat::Value info = productInfoFromSpringBoard();
     if (!info.isNil()) slots.set(kProductInfoSlot, std::make_shared<plat::Value>(info));
     return info;

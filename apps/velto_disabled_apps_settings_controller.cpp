@@ -21,12 +21,8 @@ namespace velto {
 
 namespace {
 
-const char* const kMessageCenterSlot = "VeltoDisabledAppsSettingsController.messageCenter";
-
-const char* const kBundleIdentifier = "VeltoBundleIdentifier";
-const char* const kType = "VeltoType";
-const char* const kDisplayName = "VeltoFolderDisplayName";
-const char* const kFolderImage = "VeltoFolderImage";
+constexpr plat::SlotKey<plat::MessageCenter> kMessageCenterSlot{
+    "VeltoDisabledAppsSettingsController.messageCenter"};
 
 // The applications the bundle's own pages cover, with their companion services. The
 // notification service stands twice; only membership counts.
@@ -93,20 +89,20 @@ std::optional<std::string> bundleIdentifierOf(const plat::Specifier& row) {
 }
 
 plat::SpecifierPtr makeRow(const plat::Value& record, const plat::ObjectPtr& target) {
-    const plat::Value name = record.objectForKey(kDisplayName);
+    const plat::Value name = record.objectForKey(records::kDisplayName);
     auto row = plat::Specifier::preferenceSpecifierNamed(
         name.isString() ? std::optional<std::string>(name.str()) : std::nullopt, target,
         "setPreferenceValue:specifier:", "", "", plat::PSSwitchCell, "");
     row->setProperty(plat::Value("VeltoSwitchCell"), plat::pskey::CellClass);
-    const plat::Value identifier = record.objectForKey(kBundleIdentifier);
+    const plat::Value identifier = record.objectForKey(records::kBundleIdentifier);
     row->setIdentifier(identifier.isString() ? std::optional<std::string>(identifier.str())
                                              : std::nullopt);
-    const plat::Value icon = record.objectForKey(kFolderImage);
+    const plat::Value icon = record.objectForKey(records::kImage);
     if (!icon.isNil()) row->setProperty(icon, plat::pskey::IconImage);
     // A shallow copy, as initWithDictionary: makes; the icon stays only on the row.
     plat::Dictionary info;
     for (const auto& [key, value] : *record.asDictionary())
-        if (key != kFolderImage) info.emplace_hint(info.end(), key, value);
+        if (key != records::kImage) info.emplace_hint(info.end(), key, value);
     row->setUserInfo(plat::Value::dictionary(std::move(info)));
     return row;
 }
@@ -114,7 +110,7 @@ plat::SpecifierPtr makeRow(const plat::Value& record, const plat::ObjectPtr& tar
 }  // namespace
 
 std::shared_ptr<plat::MessageCenter> VeltoDisabledAppsSettingsController::tweakMessageCenter() {
-    return plat::Process::current().slots().get<plat::MessageCenter>(kMessageCenterSlot);
+    return plat::Process::current().slots().get(kMessageCenterSlot);
 }
 
 bool VeltoDisabledAppsSettingsController::isHiddenApplication(const std::string& bundleIdentifier) {
@@ -126,7 +122,7 @@ bool VeltoDisabledAppsSettingsController::initForContentSize(plat::Size size) {
     if (!VeltoBaseSettingsController::initForContentSize(size)) return false;
     // Made from the main thread only, once per process.
     auto& slots = plat::Process::current().slots();
-    if (!slots.get<plat::MessageCenter>(kMessageCenterSlot))
+    if (!slots.get(kMessageCenterSlot))
         slots.set(kMessageCenterSlot, NVUtils::messageCenter(requests::kCenterName));
     return true;
 }
@@ -151,7 +147,8 @@ plat::Value VeltoDisabledAppsSettingsController::applications() {
     named.reserve(records->size());
     for (const plat::Value& record : *records) {
         const plat::Dictionary* fields = record.asDictionary();
-        const auto it = fields ? fields->find(kDisplayName) : plat::Dictionary::const_iterator();
+        const auto it =
+            fields ? fields->find(records::kDisplayName) : plat::Dictionary::const_iterator();
         const std::string* name = fields && it != fields->end() ? it->second.asString() : nullptr;
         if (name)
             named.emplace_back(SortName(*name, false), &record);
@@ -175,12 +172,12 @@ plat::SpecifierArrayPtr VeltoDisabledAppsSettingsController::addApplicationDataT
         for (const plat::Value& record : *records) {
             // Only dictionaries are records; anything else in the array is passed over.
             if (!record.isDictionary()) continue;
-            const plat::Value identifier = record.objectForKey(kBundleIdentifier);
+            const plat::Value identifier = record.objectForKey(records::kBundleIdentifier);
             if (identifier.isString() && isHiddenApplication(identifier.str())) continue;
             auto row = makeRow(record, self);
             // A nameless row compares as the empty string.
             const std::string& name = row->name() ? *row->name() : kNoName;
-            (record.objectForKey(kType).boolValue() ? system : user)
+            (record.objectForKey(records::kType).boolValue() ? system : user)
                 .emplace_back(SortName(name, true), std::move(row));
         }
     }

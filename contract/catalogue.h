@@ -53,6 +53,14 @@ inline constexpr const char* kMessageData = "VeltoServiceMessageData";
 inline constexpr int kAppIconRequestKind = 6;
 }  // namespace requests
 
+// The keys of an application record in the application-list reply.
+namespace records {
+inline constexpr const char* kBundleIdentifier = "VeltoBundleIdentifier";
+inline constexpr const char* kDisplayName = "VeltoFolderDisplayName";
+inline constexpr const char* kType = "VeltoType";
+inline constexpr const char* kImage = "VeltoFolderImage";
+}  // namespace records
+
 namespace appids {
 inline constexpr const char* kMessages = "com.apple.MobileSMS";
 inline constexpr const char* kWhatsApp = "net.whatsapp.WhatsApp";

@@ -13,11 +13,6 @@ const char* const kBundleContainers = "/var/containers/Bundle/Application";
 const char* const kDataContainers = "/var/mobile/Containers/Data/Application";
 const char* const kContainerMetadata = ".com.apple.mobile_container_manager.metadata.plist";
 
-bool endsWith(const std::string& s, const std::string& suffix) {
-    return s.size() >= suffix.size() &&
-           s.compare(s.size() - suffix.size(), suffix.size(), suffix) == 0;
-}
-
 bool identifies(const std::string& appFolder, const std::string& bundleIdentifier) {
     const plat::Value info = plat::dictionaryWithContentsOfFile(
         plat::stringByAppendingPathComponent(appFolder, "Info.plist"));
@@ -27,7 +22,7 @@ bool identifies(const std::string& appFolder, const std::string& bundleIdentifie
 std::optional<std::string> findIn(const std::string& folder, const std::string& bundleIdentifier) {
     auto& root = plat::Process::current().root();
     for (const std::string& name : root.contentsOfDirectory(folder)) {
-        if (!endsWith(name, ".app")) continue;
+        if (!name.ends_with(".app")) continue;
         const std::string app = plat::stringByAppendingPathComponent(folder, name);
         if (identifies(app, bundleIdentifier)) return app;
     }

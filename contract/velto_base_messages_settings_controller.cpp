@@ -145,16 +145,15 @@ void VeltoBaseMessagesSettingsController::removeDefaultContactImage() {
 void VeltoBaseMessagesSettingsController::removeItemAtPath(const std::string& path) {
     auto& root = plat::Process::current().root();
     if (path.empty() || !root.fileExists(path)) return;
-    std::string error;
-    if (!root.removeItem(path, &error)) {
-        VeltoUtils::logMessage("Unable to remove '" + path + "': " + error);
+    if (const auto removed = root.removeItem(path); !removed) {
+        VeltoUtils::logMessage("Unable to remove '" + path + "': " + removed.error());
         return;
     }
     VeltoUtils::logMessage("Removed '" + path + "'");
 }
 
 std::shared_ptr<plat::ImagePickerController> VeltoBaseMessagesSettingsController::imagePicker() {
-    return plat::Process::current().slots().get<plat::ImagePickerController>(kImagePickerSlot);
+    return plat::Process::current().slots().get(kImagePickerSlot);
 }
 
 void VeltoBaseMessagesSettingsController::selectDefaultContactImage(
@@ -182,13 +181,13 @@ void VeltoBaseMessagesSettingsController::imagePickerControllerDidFinishPickingM
         pictureFilesChanged();
     }
     if (const auto picker = imagePicker()) picker->dismissViewControllerAnimated(true, nullptr);
-    plat::Process::current().slots().set<plat::ImagePickerController>(kImagePickerSlot, nullptr);
+    plat::Process::current().slots().set(kImagePickerSlot, nullptr);
 }
 
 void VeltoBaseMessagesSettingsController::imagePickerControllerDidCancel(
     plat::ImagePickerController&) {
     if (const auto picker = imagePicker()) picker->dismissViewControllerAnimated(true, nullptr);
-    plat::Process::current().slots().set<plat::ImagePickerController>(kImagePickerSlot, nullptr);
+    plat::Process::current().slots().set(kImagePickerSlot, nullptr);
 }
 
 void VeltoBaseMessagesSettingsController::restoreDefaultContactImage(

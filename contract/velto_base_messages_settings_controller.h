@@ -6,6 +6,7 @@
 #include "contract/velto_base_settings_controller.h"
 #include "platform/foundation/value.h"
 #include "platform/prefs/specifier.h"
+#include "platform/system/slot_key.h"
 #include "platform/ui/image.h"
 #include "platform/ui/image_picker_controller.h"
 
@@ -38,7 +39,8 @@ class VeltoBaseMessagesSettingsController : public VeltoBaseSettingsController,
     static constexpr const char* kPictureChangedNotification =
         notifications::kMessagesAvatarChanged;
     // Process-wide slot: the open photo picker.
-    static constexpr const char* kImagePickerSlot = "veltoDefaultContactImagePicker";
+    static constexpr plat::SlotKey<plat::ImagePickerController> kImagePickerSlot{
+        "veltoDefaultContactImagePicker"};
 
     static constexpr const char* kClassName = "VeltoBaseMessagesSettingsController";
 

@@ -20,15 +20,16 @@ plat::Value readSettingsFile() {
     return settings.isDictionary() ? settings : plat::Value::dictionary();
 }
 
+constexpr plat::SlotKey<VeltoSettings> kSharedSettingsSlot{"VeltoSettings.sharedSettings"};
+
 }  // namespace
 
 std::shared_ptr<VeltoSettings> VeltoSettings::sharedSettings() {
     bool made = false;
-    auto shared = plat::Process::current().slots().getOrMake<VeltoSettings>(
-        "VeltoSettings.sharedSettings", [&made] {
-            made = true;
-            return std::make_shared<VeltoSettings>();
-        });
+    auto shared = plat::Process::current().slots().getOrMake(kSharedSettingsSlot, [&made] {
+        made = true;
+        return std::make_shared<VeltoSettings>();
+    });
     if (made) shared->loadSettings();
     return shared;
 }

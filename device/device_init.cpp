@@ -20,6 +20,12 @@ void require(bool ok, const std::string& what, const plat::DeviceRoot& root) {
         throw std::runtime_error("cannot write " + what + " into the device at " + root.describe());
 }
 
+void require(const plat::PortStatus& done, const std::string& what, const plat::DeviceRoot& root) {
+    if (!done)
+        throw std::runtime_error("cannot write " + what + " into the device at " + root.describe() +
+                                 " (" + done.error() + ")");
+}
+
 bool writeExtensionLog(const plat::DeviceRoot& root, const std::string& text) {
     const std::string path = VeltoUtils::kLogFilePath;
     return root.createDirectory(path.substr(0, path.rfind('/')), true) &&

@@ -32,12 +32,7 @@ plat::MessageResponder extensionResponder(std::shared_ptr<const plat::DeviceRoot
 void attachExtension(plat::Process& process);
 
 // The application record keys of the application-list reply.
-namespace records {
-inline constexpr const char* kBundleIdentifier = "VeltoBundleIdentifier";
-inline constexpr const char* kDisplayName = "VeltoFolderDisplayName";
-inline constexpr const char* kType = "VeltoType";
-inline constexpr const char* kImage = "VeltoFolderImage";
-}  // namespace records
+namespace records = velto::records;
 
 inline constexpr const char* kProductPackage = appids::kProductPackage;
 

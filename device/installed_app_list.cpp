@@ -12,15 +12,6 @@ namespace velto::device {
 
 namespace {
 
-bool endsWith(const std::string& text, const std::string& suffix) {
-    return text.size() >= suffix.size() &&
-           text.compare(text.size() - suffix.size(), suffix.size(), suffix) == 0;
-}
-
-bool startsWith(const std::string& text, const std::string& prefix) {
-    return text.compare(0, prefix.size(), prefix) == 0;
-}
-
 plat::Value readPlist(const plat::DeviceRoot& root, const std::string& path) {
     const auto bytes = root.readFile(path);
     return bytes ? plat::propertyListFromData(*bytes) : plat::Value();
@@ -29,7 +20,7 @@ plat::Value readPlist(const plat::DeviceRoot& root, const std::string& path) {
 void collect(const plat::DeviceRoot& root, const std::string& folder, bool system,
              std::vector<InstalledApp>& apps) {
     for (const std::string& name : root.contentsOfDirectory(folder)) {
-        if (!endsWith(name, ".app")) continue;
+        if (!name.ends_with(".app")) continue;
         const std::string path = folder + "/" + name;
         const plat::Value info = readPlist(root, path + "/Info.plist");
         const std::string identifier = info.objectForKey("CFBundleIdentifier").str();
@@ -111,7 +102,7 @@ plat::ImagePtr largestIcon(const plat::DeviceRoot& root, const InstalledApp& app
     std::string bestName;
     int bestWidth = 0;
     for (const std::string& name : root.contentsOfDirectory(app.folder)) {
-        if (!startsWith(name, "AppIcon") || !endsWith(name, ".png")) continue;
+        if (!name.starts_with("AppIcon") || !name.ends_with(".png")) continue;
         auto bytes = root.readFile(app.folder + "/" + name);
         if (!bytes) continue;
         const auto size = plat::pngPixelSize(*bytes);

@@ -17,7 +17,7 @@ bool writeBinaryPlist(const plat::DeviceRoot& root, std::string_view devicePath,
     if (!bytes) return false;
     const std::string_view folder = parentOf(devicePath);
     if (!folder.empty() && !root.createDirectory(folder, true)) return false;
-    return root.writeFile(devicePath, *bytes, true);
+    return root.writeFile(devicePath, *bytes, true).has_value();
 }
 
 }  // namespace velto::device

@@ -8,8 +8,8 @@
 #include "contract/picture_rows.h"
 #include "contract/picture_sheets.h"
 #include "contract/velto_utils.h"
+#include "kit/row_editing.h"
 #include "pages/mail_avatar_files.h"
-#include "pages/row_editing.h"
 #include "platform/prefs/runtime.h"
 #include "platform/prefs/selectors.h"
 #include "platform/prefs/table_cell.h"
@@ -28,11 +28,11 @@ const char* const kMailResource = "MailApp";
 }  // namespace
 
 std::shared_ptr<plat::ImagePickerController> MailAppSettingsController::imagePicker() {
-    return plat::Process::current().slots().get<plat::ImagePickerController>(kImagePickerSlot);
+    return plat::Process::current().slots().get(kImagePickerSlot);
 }
 
 std::shared_ptr<plat::ViewController> MailAppSettingsController::popover() {
-    return plat::Process::current().slots().get<plat::ViewController>(kPopoverSlot);
+    return plat::Process::current().slots().get(kPopoverSlot);
 }
 
 bool MailAppSettingsController::isEnabledForKey(const std::string& key,
@@ -110,13 +110,13 @@ void MailAppSettingsController::imagePickerControllerDidFinishPickingMediaWithIn
             info.objectForKey(plat::UIImagePickerControllerEditedImage).as<plat::Image>())
         storeChosenPicture(edited);
     if (const auto picker = imagePicker()) picker->dismissViewControllerAnimated(true, nullptr);
-    slots.set<plat::ImagePickerController>(kImagePickerSlot, nullptr);
+    slots.set(kImagePickerSlot, nullptr);
 }
 
 void MailAppSettingsController::imagePickerControllerDidCancel(plat::ImagePickerController&) {
     // The older modal dismissal, unlike the finished pick's: each stays where it is.
     if (const auto picker = imagePicker()) picker->dismissModalViewControllerAnimated(true);
-    plat::Process::current().slots().set<plat::ImagePickerController>(kImagePickerSlot, nullptr);
+    plat::Process::current().slots().set(kImagePickerSlot, nullptr);
 }
 
 void MailAppSettingsController::restoreAvatarsMail(const plat::SpecifierPtr& specifier) {

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "contract/velto_base_settings_controller.h"
+#include "platform/system/slot_key.h"
 #include "platform/ui/image_picker_controller.h"
 #include "platform/ui/view_controller.h"
 
@@ -21,8 +22,9 @@ class MailAppSettingsController : public VeltoBaseSettingsController,
   public:
     // Process-wide slots: the open photo picker, and a popover presenter that nothing fills
     // but that a finished pick on an iPad still checks and clears.
-    static constexpr const char* kImagePickerSlot = "mailAppImgPicker";
-    static constexpr const char* kPopoverSlot = "mailAppPopover";
+    static constexpr plat::SlotKey<plat::ImagePickerController> kImagePickerSlot{
+        "mailAppImgPicker"};
+    static constexpr plat::SlotKey<plat::ViewController> kPopoverSlot{"mailAppPopover"};
 
     static constexpr const char* kClassName = "MailAppSettingsController";
 

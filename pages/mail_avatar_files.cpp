@@ -31,7 +31,7 @@ bool makeFolderIfMissing(const std::string& folder) {
     // Only whether something is there counts: a file in the folder's place passes and the
     // write into it fails later, unreported.
     if (root.fileExists(folder)) return true;
-    return root.createDirectory(folder, true);
+    return root.createDirectory(folder, true).has_value();
 }
 
 }  // namespace
@@ -82,9 +82,8 @@ void removeAvatarItem(const std::string& path) {
     if (!root.fileExists(path)) return;
     plat::NSLog(plat::stringWithFormat("com.norvale.Velto => Infp: Removing item at path '%@'..",
                                        {plat::Value(path)}));
-    std::string message;
     std::optional<std::string> error;
-    if (!root.removeItem(path, &message)) error = message;
+    if (const auto removed = root.removeItem(path); !removed) error = removed.error();
     // The line stands the wrong way round and stays so: a removal that worked reports an
     // "Error" whose description, taken from the missing error object, prints as (null); a
     // removal that failed says nothing. Keep it this way round.

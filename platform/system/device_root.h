@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "platform/foundation/value.h"
+#include "platform/system/port_result.h"
 
 namespace plat {
 
@@ -43,26 +44,28 @@ class DeviceRoot {
 
     virtual ~DeviceRoot() = default;
 
-    // What is at a path, symbolic links followed; nullopt when nothing is there.
-    virtual std::optional<FileStatus> status(std::string_view devicePath) const = 0;
-    // The whole file, or nullopt when missing, unreadable, not a regular file (a FIFO, a
-    // device, a folder: these read as missing and never block) or larger than the limit.
-    virtual std::optional<Bytes> readFile(std::string_view devicePath,
-                                          std::uint64_t limit = kReadLimit) const = 0;
+    // Every operation that can fail answers a PortResult: the value, or a message that names
+    // the path and why ("Cannot read /var/x: not a regular file").
+
+    // What is at a path, symbolic links followed; a failure when nothing is there.
+    virtual PortResult<FileStatus> status(std::string_view devicePath) const = 0;
+    // The whole file; a failure when missing, unreadable, not a regular file (a FIFO, a
+    // device, a folder: these never block) or larger than the limit.
+    virtual PortResult<Bytes> readFile(std::string_view devicePath,
+                                       std::uint64_t limit = kReadLimit) const = 0;
     // Atomically: readers see the old contents or the new, never half. In place: the file
-    // keeps its identity, so whoever holds it sees the new contents. False on any failure.
-    virtual bool writeFile(std::string_view devicePath, const Bytes& bytes,
-                           bool atomically) const = 0;
+    // keeps its identity, so whoever holds it sees the new contents.
+    virtual PortStatus writeFile(std::string_view devicePath, const Bytes& bytes,
+                                 bool atomically) const = 0;
     // Adds to the end of a file, making it when missing.
-    virtual bool appendFile(std::string_view devicePath, const Bytes& bytes) const = 0;
+    virtual PortStatus appendFile(std::string_view devicePath, const Bytes& bytes) const = 0;
     // createDirectoryAtPath:withIntermediateDirectories:attributes:error:.
-    virtual bool createDirectory(std::string_view devicePath, bool withIntermediates,
-                                 std::string* error = nullptr) const = 0;
-    // removeItemAtPath:error: (files and whole folders). False with a message on failure.
-    virtual bool removeItem(std::string_view devicePath, std::string* error = nullptr) const = 0;
+    virtual PortStatus createDirectory(std::string_view devicePath,
+                                       bool withIntermediates) const = 0;
+    // removeItemAtPath:error: (files and whole folders).
+    virtual PortStatus removeItem(std::string_view devicePath) const = 0;
     // moveItemAtPath:toPath:error:, refusing to replace anything at the destination.
-    virtual bool moveItem(std::string_view from, std::string_view to,
-                          std::string* error = nullptr) const = 0;
+    virtual PortStatus moveItem(std::string_view from, std::string_view to) const = 0;
     // Names in a folder, sorted; empty when it is not a readable folder.
     virtual std::vector<std::string> contentsOfDirectory(std::string_view devicePath) const = 0;
 

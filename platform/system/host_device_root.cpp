@@ -121,9 +121,23 @@ bool writeAll(int fd, const Bytes& bytes) {
     return true;
 }
 
-void setError(std::string* error, std::string text) {
-    if (error) *error = std::move(text);
+// "Cannot read /var/x: No such file or directory".
+PortStatus failed(std::string_view verb, std::string_view devicePath, const std::string& why) {
+    std::string text = "Cannot ";
+    text += verb;
+    text += ' ';
+    text += devicePath;
+    text += ": ";
+    text += why;
+    return portFailure(std::move(text));
 }
+
+template <class T>
+PortResult<T> failedWith(const PortStatus& failure) {
+    return PortResult<T>::failure(failure.error());
+}
+
+const char* const kOutside = "outside the device";
 
 FileStatus statusOf(const struct stat& info) {
     FileStatus status;
@@ -174,29 +188,34 @@ std::optional<fs::path> HostDeviceRoot::resolve(std::string_view devicePath) con
     return host;
 }
 
-std::optional<FileStatus> HostDeviceRoot::status(std::string_view devicePath) const {
+PortResult<FileStatus> HostDeviceRoot::status(std::string_view devicePath) const {
     auto host = resolve(devicePath);
+    if (!host) return failedWith<FileStatus>(failed("look at", devicePath, kOutside));
     struct stat info {};
-    if (!host || ::stat(host->c_str(), &info) != 0) return std::nullopt;
+    if (::stat(host->c_str(), &info) != 0)
+        return failedWith<FileStatus>(failed("look at", devicePath, errnoText(errno)));
     return statusOf(info);
 }
 
-std::optional<Bytes> HostDeviceRoot::readFile(std::string_view devicePath,
-                                              std::uint64_t limit) const {
+PortResult<Bytes> HostDeviceRoot::readFile(std::string_view devicePath, std::uint64_t limit) const {
+    const auto refused = [&](const std::string& why) {
+        return failedWith<Bytes>(failed("read", devicePath, why));
+    };
+    const std::string tooLarge = "larger than " + std::to_string(limit) + " bytes";
     auto host = resolve(devicePath);
-    if (!host) return std::nullopt;
+    if (!host) return refused(kOutside);
     // The type and size first: opening a FIFO for reading waits for a writer for ever.
     struct stat info {};
-    if (::stat(host->c_str(), &info) != 0 || !S_ISREG(info.st_mode) ||
-        static_cast<std::uint64_t>(info.st_size) > limit)
-        return std::nullopt;
+    if (::stat(host->c_str(), &info) != 0) return refused(errnoText(errno));
+    if (!S_ISREG(info.st_mode)) return refused("not a regular file");
+    if (static_cast<std::uint64_t>(info.st_size) > limit) return refused(tooLarge);
     // Non-blocking as well, for whatever replaced the file since.
     int fd = ::open(host->c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-    if (fd < 0) return std::nullopt;
+    if (fd < 0) return refused(errnoText(errno));
     if (::fstat(fd, &info) != 0 || !S_ISREG(info.st_mode) ||
         static_cast<std::uint64_t>(info.st_size) > limit) {
         ::close(fd);
-        return std::nullopt;
+        return refused("changed while it was opened");
     }
     Bytes bytes;
     bytes.reserve(static_cast<std::size_t>(info.st_size));
@@ -205,14 +224,15 @@ std::optional<Bytes> HostDeviceRoot::readFile(std::string_view devicePath,
         ssize_t n = ::read(fd, chunk, sizeof chunk);
         if (n < 0) {
             if (errno == EINTR) continue;
+            const int error = errno;
             ::close(fd);
-            return std::nullopt;
+            return refused(errnoText(error));
         }
         if (n == 0) break;
         // A file growing while we read stops at the limit too.
         if (bytes.size() + static_cast<std::size_t>(n) > limit) {
             ::close(fd);
-            return std::nullopt;
+            return refused(tooLarge);
         }
         bytes.insert(bytes.end(), chunk, chunk + n);
     }
@@ -220,24 +240,31 @@ std::optional<Bytes> HostDeviceRoot::readFile(std::string_view devicePath,
     return bytes;
 }
 
-bool HostDeviceRoot::writeFile(std::string_view devicePath, const Bytes& bytes,
-                               bool atomically) const {
+PortStatus HostDeviceRoot::writeFile(std::string_view devicePath, const Bytes& bytes,
+                                     bool atomically) const {
     auto host = resolve(devicePath);
-    if (!host || !host->has_filename()) return false;
+    if (!host) return failed("write", devicePath, kOutside);
+    if (!host->has_filename()) return failed("write", devicePath, "not a file name");
 
     if (!atomically) {
         // Same inode: whoever holds the file open, or links to it, sees the new contents.
         // Non-blocking: a FIFO without a reader fails at once instead of waiting for ever, and
         // anything but a regular file is refused before it is written.
         int fd = ::open(host->c_str(), O_WRONLY | O_CREAT | O_NONBLOCK | O_CLOEXEC, 0644);
-        if (fd < 0) return false;
+        if (fd < 0) return failed("write", devicePath, errnoText(errno));
         struct stat info {};
-        if (::fstat(fd, &info) != 0 || !S_ISREG(info.st_mode) || ::ftruncate(fd, 0) != 0) {
+        if (::fstat(fd, &info) != 0 || !S_ISREG(info.st_mode)) {
             ::close(fd);
-            return false;
+            return failed("write", devicePath, "not a regular file");
         }
-        bool ok = writeAll(fd, bytes);
-        return ::close(fd) == 0 && ok;
+        bool ok = ::ftruncate(fd, 0) == 0 && writeAll(fd, bytes);
+        int error = ok ? 0 : errno;
+        if (::close(fd) != 0 && ok) {
+            ok = false;
+            error = errno;
+        }
+        if (!ok) return failed("write", devicePath, errnoText(error));
+        return portSuccess();
     }
 
     // Readers see the old file or the new one, never half of it.
@@ -246,93 +273,88 @@ bool HostDeviceRoot::writeFile(std::string_view devicePath, const Bytes& bytes,
     temp += host->filename().string();
     temp += ".XXXXXX";
     int fd = ::mkstemp(temp.data());
-    if (fd < 0) return false;
+    if (fd < 0) return failed("write", devicePath, errnoText(errno));
     bool ok = ::fchmod(fd, 0644) == 0 && writeAll(fd, bytes);
-    ok = ::close(fd) == 0 && ok;
-    if (ok) ok = ::rename(temp.c_str(), host->c_str()) == 0;
-    if (!ok) ::unlink(temp.c_str());
-    return ok;
+    int error = ok ? 0 : errno;
+    if (::close(fd) != 0 && ok) {
+        ok = false;
+        error = errno;
+    }
+    if (ok && ::rename(temp.c_str(), host->c_str()) != 0) {
+        ok = false;
+        error = errno;
+    }
+    if (!ok) {
+        ::unlink(temp.c_str());
+        return failed("write", devicePath, errnoText(error));
+    }
+    return portSuccess();
 }
 
-bool HostDeviceRoot::createDirectory(std::string_view devicePath, bool withIntermediates,
-                                     std::string* error) const {
+PortStatus HostDeviceRoot::createDirectory(std::string_view devicePath,
+                                           bool withIntermediates) const {
     auto host = resolve(devicePath);
-    std::string shown(devicePath);
-    if (!host) {
-        setError(error, "Cannot create " + shown + ": outside the device");
-        return false;
-    }
+    if (!host) return failed("create", devicePath, kOutside);
     std::error_code ec;
     if (withIntermediates) {
         // An existing folder is success here, as it is for the Foundation call.
         fs::create_directories(*host, ec);
-        if (!ec && fs::is_directory(*host, ec)) return true;
+        if (!ec && fs::is_directory(*host, ec)) return portSuccess();
         if (!ec) ec = std::make_error_code(std::errc::file_exists);
     } else {
         bool made = fs::create_directory(*host, ec);
-        if (made) return true;
+        if (made) return portSuccess();
         if (!ec) ec = std::make_error_code(std::errc::file_exists);
     }
-    setError(error, "Cannot create " + shown + ": " + ec.message());
-    return false;
+    return failed("create", devicePath, ec.message());
 }
 
-bool HostDeviceRoot::removeItem(std::string_view devicePath, std::string* error) const {
+PortStatus HostDeviceRoot::removeItem(std::string_view devicePath) const {
     auto host = resolve(devicePath);
-    std::string shown(devicePath);
-    if (!host) {
-        setError(error, "Cannot remove " + shown + ": outside the device");
-        return false;
-    }
-    if (*host == hostRoot_) {
-        setError(error, "Cannot remove " + shown + ": " + errnoText(EPERM));
-        return false;
-    }
+    if (!host) return failed("remove", devicePath, kOutside);
+    if (*host == hostRoot_) return failed("remove", devicePath, errnoText(EPERM));
     std::error_code ec;
     // symlink_status: a link is removed itself, never what it points to.
-    if (!fs::exists(fs::symlink_status(*host, ec))) {
-        setError(error, "Cannot remove " + shown + ": " + errnoText(ENOENT));
-        return false;
-    }
+    if (!fs::exists(fs::symlink_status(*host, ec)))
+        return failed("remove", devicePath, errnoText(ENOENT));
     fs::remove_all(*host, ec);
-    if (ec) {
-        setError(error, "Cannot remove " + shown + ": " + ec.message());
-        return false;
-    }
-    return true;
+    if (ec) return failed("remove", devicePath, ec.message());
+    return portSuccess();
 }
 
-bool HostDeviceRoot::appendFile(std::string_view devicePath, const Bytes& bytes) const {
+PortStatus HostDeviceRoot::appendFile(std::string_view devicePath, const Bytes& bytes) const {
     auto host = resolve(devicePath);
-    if (!host || !host->has_filename()) return false;
+    if (!host) return failed("append to", devicePath, kOutside);
+    if (!host->has_filename()) return failed("append to", devicePath, "not a file name");
     int fd = ::open(host->c_str(), O_WRONLY | O_CREAT | O_APPEND | O_NONBLOCK | O_CLOEXEC, 0644);
-    if (fd < 0) return false;
+    if (fd < 0) return failed("append to", devicePath, errnoText(errno));
     struct stat info {};
-    bool ok = ::fstat(fd, &info) == 0 && S_ISREG(info.st_mode) && writeAll(fd, bytes);
-    return ::close(fd) == 0 && ok;
+    if (::fstat(fd, &info) != 0 || !S_ISREG(info.st_mode)) {
+        ::close(fd);
+        return failed("append to", devicePath, "not a regular file");
+    }
+    bool ok = writeAll(fd, bytes);
+    int error = ok ? 0 : errno;
+    if (::close(fd) != 0 && ok) {
+        ok = false;
+        error = errno;
+    }
+    if (!ok) return failed("append to", devicePath, errnoText(error));
+    return portSuccess();
 }
 
-bool HostDeviceRoot::moveItem(std::string_view from, std::string_view to,
-                              std::string* error) const {
+PortStatus HostDeviceRoot::moveItem(std::string_view from, std::string_view to) const {
     const auto source = resolve(from);
     const auto target = resolve(to);
-    const std::string shown = "Cannot move " + std::string(from) + " to " + std::string(to);
-    if (!source || !target) {
-        setError(error, shown + ": outside the device");
-        return false;
-    }
+    const std::string verb = "move " + std::string(from) + " to";
+    if (!source || !target) return failed(verb, to, kOutside);
     // renameat2 with RENAME_NOREPLACE is not everywhere; a link-then-unlink would not move
     // folders. Racing writers of the destination are not a concern of this process.
     struct stat info {};
-    if (::lstat(target->c_str(), &info) == 0) {
-        setError(error, shown + ": " + errnoText(EEXIST));
-        return false;
-    }
-    if (std::rename(source->c_str(), target->c_str()) != 0) {
-        setError(error, shown + ": " + errnoText(errno));
-        return false;
-    }
-    return true;
+    if (::lstat(target->c_str(), &info) == 0) return failed(verb, to, errnoText(EEXIST));
+    if (std::rename(source->c_str(), target->c_str()) != 0)
+        return failed(verb, to, errnoText(errno));
+    return portSuccess();
 }
 
 std::optional<fs::path> HostDeviceRoot::hostFolderHolding(std::string_view) const {

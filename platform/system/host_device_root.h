@@ -18,16 +18,15 @@ class HostDeviceRoot final : public DeviceRoot {
     // The host path of a device path, or nullopt when it would escape the root.
     std::optional<std::filesystem::path> resolve(std::string_view devicePath) const;
 
-    std::optional<FileStatus> status(std::string_view devicePath) const override;
-    std::optional<Bytes> readFile(std::string_view devicePath,
-                                  std::uint64_t limit = kReadLimit) const override;
-    bool writeFile(std::string_view devicePath, const Bytes& bytes, bool atomically) const override;
-    bool appendFile(std::string_view devicePath, const Bytes& bytes) const override;
-    bool createDirectory(std::string_view devicePath, bool withIntermediates,
-                         std::string* error = nullptr) const override;
-    bool removeItem(std::string_view devicePath, std::string* error = nullptr) const override;
-    bool moveItem(std::string_view from, std::string_view to,
-                  std::string* error = nullptr) const override;
+    PortResult<FileStatus> status(std::string_view devicePath) const override;
+    PortResult<Bytes> readFile(std::string_view devicePath,
+                               std::uint64_t limit = kReadLimit) const override;
+    PortStatus writeFile(std::string_view devicePath, const Bytes& bytes,
+                         bool atomically) const override;
+    PortStatus appendFile(std::string_view devicePath, const Bytes& bytes) const override;
+    PortStatus createDirectory(std::string_view devicePath, bool withIntermediates) const override;
+    PortStatus removeItem(std::string_view devicePath) const override;
+    PortStatus moveItem(std::string_view from, std::string_view to) const override;
     std::vector<std::string> contentsOfDirectory(std::string_view devicePath) const override;
     std::optional<std::filesystem::path> hostFolderHolding(
         std::string_view deviceFolder) const override;

@@ -71,8 +71,17 @@ Node* parentFolder(Node& top, const Parts& parts) {
     return parent && parent->folder ? parent : nullptr;
 }
 
-void setError(std::string* error, std::string_view verb, std::string_view path, int code) {
-    if (error) *error = std::string(verb) + " " + std::string(path) + ": " + std::strerror(code);
+PortStatus failed(std::string_view verb, std::string_view path, const std::string& why) {
+    return portFailure("Cannot " + std::string(verb) + " " + std::string(path) + ": " + why);
+}
+
+PortStatus failed(std::string_view verb, std::string_view path, int code) {
+    return failed(verb, path, std::string(std::strerror(code)));
+}
+
+template <class T>
+PortResult<T> failedWith(const PortStatus& failure) {
+    return PortResult<T>::failure(failure.error());
 }
 
 std::string joined(const Parts& parts) {
@@ -118,63 +127,67 @@ std::string MemoryDeviceRoot::describe() const {
     return "device in memory #" + std::to_string(number_);
 }
 
-std::optional<FileStatus> MemoryDeviceRoot::status(std::string_view devicePath) const {
+PortResult<FileStatus> MemoryDeviceRoot::status(std::string_view devicePath) const {
     observe(devicePath);
     const Parts parts = devicePathComponents(devicePath);
     std::lock_guard lock(mutex_);
     const Node* node = find(*top_, parts);
-    if (!node) return std::nullopt;
+    if (!node) return failedWith<FileStatus>(failed("look at", devicePath, ENOENT));
     return FileStatus{node->folder ? FileKind::Folder : FileKind::File, node->version};
 }
 
-std::optional<Bytes> MemoryDeviceRoot::readFile(std::string_view devicePath,
-                                                std::uint64_t limit) const {
+PortResult<Bytes> MemoryDeviceRoot::readFile(std::string_view devicePath,
+                                             std::uint64_t limit) const {
     observe(devicePath);
     const Parts parts = devicePathComponents(devicePath);
     std::shared_ptr<const Bytes> data;
     {
         std::lock_guard lock(mutex_);
         const Node* node = find(*top_, parts);
-        if (!node || node->folder) return std::nullopt;
+        if (!node) return failedWith<Bytes>(failed("read", devicePath, ENOENT));
+        if (node->folder)
+            return failedWith<Bytes>(failed("read", devicePath, "not a regular file"));
         data = node->data;
     }
-    if (data->size() > limit) return std::nullopt;
+    if (data->size() > limit)
+        return failedWith<Bytes>(
+            failed("read", devicePath, "larger than " + std::to_string(limit) + " bytes"));
     return *data;
 }
 
-bool MemoryDeviceRoot::writeFile(std::string_view devicePath, const Bytes& bytes,
-                                 bool atomically) const {
+PortStatus MemoryDeviceRoot::writeFile(std::string_view devicePath, const Bytes& bytes,
+                                       bool atomically) const {
     observe(devicePath);
     const Parts parts = devicePathComponents(devicePath);
     Bytes contents = bytes;
     std::lock_guard lock(mutex_);
     Node* parent = parentFolder(*top_, parts);
-    if (!parent) return false;
+    if (!parent) return failed("write", devicePath, ENOENT);
     auto& slot = parent->children[std::string(parts.back())];
-    if (slot && slot->folder) return false;
+    if (slot && slot->folder) return failed("write", devicePath, "not a regular file");
     // Atomically, a new file replaces the old one; in place, the file stays itself.
     if (!slot || atomically) slot = newNode(false);
     setContents(*slot, std::move(contents));
-    return true;
+    return portSuccess();
 }
 
-bool MemoryDeviceRoot::appendFile(std::string_view devicePath, const Bytes& bytes) const {
+PortStatus MemoryDeviceRoot::appendFile(std::string_view devicePath, const Bytes& bytes) const {
     observe(devicePath);
     const Parts parts = devicePathComponents(devicePath);
     std::lock_guard lock(mutex_);
     Node* parent = parentFolder(*top_, parts);
-    if (!parent) return false;
+    if (!parent) return failed("append to", devicePath, ENOENT);
     auto& slot = parent->children[std::string(parts.back())];
     if (!slot) slot = newNode(false);
-    if (slot->folder) return false;
+    if (slot->folder) return failed("append to", devicePath, "not a regular file");
     Bytes contents = *slot->data;
     contents.insert(contents.end(), bytes.begin(), bytes.end());
     setContents(*slot, std::move(contents));
-    return true;
+    return portSuccess();
 }
 
-bool MemoryDeviceRoot::createDirectory(std::string_view devicePath, bool withIntermediates,
-                                       std::string* error) const {
+PortStatus MemoryDeviceRoot::createDirectory(std::string_view devicePath,
+                                             bool withIntermediates) const {
     observe(devicePath);
     const Parts parts = devicePathComponents(devicePath);
     std::lock_guard lock(mutex_);
@@ -184,74 +197,64 @@ bool MemoryDeviceRoot::createDirectory(std::string_view devicePath, bool withInt
         Node* next = child(*at, parts[i]);
         if (!next) {
             if (!last && !withIntermediates) {
-                setError(error, "Cannot create", devicePath, ENOENT);
-                return false;
+                return failed("create", devicePath, ENOENT);
             }
             next = at->children.emplace(std::string(parts[i]), newNode(true)).first->second.get();
         } else if (!next->folder) {
-            setError(error, "Cannot create", devicePath, last ? EEXIST : ENOTDIR);
-            return false;
+            return failed("create", devicePath, last ? EEXIST : ENOTDIR);
         } else if (last && !withIntermediates) {
-            setError(error, "Cannot create", devicePath, EEXIST);
-            return false;
+            return failed("create", devicePath, EEXIST);
         }
         at = next;
     }
     // An existing folder is success with intermediates, as it is for the Foundation call.
     if (parts.empty() && !withIntermediates) {
-        setError(error, "Cannot create", devicePath, EEXIST);
-        return false;
+        return failed("create", devicePath, EEXIST);
     }
-    return true;
+    return portSuccess();
 }
 
-bool MemoryDeviceRoot::removeItem(std::string_view devicePath, std::string* error) const {
+PortStatus MemoryDeviceRoot::removeItem(std::string_view devicePath) const {
     observe(devicePath);
     const Parts parts = devicePathComponents(devicePath);
     std::lock_guard lock(mutex_);
     if (parts.empty()) {
-        setError(error, "Cannot remove", devicePath, EPERM);
-        return false;
+        return failed("remove", devicePath, EPERM);
     }
     if (Node* parent = parentFolder(*top_, parts)) {
         const auto found = parent->children.find(parts.back());
         if (found != parent->children.end()) {
             parent->children.erase(found);
-            return true;
+            return portSuccess();
         }
     }
-    setError(error, "Cannot remove", devicePath, ENOENT);
-    return false;
+    return failed("remove", devicePath, ENOENT);
 }
 
-bool MemoryDeviceRoot::moveItem(std::string_view from, std::string_view to,
-                                std::string* error) const {
+PortStatus MemoryDeviceRoot::moveItem(std::string_view from, std::string_view to) const {
     observe(from);
     observe(to);
     const Parts source = devicePathComponents(from);
     const Parts target = devicePathComponents(to);
-    const std::string verb = "Cannot move " + std::string(from) + " to";
+    const std::string verb = "move " + std::string(from) + " to";
     std::lock_guard lock(mutex_);
     Node* sourceParent = parentFolder(*top_, source);
     Node* targetParent = parentFolder(*top_, target);
     if (!sourceParent || !child(*sourceParent, source.back()) || !targetParent) {
-        setError(error, verb, to, ENOENT);
-        return false;
+        return failed(verb, to, ENOENT);
     }
     if (child(*targetParent, target.back())) {
-        setError(error, verb, to, EEXIST);
-        return false;
+        return failed(verb, to, EEXIST);
     }
     // A folder cannot go inside itself.
     if (target.size() > source.size() && std::equal(source.begin(), source.end(), target.begin())) {
-        setError(error, verb, to, EINVAL);
-        return false;
+        return failed(verb, to, EINVAL);
     }
     const auto found = sourceParent->children.find(source.back());
     auto moving = std::move(found->second);
     sourceParent->children.erase(found);
     targetParent->children.emplace(std::string(target.back()), std::move(moving));
-    return true;
+    return portSuccess();
 }
 
 std::vector<std::string> MemoryDeviceRoot::contentsOfDirectory(std::string_view devicePath) const {
@@ -271,7 +274,7 @@ std::optional<fs::path> MemoryDeviceRoot::hostFolderHolding(std::string_view dev
     const std::string key = joined(parts);
     std::lock_guard lock(mutex_);
     if (exported_.empty()) {
-        std::string pattern = (fs::temp_directory_path() / "velto-device-XXXXXX").string();
+        std::string pattern = (fs::temp_directory_path() / "device-root-XXXXXX").string();
         if (!::mkdtemp(pattern.data())) return std::nullopt;
         exported_ = pattern;
     }

@@ -22,16 +22,15 @@ class MemoryDeviceRoot final : public DeviceRoot {
     MemoryDeviceRoot(const MemoryDeviceRoot&) = delete;
     MemoryDeviceRoot& operator=(const MemoryDeviceRoot&) = delete;
 
-    std::optional<FileStatus> status(std::string_view devicePath) const override;
-    std::optional<Bytes> readFile(std::string_view devicePath,
-                                  std::uint64_t limit = kReadLimit) const override;
-    bool writeFile(std::string_view devicePath, const Bytes& bytes, bool atomically) const override;
-    bool appendFile(std::string_view devicePath, const Bytes& bytes) const override;
-    bool createDirectory(std::string_view devicePath, bool withIntermediates,
-                         std::string* error = nullptr) const override;
-    bool removeItem(std::string_view devicePath, std::string* error = nullptr) const override;
-    bool moveItem(std::string_view from, std::string_view to,
-                  std::string* error = nullptr) const override;
+    PortResult<FileStatus> status(std::string_view devicePath) const override;
+    PortResult<Bytes> readFile(std::string_view devicePath,
+                               std::uint64_t limit = kReadLimit) const override;
+    PortStatus writeFile(std::string_view devicePath, const Bytes& bytes,
+                         bool atomically) const override;
+    PortStatus appendFile(std::string_view devicePath, const Bytes& bytes) const override;
+    PortStatus createDirectory(std::string_view devicePath, bool withIntermediates) const override;
+    PortStatus removeItem(std::string_view devicePath) const override;
+    PortStatus moveItem(std::string_view from, std::string_view to) const override;
     std::vector<std::string> contentsOfDirectory(std::string_view devicePath) const override;
     // Written out to a private temporary folder on first use, and again whenever the folder
     // asked for has changed since; the folder goes when the device does.

@@ -34,7 +34,7 @@ void setAsideUnreadable(const DeviceRoot& root, std::string_view devicePath) {
     std::string aside = std::string(devicePath) + ".unreadable-" + stamp;
     for (int n = 1; root.status(aside); ++n)
         aside = std::string(devicePath) + ".unreadable-" + stamp + "-" + std::to_string(n);
-    const bool moved = root.moveItem(devicePath, aside);
+    const bool moved = root.moveItem(devicePath, aside).has_value();
     const std::string line = std::string(moved ? "Moved" : "Could not move") +
                              " the unreadable property list " + std::string(devicePath) +
                              " aside to " + aside;
@@ -78,7 +78,7 @@ bool writePropertyListToFile(const Value& value, std::string_view devicePath, bo
 bool writeDataToFile(const DeviceRoot& root, const Bytes& bytes, std::string_view devicePath,
                      bool atomically) {
     if (devicePath.ends_with(".plist")) setAsideUnreadable(root, devicePath);
-    return root.writeFile(devicePath, bytes, atomically);
+    return root.writeFile(devicePath, bytes, atomically).has_value();
 }
 
 bool writeDataToFile(const Bytes& bytes, std::string_view devicePath, bool atomically) {

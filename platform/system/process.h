@@ -7,6 +7,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <type_traits>
 
 #include "platform/system/darwin_notify_center.h"
 #include "platform/system/device_facts.h"
@@ -17,6 +18,7 @@
 #include "platform/system/message_center.h"
 #include "platform/system/notification_center.h"
 #include "platform/system/shell.h"
+#include "platform/system/slot_key.h"
 
 namespace plat {
 
@@ -26,23 +28,24 @@ class ProcessSlots {
   public:
     // The slot's current object (nullptr while empty).
     template <class T>
-    std::shared_ptr<T> get(const std::string& name) const {
+    std::shared_ptr<T> get(const SlotKey<T>& key) const {
         std::lock_guard lock(mutex_);
-        auto it = slots_.find(name);
+        auto it = slots_.find(key.name);
         return it == slots_.end() ? nullptr : std::any_cast<std::shared_ptr<T>>(it->second);
     }
     template <class T>
-    void set(const std::string& name, std::shared_ptr<T> object) {
+    void set(const SlotKey<T>& key, std::type_identity_t<std::shared_ptr<T>> object) {
         std::lock_guard lock(mutex_);
-        slots_[name] = std::move(object);
+        slots_[key.name] = std::move(object);
     }
     // The slot's object, made by `make` when the slot is empty. Safe from any thread: the
     // shared-settings object is first reached from notification delivery threads too.
     template <class T>
-    std::shared_ptr<T> getOrMake(const std::string& name,
-                                 const std::function<std::shared_ptr<T>()>& make) {
+    std::shared_ptr<T> getOrMake(
+        const SlotKey<T>& key,
+        const std::type_identity_t<std::function<std::shared_ptr<T>()>>& make) {
         std::lock_guard lock(mutex_);
-        auto& slot = slots_[name];
+        auto& slot = slots_[key.name];
         if (!slot.has_value() || !std::any_cast<std::shared_ptr<T>>(slot)) slot = make();
         return std::any_cast<std::shared_ptr<T>>(slot);
     }

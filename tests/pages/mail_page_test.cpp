@@ -135,7 +135,7 @@ class MailPageTest : public ::testing::Test {
     std::shared_ptr<plat::ViewController> fillPopoverSlot() {
         auto shown = std::make_shared<plat::ViewController>();
         host->presentViewController(shown, false, nullptr);
-        device.process().slots().set<plat::ViewController>(Mail::kPopoverSlot, shown);
+        device.process().slots().set(Mail::kPopoverSlot, shown);
         return shown;
     }
 

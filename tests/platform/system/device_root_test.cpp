@@ -59,15 +59,16 @@ TEST_P(DevicePortTest, FilesKeepOrChangeTheirIdentityAsWrittenAndVersionsFollowE
 }
 
 TEST_P(DevicePortTest, FoldersAreMadeListedMovedAndRemovedWithReasons) {
-    std::string error;
-    EXPECT_FALSE(root.createDirectory("/tree/deep", false, &error));
-    EXPECT_NE(error.find("/tree/deep"), std::string::npos) << error;
+    const auto refused = root.createDirectory("/tree/deep", false);
+    EXPECT_FALSE(refused);
+    EXPECT_NE(refused.error().find("/tree/deep"), std::string::npos) << refused.error();
     EXPECT_TRUE(root.createDirectory("/tree/deep", true));
     EXPECT_TRUE(root.createDirectory("/tree/deep", true));  // existing is fine with intermediates
     EXPECT_FALSE(root.createDirectory("/tree/deep", false));
     bool isDirectory = false;
     EXPECT_TRUE(root.fileExists("/tree/deep", &isDirectory) && isDirectory);
-    EXPECT_FALSE(root.readFile("/tree/deep"));  // a folder is neither read nor written
+    // A folder is neither read nor written, and the read says why.
+    EXPECT_NE(root.readFile("/tree/deep").error().find("not a regular file"), std::string::npos);
     EXPECT_FALSE(root.writeFile("/tree/deep", bytesOf("x"), true));
     EXPECT_FALSE(root.appendFile("/tree/deep", bytesOf("x")));
     ASSERT_TRUE(root.writeFile("/tree/deep/file", bytesOf("x"), true));
@@ -77,16 +78,19 @@ TEST_P(DevicePortTest, FoldersAreMadeListedMovedAndRemovedWithReasons) {
     EXPECT_TRUE(root.contentsOfDirectory("/.hidden").empty());
 
     // A move never replaces what is there, and takes a folder whole.
-    EXPECT_FALSE(root.moveItem("/.hidden", "/tree/deep/file", &error));
-    EXPECT_NE(error.find("/tree/deep/file"), std::string::npos) << error;
+    const auto kept = root.moveItem("/.hidden", "/tree/deep/file");
+    EXPECT_FALSE(kept);
+    EXPECT_NE(kept.error().find("/tree/deep/file"), std::string::npos) << kept.error();
     EXPECT_FALSE(root.moveItem("/nothing", "/else"));
-    EXPECT_TRUE(root.moveItem("/tree", "/moved", &error)) << error;
+    const auto moved = root.moveItem("/tree", "/moved");
+    EXPECT_TRUE(moved) << moved.error();
     EXPECT_EQ(root.readFile("/moved/deep/file"), bytesOf("x"));
     EXPECT_FALSE(root.fileExists("/tree"));
 
-    EXPECT_TRUE(root.removeItem("/moved", &error)) << error;
-    EXPECT_FALSE(root.removeItem("/moved", &error));
-    EXPECT_NE(error.find("/moved"), std::string::npos) << error;
+    EXPECT_TRUE(root.removeItem("/moved"));
+    const auto gone = root.removeItem("/moved");
+    EXPECT_FALSE(gone);
+    EXPECT_NE(gone.error().find("/moved"), std::string::npos) << gone.error();
     EXPECT_FALSE(root.removeItem("/"));
     EXPECT_EQ(root.contentsOfDirectory("/"), std::vector<std::string>{".hidden"});
 }
