@@ -47,6 +47,11 @@ struct FailedAnswer {
     plat::Value info;
 };
 
+// Printed by its name, where GoogleTest would dump the bytes.
+void PrintTo(const FailedAnswer& answer, std::ostream* out) {
+    *out << answer.name;
+}
+
 class FailedProductAnswerTest : public ::testing::TestWithParam<FailedAnswer> {};
 
 TEST_P(FailedProductAnswerTest, AsksAgainOnEveryCall) {

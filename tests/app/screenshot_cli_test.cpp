@@ -29,6 +29,11 @@ struct DeviceCase {
     std::pair<int, int> pixels;
 };
 
+// Printed by its name, where GoogleTest would dump the bytes.
+void PrintTo(const DeviceCase& device, std::ostream* out) {
+    *out << device.family << " " << device.version << " @" << device.scale << "x";
+}
+
 class ScreenshotCliTest : public ::testing::TestWithParam<DeviceCase> {};
 
 TEST_P(ScreenshotCliTest, StepAndFolderWritePicturesOfTheDevicesSize) {

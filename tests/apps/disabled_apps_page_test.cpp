@@ -124,6 +124,11 @@ struct Broken {
     Value reply;
 };
 
+// Printed by its name, where GoogleTest would dump the bytes.
+void PrintTo(const Broken& broken, std::ostream* out) {
+    *out << broken.name;
+}
+
 class BrokenReplyTest : public DisabledAppsPageTest,
                         public ::testing::WithParamInterface<Broken> {};
 

@@ -20,6 +20,11 @@ struct SwitchPage {
     const char* setter;
 };
 
+// Printed by its name, where GoogleTest would dump the bytes.
+void PrintTo(const SwitchPage& page, std::ostream* out) {
+    *out << page.className;
+}
+
 class LockScreenNCTest : public ::testing::TestWithParam<SwitchPage> {
   protected:
     std::shared_ptr<velto::EnableSwitchPage> page() {

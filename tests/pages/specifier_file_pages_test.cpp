@@ -19,6 +19,11 @@ struct FilePage {
     bool keepsWhatsAppFile;
 };
 
+// Printed by its name, where GoogleTest would dump the bytes.
+void PrintTo(const FilePage& page, std::ostream* out) {
+    *out << page.className;
+}
+
 class SpecifierFilePagesTest : public ::testing::TestWithParam<FilePage> {
   protected:
     testsupport::BundleDevice device;

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include <cairo.h>
 
 #include <numbers>
@@ -156,7 +158,12 @@ TEST_P(SwitchTest, KnobSitsOnTheValueSideAndTheTrackTakesTheCellsTint) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Versions, SwitchTest, ::testing::Values("12.4", "14.4"));
+INSTANTIATE_TEST_SUITE_P(Versions, SwitchTest, ::testing::Values("12.4", "14.4"),
+                         [](const auto& info) {
+                             std::string name = "iOS" + std::string(info.param);
+                             std::replace(name.begin(), name.end(), '.', '_');
+                             return name;
+                         });
 
 TEST_F(ScreenshotTest, IconsKeepTheirOwnAlpha) {
     group("Pictures");

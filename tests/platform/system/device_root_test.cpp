@@ -25,6 +25,11 @@ struct Kind {
     std::function<std::shared_ptr<DeviceRoot>(const fs::path& folder)> make;
 };
 
+// Printed by its name, where GoogleTest would dump the bytes.
+void PrintTo(const Kind& kind, std::ostream* out) {
+    *out << kind.name;
+}
+
 class DevicePortTest : public ::testing::TestWithParam<Kind> {
   protected:
     testsupport::TestDevice host;

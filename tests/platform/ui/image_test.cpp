@@ -84,7 +84,8 @@ TEST_P(ExifOrientation, DecodesUpright) {
             << x << ", " << y << ": " << std::hex << photo->pixel(x, y);
 }
 
-INSTANTIATE_TEST_SUITE_P(Image, ExifOrientation, ::testing::Values(0, 1, 3, 6, 8));
+INSTANTIATE_TEST_SUITE_P(Image, ExifOrientation, ::testing::Values(0, 1, 3, 6, 8),
+                         [](const auto& info) { return "tag" + std::to_string(info.param); });
 
 // The PNG's colour type (byte 25, in IHDR): 6 with an alpha channel, 2 without.
 int pngColourType(const plat::ImagePtr& image) {
