@@ -8,6 +8,7 @@
 
 #include "pages/messages_app_settings_controller.h"
 #include "platform/prefs/runtime.h"
+#include "platform/ui/image.h"
 #include "tests/support/bundle_device.h"
 
 using plat::Value;
@@ -88,6 +89,56 @@ TEST_F(MessagesPageTest, BothFilesOfANameShareOneFolderAndGoFromThereFirst) {
                                  "Removing Image to messages directory '" + copy + "' too...",
                                  "Removed '" + copy + "'"}));
     EXPECT_FALSE(device.exists(kCache + "/N.png") || device.exists(copy));
+}
+
+TEST_F(MessagesPageTest, APictureIsSavedThroughTheBaseFirstThenCopiedToMessages) {
+    device.writeSettings({{"VeltoEnabledMessages", true}});
+    open();
+    const auto picture = plat::Image::blank(40, 20, 1);
+    const auto saved = [](const std::string& path) {
+        return "Saved the default contact picture at '" + path + "'";
+    };
+    const std::string image = kCache + "/" + Messages::kDefaultImageName;
+    const std::string thumbnail = kCache + "/" + Messages::kDefaultThumbnailName;
+
+    // Without a Messages container the copy is announced with a nil folder and not made.
+    auto at = device.journal().size();
+    page->saveDefaultContactImage(picture);
+    EXPECT_EQ(logSince(at), (Ids{saved(image), saved(thumbnail),
+                                 "Saving Default Image to messages directory '(null)' too..."}));
+
+    const std::string container = "/var/mobile/Containers/Data/Application/SMS";
+    device.writePlist(container + "/.com.apple.mobile_container_manager.metadata.plist",
+                      Value::dictionary({{"MCMMetadataIdentifier", "com.apple.MobileSMS"}}));
+    const std::string copies = container + "/Library/Preferences/Velto";
+    at = device.journal().size();
+    page->saveDefaultContactImage(picture);
+    EXPECT_EQ(logSince(at),
+              (Ids{saved(image), saved(thumbnail),
+                   "Saving Default Image to messages directory '" + copies + "' too...",
+                   saved(copies + "/" + Messages::kDefaultImageName),
+                   saved(copies + "/" + Messages::kDefaultThumbnailName)}));
+}
+
+TEST_F(MessagesPageTest, PictureIconsFollowTheRoundedOption) {
+    for (const bool round : {true, false}) {
+        device.writeSettings(
+            {{"VeltoEnabledMessages", true}, {"VeltoEnabledRoundedPictures", round}});
+        open();
+        std::size_t pictures = 0;
+        for (const auto& row : *page->specifiers()) {
+            if (row->identifier() != "Default Avatar" &&
+                row->identifier() != "Default Group Avatar")
+                continue;
+            ++pictures;
+            const auto icon = row->propertyForKey("iconImage").as<plat::Image>();
+            ASSERT_TRUE(icon) << row->identifier().value_or("");
+            // A round cut leaves the corner transparent; a square one keeps it opaque.
+            EXPECT_EQ(icon->pixel(0, 0) >> 24, round ? 0u : 0xffu)
+                << row->identifier().value_or("");
+        }
+        EXPECT_EQ(pictures, 2u);
+    }
 }
 
 }  // namespace
