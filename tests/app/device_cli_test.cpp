@@ -217,5 +217,31 @@ TEST(PlutilCli, LintNamesTheBadFileAndConvertRoundTrips) {
     EXPECT_EQ(std::string(std::istreambuf_iterator<char>(back), {}), original.out);
 }
 
+TEST(PlutilCli, PrintShowsAListForPeopleAndJsonTakesOnlyWhatJsonCanHold) {
+    ScratchFolder scratch;
+    const std::string list = scratch / "list.plist";
+    std::ofstream(list) << "<?xml version=\"1.0\"?><plist version=\"1.0\"><dict>"
+                        << "<key>b</key><array><true/><integer>7</integer></array>"
+                        << "<key>a</key><string>say \"hi\"</string></dict></plist>";
+    const auto printed = runProgram({"plutil", "-p", list});
+    EXPECT_EQ(printed.status, 0) << printed.err;
+    EXPECT_EQ(
+        printed.out,
+        "{\n  \"a\" => \"say \\\"hi\\\"\"\n  \"b\" => [\n    0 => true\n    1 => 7\n  ]\n}\n");
+
+    const auto converted = runProgram({"plutil", "-convert", "json", list, "-o", "-"});
+    EXPECT_EQ(converted.status, 0) << converted.err;
+    EXPECT_EQ(json::parse(converted.out), json({{"a", "say \"hi\""}, {"b", {true, 7}}}));
+
+    const std::string dated = scratch / "dated.plist";
+    std::ofstream(dated) << "<plist version=\"1.0\"><dict><key>d</key>"
+                         << "<date>2020-01-01T00:00:00Z</date></dict></plist>";
+    const auto refused = runProgram({"plutil", "-convert", "json", dated});
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_NE(refused.out.find("a date, which JSON cannot hold"), std::string::npos) << refused.out;
+    EXPECT_EQ(runProgram({"plutil", "-p", dated}).out,
+              "{\n  \"d\" => 2020-01-01 00:00:00 +0000\n}\n");
+}
+
 }  // namespace
 }  // namespace apptest
