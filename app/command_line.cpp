@@ -14,20 +14,25 @@
 #include "app/commands/device_init_command.h"
 #include "app/commands/device_location.h"
 #include "app/commands/plutil_command.h"
+#include "app/exit_status.h"
 #include "app/render/human_renderer.h"
 #include "app/render/json_output.h"
 #include "app/render/json_renderer.h"
 #include "app/session/batch_run.h"
 #include "app/session/interactive.h"
 #include "app/session/session.h"
+#include "app/session/spelling.h"
 #include "app/session/step.h"
 #include "app/session/step_runner.h"
 
 namespace velto::app {
 
-namespace {
+// check keeps statuses of its own; they must mean what the program's mean.
+static_assert(kCheckClean == kExitOk && kCheckFound == kExitFailed &&
+              kCheckBadArguments == kExitUsage);
 
-struct Options {
+// What the command line asked for.
+struct CommandLineOptions {
     std::optional<std::string> device;
     bool json = false;
     std::vector<std::string> steps;
@@ -40,9 +45,14 @@ struct Options {
     CheckRequest check;
     std::optional<long> watchRedraws;
     std::optional<double> watchTimeout;
+    std::string colour = "auto";
 };
 
-int trouble(bool json, const std::string& message, int status = kExitTrouble) {
+namespace {
+
+using Options = CommandLineOptions;
+
+int trouble(bool json, const std::string& message, int status = kExitFailed) {
     if (json)
         std::cerr << jsonText(errorLine(message)) << "\n";
     else
@@ -50,10 +60,43 @@ int trouble(bool json, const std::string& message, int status = kExitTrouble) {
     return status;
 }
 
-std::unique_ptr<Renderer> makeRenderer(bool json) {
-    if (json) return std::make_unique<JsonRenderer>(std::cout, std::cerr);
-    return std::make_unique<HumanRenderer>(std::cout, std::cerr, colourFor(STDOUT_FILENO),
-                                           colourFor(STDERR_FILENO));
+// --color: "always" and "never" say it outright; "auto" colours a terminal that wants it.
+bool colourOn(const Options& options, int fd) {
+    if (options.colour == "auto") return colourFor(fd);
+    return options.colour == "always";
+}
+
+std::unique_ptr<Renderer> makeRenderer(const Options& options) {
+    if (options.json) return std::make_unique<JsonRenderer>(std::cout, std::cerr);
+    return std::make_unique<HumanRenderer>(std::cout, std::cerr, colourOn(options, STDOUT_FILENO),
+                                           colourOn(options, STDERR_FILENO));
+}
+
+// The file of `run FILE`, opened; a usage error names what is wrong with the path.
+std::optional<std::string> openSteps(const std::string& path, std::ifstream& file) {
+    std::error_code error;
+    const auto status = std::filesystem::status(path, error);
+    if (!std::filesystem::exists(status)) return "no steps file " + path;
+    if (std::filesystem::is_directory(status))
+        return path + " is a folder; run takes a file of steps, one per line";
+    file.open(path);
+    if (!file) return "cannot read the steps file " + path;
+    return std::nullopt;
+}
+
+// The folder --screenshots names, made when missing; its parent must exist, so that a slip in
+// the path is reported instead of building a tree of folders nobody asked for.
+std::optional<std::string> prepareScreenshotFolder(const std::filesystem::path& folder) {
+    std::error_code error;
+    if (std::filesystem::is_directory(folder, error)) return std::nullopt;
+    if (std::filesystem::exists(folder, error)) return folder.string() + " is not a folder";
+    const std::filesystem::path parent =
+        folder.parent_path().empty() ? std::filesystem::path(".") : folder.parent_path();
+    if (!std::filesystem::is_directory(parent, error))
+        return "cannot make " + folder.string() + ": there is no folder " + parent.string();
+    if (!std::filesystem::create_directory(folder, error) || error)
+        return "cannot make " + folder.string() + ": " + error.message();
+    return std::nullopt;
 }
 
 // Standard input, when its end may end a watch: a terminal (Ctrl-D) or a pipe, unless the steps
@@ -84,10 +127,9 @@ int runSession(const Options& options, bool fromFile, bool watch) {
     std::filesystem::path device;
     std::ifstream file;
     try {
-        if (fromFile && options.runFile != "-") {
-            file.open(options.runFile);
-            if (!file) return trouble(options.json, "cannot read " + options.runFile);
-        }
+        if (fromFile && options.runFile != "-")
+            if (const auto wrong = openSteps(options.runFile, file))
+                return trouble(options.json, *wrong, kExitUsage);
         device = prepareDevice(options.device);
     } catch (const NotADevice& e) {
         return trouble(options.json, e.what(), kExitNotADevice);
@@ -95,7 +137,7 @@ int runSession(const Options& options, bool fromFile, bool watch) {
         return trouble(options.json, e.what());
     }
 
-    auto renderer = makeRenderer(options.json);
+    auto renderer = makeRenderer(options);
     std::unique_ptr<Session> session;
     try {
         session = std::make_unique<Session>(device);
@@ -105,9 +147,8 @@ int runSession(const Options& options, bool fromFile, bool watch) {
     }
     StepRunner runner(*session, *renderer);
     if (!options.screenshots.empty()) {
-        std::error_code error;
-        std::filesystem::create_directories(options.screenshots, error);
-        if (error) return trouble(options.json, "cannot make " + options.screenshots);
+        if (const auto wrong = prepareScreenshotFolder(options.screenshots))
+            return trouble(options.json, *wrong, kExitUsage);
         runner.setScreenshotFolder(options.screenshots);
     }
     WatchPlaces places;
@@ -123,11 +164,15 @@ int runSession(const Options& options, bool fromFile, bool watch) {
         return runArgumentSteps(runner, *renderer, steps);
     }
 
-    if (fromFile) return runStepStream(runner, *renderer, options.runFile == "-" ? std::cin : file);
+    if (fromFile) {
+        if (options.runFile == "-") return runStepStream(runner, *renderer, std::cin);
+        return runStepStream(runner, *renderer, file,
+                             std::filesystem::absolute(options.runFile).parent_path());
+    }
     if (!options.steps.empty()) return runArgumentSteps(runner, *renderer, options.steps);
     if (::isatty(STDIN_FILENO))
         return runInteractive(*session, runner, *renderer, !options.json,
-                              !options.json && colourFor(STDOUT_FILENO));
+                              !options.json && colourOn(options, STDOUT_FILENO));
     return runner.run(showStep()) == StepRunner::Outcome::Failed ? kExitStepFailed : kExitOk;
 }
 
@@ -151,20 +196,29 @@ int runDefaults(const Options& options, CLI::App& defaults) {
     if (name == "import") return defaultsImport(device, options.domain, options.file, io);
     // write takes its arguments unparsed: "-bool" is a type, not an option of ours.
     std::vector<std::string> arguments = command.remaining();
-    if (arguments.empty()) return trouble(options.json, "defaults write needs a DOMAIN");
+    if (arguments.empty())
+        return trouble(options.json, "defaults write needs a DOMAIN", kExitUsage);
     const std::string domain = arguments.front();
     arguments.erase(arguments.begin());
     return defaultsWrite(device, domain, arguments, io);
 }
 
-// A first argument that is one word and no step was meant as a subcommand.
+// A first argument that is one word and no step was meant as a subcommand, or as a step that
+// takes no argument.
 std::optional<std::string> unknownSubcommand(CLI::App& app, const std::vector<std::string>& steps) {
     if (steps.empty() || steps.front().find_first_of(" \t") != std::string::npos ||
         steps.front().empty() || steps.front().starts_with('#') || isStepWord(steps.front()))
         return std::nullopt;
     std::string names;
-    for (const CLI::App* command : app.get_subcommands([](CLI::App*) { return true; }))
+    std::vector<std::string> words;
+    for (const CLI::App* command : app.get_subcommands([](CLI::App*) { return true; })) {
         names += (names.empty() ? "" : ", ") + command->get_name();
+        words.push_back(command->get_name());
+    }
+    for (const auto& [word, takesArgument] : stepWords())
+        words.push_back(word);
+    const std::string guess = didYouMean(steps.front(), words);
+    if (!guess.empty()) return "unknown subcommand '" + steps.front() + "'" + guess;
     return "unknown subcommand '" + steps.front() + "' (subcommands: " + names +
            "; steps: velto-settings help)";
 }
@@ -223,8 +277,9 @@ CLI::App* declareDefaults(CLI::App& app, Options& options) {
 CLI::App* declarePlutil(CLI::App& app) {
     CLI::App* plutil = app.add_subcommand("plutil", "check and convert property list files");
     plutil->footer(
-        "plutil -lint FILE...                          say whether each is a property list\n"
-        "plutil -convert xml1|binary1 FILE... [-o OUT]  rewrite in place, or into OUT\n"
+        "plutil -lint FILE...                               say whether each is a property list\n"
+        "plutil -p FILE...                                  print each for people\n"
+        "plutil -convert xml1|binary1|json FILE... [-o OUT]  rewrite in place, or into OUT\n"
         "FILE and OUT may be '-' for standard input and output. Exit status 1 when a file\n"
         "fails.");
     plutil->prefix_command();
@@ -249,54 +304,90 @@ CLI::App* declareWatch(CLI::App& app, Options& options) {
 
 }  // namespace
 
-int runCommandLine(int argc, char** argv) {
-    Options options;
+// The parsed options and the subcommands the run looks at, beside the description they fill.
+struct CommandLine::Parts {
+    CommandLineOptions options;
     CLI::App app{
         "velto-settings: the Settings application for the VeltoSettings bundle, on a device root.",
         "velto-settings"};
+    CLI::App* run = nullptr;
+    CLI::App* device = nullptr;
+    CLI::App* init = nullptr;
+    CLI::App* defaults = nullptr;
+    CLI::App* plutil = nullptr;
+    CLI::App* demo = nullptr;
+    CLI::App* reset = nullptr;
+    CLI::App* watch = nullptr;
+    CLI::App* check = nullptr;
+
+    int dispatch();
+};
+
+CommandLine::CommandLine() : parts_(std::make_unique<Parts>()) {
+    Options& options = parts_->options;
+    CLI::App& app = parts_->app;
     app.fallthrough();
     app.set_version_flag("--version", std::string("velto-settings ") + VELTO_VERSION);
-    app.add_option("--device", options.device, "device root folder (default: the demo device)");
+    app.add_option("--device", options.device, "device root folder (default: the demo device)")
+        ->type_name("DIR");
     app.add_flag("--json", options.json, "JSON Lines output");
     app.add_option("--screenshots", options.screenshots,
-                   "also draw every shown page into DIR as 001.png, 002.png...");
+                   "also draw every shown page into DIR as 001.png, 002.png...")
+        ->type_name("DIR");
+    app.add_option("--color", options.colour,
+                   "colour the output: auto (a terminal, unless NO_COLOR is set), always or "
+                   "never")
+        ->check(CLI::IsMember({"auto", "always", "never"}))
+        ->capture_default_str();
     app.add_option("STEP", options.steps, "steps to run, one per argument, e.g. 'open Mail'");
 
-    CLI::App* run =
+    parts_->run =
         app.add_subcommand("run", "run steps from FILE, one per line ('-': standard input)");
-    run->add_option("FILE", options.runFile)->required();
+    parts_->run->add_option("FILE", options.runFile)->required();
 
-    CLI::App* device = app.add_subcommand("device", "device roots");
-    device->require_subcommand(1);
-    CLI::App* init = device->add_subcommand("init", "create a device root");
-    declareDeviceInit(*init, options.deviceInit);
+    parts_->device = app.add_subcommand("device", "device roots");
+    parts_->device->require_subcommand(1);
+    parts_->init = parts_->device->add_subcommand("init", "create a device root");
+    declareDeviceInit(*parts_->init, options.deviceInit);
 
-    CLI::App* defaults = declareDefaults(app, options);
-    CLI::App* plutil = declarePlutil(app);
-    CLI::App* demo = app.add_subcommand("demo", "the demo device used when no --device is given");
-    demo->require_subcommand(1);
-    CLI::App* reset = demo->add_subcommand("reset", "put the demo device back to its first state");
+    parts_->defaults = declareDefaults(app, options);
+    parts_->plutil = declarePlutil(app);
+    parts_->demo = app.add_subcommand("demo", "the demo device used when no --device is given");
+    parts_->demo->require_subcommand(1);
+    parts_->reset =
+        parts_->demo->add_subcommand("reset", "put the demo device back to its first state");
 
-    CLI::App* watch = declareWatch(app, options);
-    CLI::App* check = app.add_subcommand(
+    parts_->watch = declareWatch(app, options);
+    parts_->check = app.add_subcommand(
         "check", "prove that the bundle's resources cannot crash the Settings application");
-    declareCheck(*check, options.check);
+    declareCheck(*parts_->check, options.check);
 
     // Set last: subcommands made after it would inherit the list of steps as their footer.
-    app.footer(stepHelp());
-    try {
-        app.parse(argc, argv);
-    } catch (const CLI::ParseError& e) {
-        const int status = app.exit(e);
-        if (status != 0 && check->parsed()) return kCheckBadArguments;
-        return status == 0 ? kExitOk : kExitTrouble;
-    }
+    app.footer(std::string(stepHelp()) + exitStatusHelp());
+}
 
+CommandLine::~CommandLine() = default;
+
+const CLI::App& CommandLine::description() const {
+    return parts_->app;
+}
+
+int CommandLine::run(int argc, char** argv) {
+    try {
+        parts_->app.parse(argc, argv);
+    } catch (const CLI::ParseError& e) {
+        return parts_->app.exit(e) == 0 ? kExitOk : kExitUsage;
+    }
+    return parts_->dispatch();
+}
+
+int CommandLine::Parts::dispatch() {
+    Options options = this->options;
     if (check->parsed()) {
         // The check makes its own devices; a device or steps given with it are a mistake.
         if (!options.steps.empty() || options.device) {
             trouble(options.json || options.check.json, "check takes no steps and no --device");
-            return kCheckBadArguments;
+            return kExitUsage;
         }
         if (options.json) options.check.json = true;
         return runCheck(options.check);
@@ -305,23 +396,30 @@ int runCommandLine(int argc, char** argv) {
     const bool subcommand = run->parsed() || device->parsed() || defaults->parsed() ||
                             demo->parsed() || plutil->parsed();
     if (subcommand && !options.steps.empty())
-        return trouble(options.json, "steps cannot be given together with " +
-                                         std::string(run->parsed()      ? "run"
-                                                     : device->parsed() ? "device"
-                                                     : demo->parsed()   ? "demo"
-                                                     : plutil->parsed() ? "plutil"
-                                                                        : "defaults"));
+        return trouble(
+            options.json,
+            "steps cannot be given together with " + std::string(run->parsed()      ? "run"
+                                                                 : device->parsed() ? "device"
+                                                                 : demo->parsed()   ? "demo"
+                                                                 : plutil->parsed() ? "plutil"
+                                                                                    : "defaults"),
+            kExitUsage);
     if (plutil->parsed()) return runPlutil(plutil->remaining(), options.json);
     if (reset->parsed()) {
-        if (options.device) return trouble(options.json, "demo reset takes no --device");
+        if (options.device)
+            return trouble(options.json, "demo reset takes no --device", kExitUsage);
         return runDemoReset(options.json);
     }
     if (!subcommand)
         if (auto unknown = unknownSubcommand(app, options.steps))
-            return trouble(options.json, *unknown);
+            return trouble(options.json, *unknown, kExitUsage);
     if (init->parsed()) return runDeviceInit(options.deviceInit, options.json);
     if (defaults->parsed()) return runDefaults(options, *defaults);
     return runSession(options, run->parsed(), false);
+}
+
+int runCommandLine(int argc, char** argv) {
+    return CommandLine().run(argc, argv);
 }
 
 }  // namespace velto::app

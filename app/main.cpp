@@ -2,7 +2,7 @@
 #include <iostream>
 
 #include "app/command_line.h"
-#include "app/session/batch_run.h"
+#include "app/exit_status.h"
 
 int main(int argc, char** argv) {
     // Whatever goes wrong ends with a message and a status, never with abort().
@@ -13,5 +13,5 @@ int main(int argc, char** argv) {
     } catch (...) {
         std::cerr << "velto-settings: unexpected failure\n";
     }
-    return velto::app::kExitTrouble;
+    return velto::app::kExitFailed;
 }

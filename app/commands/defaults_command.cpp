@@ -2,8 +2,8 @@
 
 #include "app/commands/defaults_values.h"
 #include "app/commands/host_files.h"
+#include "app/exit_status.h"
 #include "app/render/json_output.h"
-#include "app/session/batch_run.h"
 #include "contract/catalogue.h"
 #include "platform/foundation/plist.h"
 #include "platform/system/host_device_root.h"
@@ -38,7 +38,7 @@ int fail(DefaultsIo& io, const std::string& message) {
         io.err << jsonText(errorLine(message)) << "\n";
     else
         io.err << "defaults: " << message << "\n";
-    return kExitTrouble;
+    return kExitFailed;
 }
 
 bool writeDomain(const plat::DeviceRoot& root, const std::string& domain,

@@ -7,12 +7,13 @@
 #include <regex>
 
 #include "app/commands/device_location.h"
+#include "app/exit_status.h"
 #include "app/render/json_output.h"
-#include "app/session/batch_run.h"
 #include "device/demo_device.h"
 #include "device/device_import.h"
 #include "device/device_init.h"
 #include "device/generated_apps.h"
+#include "device/installed_app_list.h"
 #include "platform/system/host_device_root.h"
 
 namespace velto::app {
@@ -62,12 +63,12 @@ plat::DeviceFamily familyOf(const std::string& name) {
     return plat::DeviceFamily::iPhone;
 }
 
-int fail(bool json, const std::string& message) {
+int fail(bool json, const std::string& message, int status = kExitFailed) {
     if (json)
         std::cerr << jsonText(errorLine(message)) << "\n";
     else
         std::cerr << "velto-settings: device init: " << message << "\n";
-    return kExitTrouble;
+    return status;
 }
 
 }  // namespace
@@ -76,7 +77,8 @@ int runDeviceInit(const DeviceInitRequest& request, bool json) {
     device::DeviceOptions options;
     options.family = familyOf(request.family);
     if (!std::regex_match(request.systemVersion, std::regex("[0-9]+\\.[0-9]+(\\.[0-9]+)?")))
-        return fail(json, "'" + request.systemVersion + "' is not a system version (X.Y[.Z])");
+        return fail(json, "'" + request.systemVersion + "' is not a system version (X.Y[.Z])",
+                    kExitUsage);
     options.systemVersion = request.systemVersion;
     options.scale = request.scale;
     options.faceTime = !request.noFaceTime;
@@ -85,13 +87,13 @@ int runDeviceInit(const DeviceInitRequest& request, bool json) {
     for (const std::string& text : request.apps) {
         std::string error;
         auto app = device::parseAppChoice(text, &error);
-        if (!app) return fail(json, "--app " + error);
+        if (!app) return fail(json, "--app " + error, kExitUsage);
         options.apps.push_back(*app);
     }
     for (const std::string& text : request.packages) {
         std::string error;
         auto package = device::parsePackageChoice(text, &error);
-        if (!package) return fail(json, "--package " + error);
+        if (!package) return fail(json, "--package " + error, kExitUsage);
         options.packages.push_back(*package);
     }
     if (request.demo) device::addDemoContent(options);
@@ -106,27 +108,36 @@ int runDeviceInit(const DeviceInitRequest& request, bool json) {
     if (!request.force && std::filesystem::exists(folder, ec) &&
         (!std::filesystem::is_directory(folder, ec) ||
          std::filesystem::directory_iterator(folder, ec) != std::filesystem::directory_iterator()))
-        return fail(json, request.folder +
-                              " is not an empty folder; give --force to write a device into it");
+        return fail(json, isDeviceRoot(folder)
+                              ? request.folder +
+                                    " is a device root already; give --force to write a new "
+                                    "device over it"
+                              : request.folder +
+                                    " is not an empty folder and holds no device; choose a new "
+                                    "or empty folder");
 
     std::size_t imported = 0;
+    std::size_t apps = 0;
     try {
         device::initDevice(request.folder, options, resourcesFolder());
         // Over the new device, so the real one's package database and system version win.
         if (!request.from.empty())
             imported = device::importDeviceFiles(
                 plat::HostDeviceRoot(std::filesystem::canonical(request.folder)), request.from);
+        // What the device holds now, imported applications included.
+        apps =
+            device::installedApps(plat::HostDeviceRoot(std::filesystem::canonical(request.folder)))
+                .size();
     } catch (const std::exception& e) {
         return fail(json, e.what());
     }
     if (json) {
-        nlohmann::ordered_json fields{{"device", request.folder}, {"apps", options.apps.size()}};
+        nlohmann::ordered_json fields{{"device", request.folder}, {"apps", apps}};
         fields["imported"] = nullptr;
         if (!request.from.empty()) fields["imported"] = imported;
         std::cout << jsonText(recordLine("device", fields)) << "\n";
     } else {
-        std::cout << "device written to " << request.folder << " (" << options.apps.size()
-                  << " apps";
+        std::cout << "device written to " << request.folder << " (" << apps << " apps";
         if (!request.from.empty())
             std::cout << "; " << imported << " files imported from " << request.from;
         std::cout << ")\n";

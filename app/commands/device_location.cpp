@@ -68,32 +68,41 @@ void makeDemoDevice(const fs::path& folder) {
 
 namespace {
 
-// `device init` writes into a folder that holds files only when told to.
-std::string initCommand(const std::string& folder) {
+bool holds(const fs::path& folder, const char* devicePath) {
     std::error_code ec;
-    const bool empty = !fs::exists(folder, ec) || fs::is_empty(folder, ec);
-    return std::string("velto-settings device init ") + (empty ? "" : "--force ") + folder;
+    return fs::is_regular_file(folder / fs::path(devicePath).relative_path(), ec);
+}
+
+// How to make a device where the user pointed. `--force` writes over what a folder holds, so it
+// is offered only for a device root, never for a folder of someone's own files.
+std::string initAdvice(const std::string& folder) {
+    std::error_code ec;
+    if (!fs::exists(folder, ec) || fs::is_empty(folder, ec))
+        return "make one with: velto-settings device init " + folder;
+    if (isDeviceRoot(folder)) return "make one with: velto-settings device init --force " + folder;
+    return "make one in a new or empty folder with: velto-settings device init DIR";
 }
 
 }  // namespace
 
 NotADevice::NotADevice(const std::string& folder, const std::string& why)
-    : std::runtime_error(why + " (make one with: " + initCommand(folder) + ")") {}
+    : std::runtime_error(why + " (" + initAdvice(folder) + ")") {}
+
+bool isDeviceRoot(const fs::path& folder) {
+    // A device root made here has a profile; a copy of a real device at least its system
+    // version. Anything else would open on pages with no rows at all.
+    return holds(folder, device::kDeviceProfile) || holds(folder, device::kSystemVersionFile);
+}
 
 void requireDeviceRoot(const fs::path& folder) {
     const std::string name = folder.string();
     std::error_code ec;
     if (!fs::is_directory(folder, ec)) throw NotADevice(name, "no device at " + name);
-    // A device root made here has a profile; a copy of a real device at least its system
-    // version. Anything else would open on pages with no rows at all.
-    const auto has = [&](const char* devicePath) {
-        return fs::is_regular_file(folder / fs::path(devicePath).relative_path(), ec);
-    };
-    if (!has(device::kDeviceProfile) && !has(device::kSystemVersionFile))
+    if (!isDeviceRoot(folder))
         throw NotADevice(name, name + " is not a device root: it has neither " +
                                    device::kDeviceProfile + " nor " + device::kSystemVersionFile);
     const std::string bundleList = std::string(device::kInstalledBundle) + "/Velto.plist";
-    if (!has(bundleList.c_str()))
+    if (!holds(folder, bundleList.c_str()))
         throw NotADevice(name, "the device at " + name + " has no VeltoSettings bundle in " +
                                    device::kInstalledBundle);
 }

@@ -21,6 +21,10 @@ class NotADevice : public std::runtime_error {
     NotADevice(const std::string& folder, const std::string& why);
 };
 
+// Whether `folder` is a device root, made by `device init` (it has a profile) or copied from a
+// device (it has a system version), with the bundle installed or not.
+bool isDeviceRoot(const std::filesystem::path& folder);
+
 // Throws NotADevice unless `folder` holds a device root with the bundle installed.
 void requireDeviceRoot(const std::filesystem::path& folder);
 

@@ -3,8 +3,9 @@
 #include <nlohmann/json.hpp>
 
 #include "app/commands/host_files.h"
+#include "app/commands/plist_forms.h"
+#include "app/exit_status.h"
 #include "app/render/json_output.h"
-#include "app/session/batch_run.h"
 #include "platform/foundation/plist.h"
 
 namespace velto::app {
@@ -12,7 +13,8 @@ namespace velto::app {
 namespace {
 
 constexpr const char* kUsage =
-    "expected: plutil -lint FILE... or plutil -convert xml1|binary1 FILE... [-o OUT]";
+    "expected: plutil -lint FILE..., plutil -p FILE... or plutil -convert xml1|binary1|json "
+    "FILE... [-o OUT]";
 
 struct Report {
     std::ostream& out;
@@ -49,30 +51,42 @@ plat::Value load(const std::string& file, std::istream& in, std::string& why) {
     return value;
 }
 
+std::optional<plat::Bytes> converted(const plat::Value& value, const std::string& format,
+                                     std::string& why) {
+    if (format == "json") {
+        const auto text = propertyListJson(value, why);
+        if (!text) return std::nullopt;
+        return plat::Bytes(text->begin(), text->end());
+    }
+    return plat::dataFromPropertyList(
+        value,
+        format == "binary1" ? plat::PropertyListFormat::Binary : plat::PropertyListFormat::XML,
+        &why);
+}
+
 }  // namespace
 
 int runPlutil(const std::vector<std::string>& arguments, bool json, std::ostream& out,
               std::ostream& err, std::istream& in) {
     const auto usage = [&] {
         err << "velto-settings: plutil: " << kUsage << "\n";
-        return kExitTrouble;
+        return kExitUsage;
     };
     if (arguments.empty()) return usage();
     const bool lint = arguments[0] == "-lint";
+    const bool print = arguments[0] == "-p";
     std::vector<std::string> files;
     std::string output;
-    plat::PropertyListFormat format = plat::PropertyListFormat::XML;
+    std::string format;
     std::size_t at = 1;
-    if (!lint) {
+    if (!lint && !print) {
         if (arguments[0] != "-convert" || arguments.size() < 2) return usage();
-        if (arguments[1] == "binary1")
-            format = plat::PropertyListFormat::Binary;
-        else if (arguments[1] != "xml1")
-            return usage();
+        format = arguments[1];
+        if (format != "xml1" && format != "binary1" && format != "json") return usage();
         at = 2;
     }
     for (; at < arguments.size(); ++at) {
-        if (!lint && arguments[at] == "-o" && at + 1 < arguments.size())
+        if (!format.empty() && arguments[at] == "-o" && at + 1 < arguments.size())
             output = arguments[++at];
         else
             files.push_back(arguments[at]);
@@ -92,7 +106,11 @@ int runPlutil(const std::vector<std::string>& arguments, bool json, std::ostream
             report.passed(file, "OK");
             continue;
         }
-        const auto bytes = plat::dataFromPropertyList(value, format, &why);
+        if (print) {
+            out << (json ? jsonText(valueJson(value)) + "\n" : printedPropertyList(value));
+            continue;
+        }
+        const auto bytes = converted(value, format, why);
         if (!bytes)
             report.failed(file, why);
         else if (!writeHostFile(output.empty() ? file : output, *bytes, out))
@@ -100,7 +118,7 @@ int runPlutil(const std::vector<std::string>& arguments, bool json, std::ostream
         else if (output != "-")
             report.passed(file, "converted");
     }
-    return report.allPassed ? kExitOk : kExitTrouble;
+    return report.allPassed ? kExitOk : kExitFailed;
 }
 
 }  // namespace velto::app

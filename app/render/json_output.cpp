@@ -179,10 +179,11 @@ json recordLine(const char* type, const json& fields) {
     return out;
 }
 
-json errorLine(const std::string& message, const std::string& step) {
+json errorLine(const std::string& message, const std::string& step, std::size_t line) {
     json out = recordLine("error");
     out["error"] = message;
     out["step"] = step.empty() ? json(nullptr) : json(step);
+    out["line"] = line ? json(line) : json(nullptr);
     return out;
 }
 

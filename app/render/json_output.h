@@ -17,14 +17,16 @@ std::string jsonText(const Json& json) {
 
 // The version of the record's shape, on every line as "schema". docs/json.md describes it;
 // a change to a field's meaning or a removal changes the version.
-inline constexpr int kJsonSchema = 1;
+inline constexpr int kJsonSchema = 2;
 
 // The start of every line: {"type": type, "schema": kJsonSchema}.
 nlohmann::ordered_json recordLine(const char* type);
 // The same, followed by the fields of `fields` (an object) in their order.
 nlohmann::ordered_json recordLine(const char* type, const nlohmann::ordered_json& fields);
-// An error line: {"type": "error", "schema", "error": message, "step": step or null}.
-nlohmann::ordered_json errorLine(const std::string& message, const std::string& step = "");
+// An error line: {"type": "error", "schema", "error": message, "step": step or null, "line":
+// the step's line in a file of steps, or null}.
+nlohmann::ordered_json errorLine(const std::string& message, const std::string& step = "",
+                                 std::size_t line = 0);
 
 // A page line (docs/json.md lists its fields).
 nlohmann::ordered_json pageJson(const PageView& page,

@@ -18,7 +18,12 @@ void JsonRenderer::page(const PageView& page, const std::vector<plat::JournalEnt
 }
 
 void JsonRenderer::error(const std::string& step, const std::string& message) {
-    err_ << line(errorLine(message, step)) << std::endl;
+    errorAt(step, message, 0);
+}
+
+void JsonRenderer::errorAt(const std::string& step, const std::string& message,
+                           std::size_t fileLine) {
+    err_ << line(errorLine(message, step, fileLine)) << std::endl;
 }
 
 void JsonRenderer::screenshot(const std::string& path, std::size_t bytes) {

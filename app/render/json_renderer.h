@@ -14,6 +14,7 @@ class JsonRenderer : public Renderer {
     JsonRenderer(std::ostream& out, std::ostream& err) : out_(out), err_(err) {}
     void page(const PageView& page, const std::vector<plat::JournalEntry>& journal) override;
     void error(const std::string& step, const std::string& message) override;
+    void errorAt(const std::string& step, const std::string& message, std::size_t line) override;
     void note(const std::string& text) override;
     void screenshot(const std::string& path, std::size_t bytes) override;
 

@@ -16,6 +16,11 @@ class Renderer {
     virtual void page(const PageView& page, const std::vector<plat::JournalEntry>& journal) = 0;
     // `step` is the step as written; empty for errors outside any step.
     virtual void error(const std::string& step, const std::string& message) = 0;
+    // The same for a step at `line` of a file of steps (0: not from a file); the message
+    // names the line unless the output has a place of its own for it.
+    virtual void errorAt(const std::string& step, const std::string& message, std::size_t line) {
+        error(step, line ? "line " + std::to_string(line) + ": " + message : message);
+    }
     virtual void note(const std::string& text) = 0;
     // A picture of the page was written to `path`.
     virtual void screenshot(const std::string& path, std::size_t bytes) {

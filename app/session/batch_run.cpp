@@ -15,7 +15,7 @@ std::optional<int> stopStatus(StepRunner::Outcome outcome) {
         case StepRunner::Outcome::Quit:
             return kExitOk;
     }
-    return kExitTrouble;
+    return kExitFailed;
 }
 
 int runArgumentSteps(StepRunner& runner, Renderer& renderer,
@@ -26,7 +26,7 @@ int runArgumentSteps(StepRunner& runner, Renderer& renderer,
             if (auto step = parseStep(text)) parsed.push_back(*step);
         } catch (const StepError& e) {
             renderer.error(text, e.what());
-            return kExitStepFailed;
+            return kExitUsage;
         }
     }
     for (const Step& step : parsed)
@@ -34,19 +34,25 @@ int runArgumentSteps(StepRunner& runner, Renderer& renderer,
     return kExitOk;
 }
 
-int runStepStream(StepRunner& runner, Renderer& renderer, std::istream& in) {
+int runStepStream(StepRunner& runner, Renderer& renderer, std::istream& in,
+                  const std::filesystem::path& folder) {
+    static const std::string kByteOrderMark = "\xEF\xBB\xBF";
     std::size_t lineNumber = 0;
     for (std::string line; std::getline(in, line);) {
         ++lineNumber;
+        // Editors on other systems begin UTF-8 files with one.
+        if (lineNumber == 1 && line.starts_with(kByteOrderMark))
+            line.erase(0, kByteOrderMark.size());
         std::optional<Step> step;
         try {
             step = parseStep(line);
         } catch (const StepError& e) {
-            renderer.error(line, "line " + std::to_string(lineNumber) + ": " + e.what());
-            return kExitStepFailed;
+            renderer.errorAt(line, e.what(), lineNumber);
+            return kExitUsage;
         }
         if (!step) continue;
         step->line = lineNumber;
+        step->folder = folder;
         if (const auto status = stopStatus(runner.run(*step))) return *status;
     }
     return kExitOk;

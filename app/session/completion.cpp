@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <filesystem>
 
 #include "app/render/page_view.h"
 #include "app/session/session.h"
@@ -64,9 +65,35 @@ std::size_t afterRowName(const std::string& argument, const std::vector<std::str
     return argument.find_first_of(kBlank, word) == std::string::npos ? word : std::string::npos;
 }
 
+// Files and folders on the host that begin with what was typed: a folder ends in "/" so Tab
+// goes on into it. Hidden names only when a "." was typed.
+Completion fileCompletion(const std::string& argument, std::size_t start) {
+    constexpr std::size_t kMostEntries = 5000;  // a huge folder must not stall the prompt
+    const std::size_t slash = argument.rfind('/');
+    const std::string folderPart = slash == std::string::npos ? "" : argument.substr(0, slash + 1);
+    const std::string namePart = argument.substr(folderPart.size());
+    std::vector<std::string> names;
+    std::error_code error;
+    std::size_t seen = 0;
+    for (std::filesystem::directory_iterator entry(folderPart.empty() ? "." : folderPart, error),
+         end;
+         !error && entry != end && seen < kMostEntries; entry.increment(error), ++seen) {
+        std::string name = entry->path().filename().string();
+        if (!name.starts_with(namePart) || (name.starts_with('.') && !namePart.starts_with('.')))
+            continue;
+        std::error_code kind;
+        if (entry->is_directory(kind)) name += "/";
+        names.push_back(folderPart + name);
+    }
+    std::sort(names.begin(), names.end());
+    return {start, names};
+}
+
 Completion argumentCompletion(const std::string& word, const std::string& argument,
                               std::size_t start, const CompletionContext& context) {
     const auto any = [](const CompletionContext::Row&) { return true; };
+    if (word == "pick" || word == "screenshot" || word == "run")
+        return fileCompletion(argument, start);
     std::vector<std::string> options;
     if (word == "open") {
         options = rowNames(context, [](const auto& row) { return row.link; });

@@ -26,7 +26,8 @@ CompletionContext completionContext(Session& session);
 // The ways to go on from a line typed so far (up to the cursor). Each candidate replaces the
 // text from `start` to the cursor; a candidate after which more must be typed ends in a space.
 // Step words come first; then, by step, link rows (open), switches and on|off (toggle),
-// buttons (tap), action titles (choose), and rows, on|off|shown|hidden or a kind (expect).
+// buttons (tap), action titles (choose), rows, on|off|shown|hidden or a kind (expect), and
+// host files and folders (pick, screenshot, run).
 // Candidates that begin with what was typed, else those that do ignoring case.
 struct Completion {
     std::size_t start = 0;

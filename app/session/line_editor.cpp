@@ -3,9 +3,12 @@
 #include <histedit.h>
 #include <langinfo.h>
 
+#include <signal.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <clocale>
+#include <csignal>
 #include <cstring>
 #include <stdexcept>
 
@@ -18,6 +21,32 @@ namespace {
 constexpr int kHistorySize = 1000;
 // Marks the start and end of the prompt's colour codes, which take no room on the screen.
 constexpr char kInvisible = '\1';
+
+volatile std::sig_atomic_t lineInterrupted = 0;
+
+void onLineInterrupt(int) {
+    lineInterrupted = 1;
+}
+
+// Ctrl-C at the prompt throws the line away, as a shell does, instead of ending the session.
+// The editor's own handler puts the terminal back and passes the signal on to this one, whose
+// interruption of the read ends el_gets.
+class PromptInterruptScope {
+  public:
+    PromptInterruptScope() {
+        struct sigaction action {};
+        action.sa_handler = onLineInterrupt;
+        sigemptyset(&action.sa_mask);
+        action.sa_flags = 0;  // no restart: the read must end
+        ::sigaction(SIGINT, &action, &previous_);
+    }
+    ~PromptInterruptScope() { ::sigaction(SIGINT, &previous_, nullptr); }
+    PromptInterruptScope(const PromptInterruptScope&) = delete;
+    PromptInterruptScope& operator=(const PromptInterruptScope&) = delete;
+
+  private:
+    struct sigaction previous_ {};
+};
 
 // Labels are UTF-8; the editor must count "…" as one character, whatever the locale says.
 void useUtf8Input() {
@@ -100,10 +129,18 @@ std::optional<std::string> LineEditor::read(const std::string& prompt) {
     prompt_ = prompt;
     int count = 0;
     const char* line = nullptr;
-    do {
+    const PromptInterruptScope interrupts;
+    for (;;) {
+        lineInterrupted = 0;
         errno = 0;
         line = el_gets(editor_, &count);
-    } while (!line && count < 0 && errno == EINTR);
+        if (lineInterrupted) {
+            std::fputs("^C\n", stdout);
+            std::fflush(stdout);
+            continue;
+        }
+        if (line || count >= 0 || errno != EINTR) break;
+    }
     if (!line || count <= 0) return std::nullopt;
     std::string text(line);
     while (!text.empty() && (text.back() == '\n' || text.back() == '\r'))

@@ -4,6 +4,7 @@
 #include <cctype>
 #include <vector>
 
+#include "app/session/spelling.h"
 #include "platform/foundation/strings.h"
 
 namespace velto::app {
@@ -73,23 +74,6 @@ std::vector<RowRef> caseInsensitiveMatches(const plat::SpecifierArrayPtr& list,
     return found;
 }
 
-// Edits between two texts, a swap of neighbours counting as one edit: the usual slips.
-std::size_t distance(const std::string& a, const std::string& b) {
-    std::vector<std::vector<std::size_t>> d(a.size() + 1, std::vector<std::size_t>(b.size() + 1));
-    for (std::size_t i = 0; i <= a.size(); ++i)
-        d[i][0] = i;
-    for (std::size_t j = 0; j <= b.size(); ++j)
-        d[0][j] = j;
-    for (std::size_t i = 1; i <= a.size(); ++i)
-        for (std::size_t j = 1; j <= b.size(); ++j) {
-            d[i][j] = std::min({d[i - 1][j] + 1, d[i][j - 1] + 1,
-                                d[i - 1][j - 1] + (a[i - 1] == b[j - 1] ? 0 : 1)});
-            if (i > 1 && j > 1 && a[i - 1] == b[j - 2] && a[i - 2] == b[j - 1])
-                d[i][j] = std::min(d[i][j], d[i - 2][j - 2] + 1);
-        }
-    return d[a.size()][b.size()];
-}
-
 std::string quotedList(const std::vector<std::string>& names) {
     std::string out;
     for (std::size_t i = 0; i < names.size(); ++i) {
@@ -143,10 +127,10 @@ std::string rowMissMessage(const plat::SpecifierArrayPtr& list, const std::strin
         std::size_t best = allowed + 1;
         for (const std::string& name : namesOf(*rows[i])) {
             const std::string candidate = folded(name);
-            best = std::min(best, distance(wanted, candidate));
+            best = std::min(best, editDistance(wanted, candidate));
             // The beginning of a longer name, a slip or two off ("notifications").
             if (wanted.size() >= 4 && candidate.size() > wanted.size())
-                best = std::min(best, distance(wanted, candidate.substr(0, wanted.size())) + 1);
+                best = std::min(best, editDistance(wanted, candidate.substr(0, wanted.size())) + 1);
             if (wanted.size() >= 2 && candidate.find(wanted) != std::string::npos)
                 best = std::min<std::size_t>(best, 1);
         }

@@ -1,8 +1,10 @@
 #include "app/session/step.h"
 
 #include <array>
+#include <cctype>
 
 #include "app/session/expect_step.h"
+#include "app/session/spelling.h"
 #include "app/session/step_error.h"
 
 namespace velto::app {
@@ -48,6 +50,13 @@ std::string trim(const std::string& text) {
     return text.substr(first, text.find_last_not_of(space) - first + 1);
 }
 
+bool hasPngExtension(const std::string& file) {
+    std::string extension = std::filesystem::path(file).extension().string();
+    for (char& c : extension)
+        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    return extension == ".png";
+}
+
 }  // namespace
 
 std::optional<Step> parseStep(const std::string& line) {
@@ -66,9 +75,18 @@ std::optional<Step> parseStep(const std::string& line) {
             throw StepError(word + " takes no argument");
         // A script's expectations are checked as a whole before any step runs.
         if (step.kind == StepKind::Expect) parseExpectation(argument);
+        // Pictures are written as PNG whatever the name says; a name that says otherwise
+        // would mislead whoever opens the file.
+        if (step.kind == StepKind::Screenshot && !hasPngExtension(argument))
+            throw StepError("screenshot writes PNG pictures: name the file with .png, not '" +
+                            argument + "'");
         return Step{step.kind, argument, text};
     }
-    throw StepError("unknown step '" + word + "' (try help)");
+    std::vector<std::string> words;
+    for (const StepWord& step : kSteps)
+        words.push_back(step.word);
+    const std::string guess = didYouMean(word, words);
+    throw StepError("unknown step '" + word + "'" + (guess.empty() ? " (try help)" : guess));
 }
 
 bool isStepWord(const std::string& word) {
@@ -112,7 +130,6 @@ const char* stepHelp() {
            "ROW is a row's identifier, else its label (\"...\" stands for \"\u2026\"), else #N "
            "for\n"
            "its index, else the one row that matches ignoring case. open skips group rows.\n"
-           "A failed expect exits with status 3; any other failed step with 2.\n"
            "Examples, on the demo device:\n"
            "  toggle Enabled on\n"
            "  open phone\n"

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <utility>
@@ -41,6 +42,9 @@ struct Step {
     std::string text;
     // Its line in a file of steps, for messages; 0 elsewhere.
     std::size_t line = 0;
+    // The folder of the file of steps, where relative files the step names are found; empty:
+    // the working directory.
+    std::filesystem::path folder{};
 };
 
 // Reads one line. nullopt for a blank line or a '#' comment. Throws StepError for an unknown

@@ -29,6 +29,13 @@ std::string shownName(const RowRef& ref) {
     return "'" + ref.row->name().value_or("#" + std::to_string(ref.index)) + "'";
 }
 
+// A relative file a step names is found beside the steps file that holds the step, so a script
+// runs the same from any working directory.
+std::string hostPath(const std::filesystem::path& folder, const std::string& file) {
+    if (folder.empty() || std::filesystem::path(file).is_absolute()) return file;
+    return (folder / file).string();
+}
+
 RowRef requireRow(const plat::ListController& page, const std::string& text,
                   RowUse use = RowUse::Any) {
     if (auto found = findRow(page.heldSpecifiers(), text, use)) return *found;
@@ -94,7 +101,7 @@ plat::Bytes readHostFile(const std::string& file) {
     constexpr std::uintmax_t kPictureLimit = std::uintmax_t{64} << 20;
     std::error_code error;
     const auto status = std::filesystem::status(file, error);
-    if (error || !std::filesystem::exists(status)) throw StepError("cannot read " + file);
+    if (error || !std::filesystem::exists(status)) throw StepError("no file " + file);
     if (!std::filesystem::is_regular_file(status)) throw StepError(file + " is not a regular file");
     if (std::filesystem::file_size(file, error) > kPictureLimit || error)
         throw StepError(file + " is larger than 64 MB");
@@ -117,35 +124,33 @@ StepRunner::Outcome StepRunner::run(const Step& step) {
     const std::size_t mark = session_.process().journal().size();
     if (step.kind != StepKind::Show && step.kind != StepKind::Help && step.kind != StepKind::Expect)
         actionMark_ = mark;
-    // A step of a file is named with its line, as a step that does not parse is.
-    const std::string where = step.line ? "line " + std::to_string(step.line) + ": " : "";
     try {
         perform(step);
         if (step.kind == StepKind::Quit) outcome = Outcome::Quit;
     } catch (const ExpectationFailed& e) {
-        renderer_.error(step.text, where + "expectation not met: " + e.what());
+        renderer_.errorAt(step.text, std::string("expectation not met: ") + e.what(), step.line);
         outcome = Outcome::Unmet;
     } catch (const StepError& e) {
-        renderer_.error(step.text, where + e.what());
+        renderer_.errorAt(step.text, e.what(), step.line);
         outcome = Outcome::Failed;
     } catch (const plat::RangeError& e) {
-        renderer_.error(step.text, where + std::string("range error: ") + e.what());
+        renderer_.errorAt(step.text, std::string("range error: ") + e.what(), step.line);
         outcome = Outcome::Failed;
     } catch (const plat::DispatchError& e) {
-        renderer_.error(step.text, where + std::string("unrecognized selector: ") + e.what());
+        renderer_.errorAt(step.text, std::string("unrecognized selector: ") + e.what(), step.line);
         outcome = Outcome::Failed;
     } catch (const plat::InvalidArgumentError& e) {
-        renderer_.error(step.text, where + std::string("invalid argument: ") + e.what());
+        renderer_.errorAt(step.text, std::string("invalid argument: ") + e.what(), step.line);
         outcome = Outcome::Failed;
     } catch (const std::exception& e) {
-        renderer_.error(step.text, where + e.what());
+        renderer_.errorAt(step.text, e.what(), step.line);
         outcome = Outcome::Failed;
     }
     // Whatever the step left queued runs now, failed or not, as the run loop would.
     try {
         session_.settle();
     } catch (const std::exception& e) {
-        renderer_.error(step.text, where + std::string("after the step: ") + e.what());
+        renderer_.errorAt(step.text, std::string("after the step: ") + e.what(), step.line);
         outcome = Outcome::Failed;
     }
     return outcome;
@@ -192,7 +197,7 @@ void StepRunner::perform(const Step& step) {
             dismiss();
             return;
         case StepKind::Pick:
-            pick(step.argument);
+            pick(step.argument, step.folder);
             return;
         case StepKind::Cancel:
             cancel();
@@ -200,9 +205,11 @@ void StepRunner::perform(const Step& step) {
         case StepKind::Notify:
             session_.process().darwin().postFromOtherProcess(step.argument);
             return;
-        case StepKind::Screenshot:
-            renderer_.screenshot(step.argument, writeScreenshot(session_, step.argument));
+        case StepKind::Screenshot: {
+            const std::string file = hostPath(step.folder, step.argument);
+            renderer_.screenshot(file, writeScreenshot(session_, file));
             return;
+        }
         case StepKind::Reload:
             page->reloadSpecifiers();
             return;
@@ -304,7 +311,7 @@ void StepRunner::dismiss() {
     presented->dismissViewControllerAnimated(true, nullptr);
 }
 
-void StepRunner::pick(const std::string& argument) {
+void StepRunner::pick(const std::string& argument, const std::filesystem::path& folder) {
     // "--original-only": the user chose a picture without cropping it, so the picker hands
     // back no edited picture.
     static const std::string kOriginalOnly = "--original-only";
@@ -318,6 +325,7 @@ void StepRunner::pick(const std::string& argument) {
         originalOnly = true;
         file.erase(file.find_last_not_of(" \t", file.size() - kOriginalOnly.size() - 1) + 1);
     }
+    file = hostPath(folder, file);
     auto picker = requirePicker(*session_.topPage());
     auto image = plat::Image::imageWithData(readHostFile(file));
     // The decoders answer nothing both for damaged bytes and for a header that asks for more

@@ -43,7 +43,7 @@ class StepRunner {
     void tap(const std::string& argument);
     void choose(const std::string& title);
     void dismiss();
-    void pick(const std::string& argument);
+    void pick(const std::string& argument, const std::filesystem::path& folder);
     void cancel();
     void expect(const std::string& argument);
     // What the switch of a row shows on the page, nullopt when the row is not a switch.

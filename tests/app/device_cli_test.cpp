@@ -42,7 +42,7 @@ TEST(DeviceCli, BadOptionsAreRefusedWithoutADevice) {
                                                     {"--system-version", "fourteen"}}) {
         std::vector<std::string> arguments{"device", "init", scratch / "device"};
         arguments.insert(arguments.end(), options.begin(), options.end());
-        EXPECT_EQ(runProgram(arguments).status, 1) << options[1];
+        EXPECT_EQ(runProgram(arguments).status, 2) << options[1];
         EXPECT_FALSE(std::filesystem::exists(scratch.path() / "device/DeviceProfile.plist"))
             << options[1];
     }
@@ -72,7 +72,9 @@ TEST(DeviceCli, ARealDevicesFilesAreImportedFromAFolderOrATar) {
 
     for (const std::string& from : {source.string(), scratch / "phone.tar.gz"}) {
         const std::string device = scratch / ("device-" + std::to_string(from.size()));
-        initDevice(device, {"--from", from});
+        const auto made = runProgram({"--json", "device", "init", device, "--from", from});
+        ASSERT_EQ(made.status, 0) << made.err;
+        EXPECT_EQ(made.outLines().at(0).at("apps"), 1) << from;  // the imported biteSMS
         const auto shown = runProgram({"--device", device, "--json", "show"});
         ASSERT_EQ(shown.status, 0) << shown.err;
         const json page = shown.outLines().at(0);
@@ -213,6 +215,32 @@ TEST(PlutilCli, LintNamesTheBadFileAndConvertRoundTrips) {
     const auto original = runProgram({"plutil", "-convert", "xml1", good, "-o", "-"});
     std::ifstream back(scratch / "b.plist");
     EXPECT_EQ(std::string(std::istreambuf_iterator<char>(back), {}), original.out);
+}
+
+TEST(PlutilCli, PrintShowsAListForPeopleAndJsonTakesOnlyWhatJsonCanHold) {
+    ScratchFolder scratch;
+    const std::string list = scratch / "list.plist";
+    std::ofstream(list) << "<?xml version=\"1.0\"?><plist version=\"1.0\"><dict>"
+                        << "<key>b</key><array><true/><integer>7</integer></array>"
+                        << "<key>a</key><string>say \"hi\"</string></dict></plist>";
+    const auto printed = runProgram({"plutil", "-p", list});
+    EXPECT_EQ(printed.status, 0) << printed.err;
+    EXPECT_EQ(
+        printed.out,
+        "{\n  \"a\" => \"say \\\"hi\\\"\"\n  \"b\" => [\n    0 => true\n    1 => 7\n  ]\n}\n");
+
+    const auto converted = runProgram({"plutil", "-convert", "json", list, "-o", "-"});
+    EXPECT_EQ(converted.status, 0) << converted.err;
+    EXPECT_EQ(json::parse(converted.out), json({{"a", "say \"hi\""}, {"b", {true, 7}}}));
+
+    const std::string dated = scratch / "dated.plist";
+    std::ofstream(dated) << "<plist version=\"1.0\"><dict><key>d</key>"
+                         << "<date>2020-01-01T00:00:00Z</date></dict></plist>";
+    const auto refused = runProgram({"plutil", "-convert", "json", dated});
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_NE(refused.out.find("a date, which JSON cannot hold"), std::string::npos) << refused.out;
+    EXPECT_EQ(runProgram({"plutil", "-p", dated}).out,
+              "{\n  \"d\" => 2020-01-01 00:00:00 +0000\n}\n");
 }
 
 }  // namespace

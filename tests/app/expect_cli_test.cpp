@@ -81,8 +81,8 @@ TEST_F(ExpectCli, AScriptTestsTheResourcesAndTheFirstUnmetExpectationExitsThreeN
         EXPECT_EQ(json.status, 3) << step << json.err;
         ASSERT_EQ(json.errLines().size(), 1u) << json.err;
         EXPECT_EQ(json.errLines()[0]["step"], step);
-        EXPECT_EQ(json.errLines()[0]["error"].get<std::string>().rfind(
-                      "line 16: expectation not met: ", 0),
+        EXPECT_EQ(json.errLines()[0]["line"], 16);
+        EXPECT_EQ(json.errLines()[0]["error"].get<std::string>().rfind("expectation not met: ", 0),
                   0u)
             << json.err;
         EXPECT_NE(json.err.find(says), std::string::npos) << json.err;
@@ -117,9 +117,9 @@ TEST_F(ExpectCli, RowsAreFoundTheWayPeopleTypeThemAndAMissSuggestsTheClosest) {
         {{"open Phone", "expect favorites shown"},
          3,
          "'favorites' could be 'FavoritesGroup' or 'Pictures in Favorites': write it as shown"},
-        {{"open Applications"}, 2, "row 'Applications' is a group heading, not a link"},
-        {{"open Phnoe"}, 2, "no row 'Phnoe' on this page; did you mean 'Phone'?"},
-        {{"open Notifications"}, 2, "did you mean 'Notification Center'?"},
+        {{"open Applications"}, 4, "row 'Applications' is a group heading, not a link"},
+        {{"open Phnoe"}, 4, "no row 'Phnoe' on this page; did you mean 'Phone'?"},
+        {{"open Notifications"}, 4, "did you mean 'Notification Center'?"},
     };
     for (const Case& c : cases) {
         const auto result = run(c.steps);

@@ -36,7 +36,7 @@ TEST(JsonRecordCli, EveryLineIsAsDocumentedAndSaysWhatHappened) {
                     "toggle VeltoEnabled on", "show", "open Mail", "toggle MailEnabled on",
                     "tap ChooseAvatar", "pick " + picture, "tap RestoreAvatar", "show", "help",
                     "screenshot " + (scratch / "shot.png"), "open Nowhere"});
-    ASSERT_EQ(run.status, 2) << run.err;
+    ASSERT_EQ(run.status, 4) << run.err;
 
     std::vector<json> lines = made.outLines();
     for (const auto& line : run.outLines())

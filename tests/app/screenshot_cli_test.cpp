@@ -67,7 +67,7 @@ TEST(ScreenshotCli, UnwritableFileFailsTheStep) {
     initDevice(device);
     const auto result =
         runProgram({"--device", device, "--json", "screenshot " + scratch / "no/such/x.png"});
-    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(result.status, 4);
     ASSERT_EQ(result.errLines().size(), 1u);
     EXPECT_NE(result.errLines()[0].at("error").get<std::string>().find("cannot write"),
               std::string::npos);

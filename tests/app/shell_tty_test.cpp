@@ -164,5 +164,25 @@ TEST_F(ShellTty, ColourUnlessNoColourCtrlLClearsTheScreenAndErrorsDoNotEndTheSes
     }
 }
 
+// Ctrl-C throws away the line being typed, as in a shell, and the session goes on; Tab
+// completes the names of files after the steps that take one.
+TEST_F(ShellTty, CtrlCClearsTheLineAndTabCompletesFileNames) {
+    std::filesystem::create_directories(scratch_.path() / "shots-folder");
+    Terminal terminal(scratch_, device_);
+    ASSERT_TRUE(terminal.waitFor("velto>")) << terminal.output();
+    terminal.type("toggle Enab\003");
+    ASSERT_TRUE(terminal.waitFor("velto>")) << terminal.output();
+    // The editor redraws only what Tab added, so the file written shows what it completed.
+    terminal.type("screenshot " + scratch_ / "shots-f\t");
+    terminal.type("a.png\r");
+    ASSERT_TRUE(terminal.waitFor("wrote ")) << terminal.output();
+    ASSERT_TRUE(terminal.waitFor("velto>")) << terminal.output();
+    terminal.type("quit\r");
+    EXPECT_TRUE(terminal.waitForExit()) << terminal.output();
+    EXPECT_TRUE(std::filesystem::exists(scratch_.path() / "shots-folder/a.png"));
+    // The thrown-away line never ran.
+    EXPECT_EQ(terminal.output().find("com.norvale.velto VeltoEnabled"), std::string::npos);
+}
+
 }  // namespace
 }  // namespace apptest
