@@ -144,14 +144,15 @@ class PresentedPainter {
         auto source = controller.popoverPresentationController().sourceView();
         const auto sourceCell = std::dynamic_pointer_cast<plat::TableCell>(source);
         const auto sourceRow = sourceCell ? sourceCell->specifier() : nullptr;
-        for (const RowFrame& row : shot_.rows) {
-            if (!source) break;
-            if (source == row.cell || source == row.earlierCell ||
-                (sourceRow && row.cell && row.cell->specifier() == sourceRow)) {
-                anchorRow_ = row.index;
-                return row.frame;
+        for (const LaidSection& section : shot_.table.sections)
+            for (const LaidRow& row : section.rows) {
+                if (!source) break;
+                if (source == row.cell || source == row.earlierCell ||
+                    (sourceRow && row.cell && row.cell->specifier() == sourceRow)) {
+                    anchorRow_ = row.index;
+                    return row.frame;
+                }
             }
-        }
         return plat::Rect{{look_.width / 2, look_.height / 2}, {0, 0}};
     }
 
