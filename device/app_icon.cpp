@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <cstdint>
+#include <utility>
 
 #include "device/glyphs.h"
 
@@ -60,17 +61,51 @@ void roundedSquare(cairo_t* cr, double size) {
     cairo_close_path(cr);
 }
 
+bool marked(const Glyph& glyph, int row, int column) {
+    return row >= 0 && row < kGlyphRows && column >= 0 && column < kGlyphColumns &&
+           glyph[row][column] == '#';
+}
+
+// The letter as round-capped strokes joining the marked cells' centres, antialiased like
+// type: neighbours across, down and diagonally (where no corner already joins them), a dot
+// for a cell alone. A little under half the icon's width, centred.
 void drawGlyph(cairo_t* cr, const Glyph& glyph, double size) {
-    // The letter takes a little under half the icon's width, centred.
-    const double dot = size * 0.09;
-    const double left = (size - dot * kGlyphColumns) / 2;
-    const double top = (size - dot * kGlyphRows) / 2;
+    const double step = size * 0.09;
+    const double left = (size - step * (kGlyphColumns - 1)) / 2;
+    const double top = (size - step * (kGlyphRows - 1)) / 2;
+    auto at = [&](int row, int column) {
+        return std::pair{left + column * step, top + row * step};
+    };
+    auto segment = [&](int row, int column, int toRow, int toColumn) {
+        const auto [x0, y0] = at(row, column);
+        const auto [x1, y1] = at(toRow, toColumn);
+        cairo_move_to(cr, x0, y0);
+        cairo_line_to(cr, x1, y1);
+    };
     for (int row = 0; row < kGlyphRows; ++row)
-        for (int column = 0; column < kGlyphColumns; ++column)
-            if (glyph[row][column] == '#')
-                cairo_rectangle(cr, left + column * dot, top + row * dot, dot, dot);
+        for (int column = 0; column < kGlyphColumns; ++column) {
+            if (!marked(glyph, row, column)) continue;
+            bool joined = false;
+            for (const auto& [dr, dc] : {std::pair{0, 1}, {1, 0}, {1, 1}, {1, -1}}) {
+                if (!marked(glyph, row + dr, column + dc)) continue;
+                const bool diagonal = dr != 0 && dc != 0;
+                if (diagonal &&
+                    (marked(glyph, row + dr, column) || marked(glyph, row, column + dc)))
+                    continue;
+                segment(row, column, row + dr, column + dc);
+                joined = true;
+            }
+            const bool joinedFromAbove =
+                marked(glyph, row, column - 1) || marked(glyph, row - 1, column) ||
+                marked(glyph, row - 1, column - 1) || marked(glyph, row - 1, column + 1);
+            if (!joined && !joinedFromAbove) segment(row, column, row, column);
+        }
+    cairo_set_antialias(cr, CAIRO_ANTIALIAS_GRAY);
+    cairo_set_line_width(cr, step * 1.05);
+    cairo_set_line_cap(cr, CAIRO_LINE_CAP_ROUND);
+    cairo_set_line_join(cr, CAIRO_LINE_JOIN_ROUND);
     cairo_set_source_rgb(cr, 1, 1, 1);
-    cairo_fill(cr);
+    cairo_stroke(cr);
 }
 
 char initialOf(const std::string& name) {

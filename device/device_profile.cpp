@@ -2,26 +2,19 @@
 
 #include "device/plist_writing.h"
 #include "platform/foundation/plist.h"
+#include "platform/system/device_models.h"
 #include "platform/system/device_root.h"
 
 namespace velto::device {
 
-const char* productTypeFor(plat::DeviceFamily family) {
-    switch (family) {
-        case plat::DeviceFamily::iPad:
-            return "iPad8,1";
-        case plat::DeviceFamily::iPod:
-            return "iPod9,1";
-        case plat::DeviceFamily::iPhone:
-            break;
-    }
-    return "iPhone13,2";
-}
-
 bool writeDeviceProfile(const plat::DeviceRoot& root, const DeviceOptions& options) {
+    // A scale the family never had keeps the family's usual model: its screen is still one
+    // that exists.
+    const plat::DeviceModel* model = plat::modelFor(options.family, options.scale);
+    if (!model) model = &plat::defaultModel(options.family);
     plat::Value profile = plat::Value::dictionary(
         {{"DeviceFamily", plat::familyName(options.family)},
-         {"ProductType", productTypeFor(options.family)},
+         {"ProductType", model->productType},
          {"FaceTime", plat::Value::boolean(options.faceTime)},
          {"ScreenScale", plat::Value::integer(options.scale)},
          {"ExtensionAnswers", plat::Value::boolean(options.extensionAnswers)}});

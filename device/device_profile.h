@@ -20,6 +20,7 @@ inline constexpr const char* kDeviceProfile = "/DeviceProfile.plist";
 inline constexpr const char* kSystemVersionFile =
     "/System/Library/CoreServices/SystemVersion.plist";
 
+// The product type is the model of the family at the options' scale (plat::modelFor).
 bool writeDeviceProfile(const plat::DeviceRoot& root, const DeviceOptions& options);
 bool writeSystemVersion(const plat::DeviceRoot& root, const std::string& version);
 
@@ -29,8 +30,5 @@ std::optional<std::string> extensionVersion(const plat::DeviceRoot& root);
 // True unless the profile says the extension stays silent; a copy of a real device has no
 // such key, and its extension answers.
 bool extensionAnswers(const plat::DeviceRoot& root);
-
-// A product type the family really had.
-const char* productTypeFor(plat::DeviceFamily family);
 
 }  // namespace velto::device

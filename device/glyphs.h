@@ -4,7 +4,8 @@
 
 namespace velto::device {
 
-// A 5 × 7 dot-matrix letter: one string of '#' and '.' per row, top row first.
+// A letter's skeleton on a 5 × 7 grid: one string of '#' and '.' per row, top row first;
+// icons draw it as strokes joining the marked cells.
 using Glyph = std::array<const char*, 7>;
 
 inline constexpr int kGlyphColumns = 5;

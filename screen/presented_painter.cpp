@@ -8,6 +8,7 @@
 #include "platform/ui/image_picker_controller.h"
 #include "platform/ui/mail_compose_view_controller.h"
 #include "screen/shapes.h"
+#include "screen/share_sheet_painter.h"
 
 namespace screen {
 
@@ -44,6 +45,8 @@ class PresentedPainter {
             return paintActionSheet(*alert);
         }
         if (presented.presentsAsPopover()) return paintPopover(presented);
+        if (auto* share = dynamic_cast<const plat::ActivityViewController*>(&presented))
+            return paintShareCard(*share);
         const bool picker = dynamic_cast<const plat::ImagePickerController*>(&presented) != nullptr;
         paintSheet(presented, presented.title().value_or(picker ? "Photos" : ""), picker);
     }
@@ -144,14 +147,15 @@ class PresentedPainter {
         auto source = controller.popoverPresentationController().sourceView();
         const auto sourceCell = std::dynamic_pointer_cast<plat::TableCell>(source);
         const auto sourceRow = sourceCell ? sourceCell->specifier() : nullptr;
-        for (const RowFrame& row : shot_.rows) {
-            if (!source) break;
-            if (source == row.cell || source == row.earlierCell ||
-                (sourceRow && row.cell && row.cell->specifier() == sourceRow)) {
-                anchorRow_ = row.index;
-                return row.frame;
+        for (const LaidSection& section : shot_.table.sections)
+            for (const LaidRow& row : section.rows) {
+                if (!source) break;
+                if (source == row.cell || source == row.earlierCell ||
+                    (sourceRow && row.cell && row.cell->specifier() == sourceRow)) {
+                    anchorRow_ = row.index;
+                    return row.frame;
+                }
             }
-        }
         return plat::Rect{{look_.width / 2, look_.height / 2}, {0, 0}};
     }
 
@@ -164,12 +168,15 @@ class PresentedPainter {
                 if (action->style() != plat::UIAlertActionStyleCancel)
                     actions.push_back(action.get());
         const bool picker = dynamic_cast<const plat::ImagePickerController*>(&controller);
-        // An alert's popover fits its actions; any other controller shows its own content at
-        // the size a popover's content usually asks for.
+        const auto* share = dynamic_cast<const plat::ActivityViewController*>(&controller);
+        // An alert's popover fits its actions, a share sheet its content; any other controller
+        // shows its own content at the size a popover's content usually asks for.
         const double width = alert ? kPopoverWidth : 375;
         const double head = alert ? heading(*alert, 0, 0, width - 32, true, true) : 0;
         const double height =
-            alert ? std::max(44.0, head + kSheetRow * static_cast<double>(actions.size())) : 480;
+            alert   ? std::max(44.0, head + kSheetRow * static_cast<double>(actions.size()))
+            : share ? shareSheetHeight(*share)
+                    : 480;
 
         const plat::Rect anchor = anchorOf(controller);
         const double anchorMid = anchor.origin.x + anchor.size.width / 2;
@@ -197,7 +204,7 @@ class PresentedPainter {
         cairo_fill(cr_);
         shape(0);
         // The arrow takes the colour of what it joins: the bar of a controller's content.
-        setColor(cr_, alert ? kWhite : look_.barBackground);
+        setColor(cr_, alert ? kWhite : share ? Rgba{0.95, 0.95, 0.97, 1} : look_.barBackground);
         cairo_fill(cr_);
 
         if (alert) {
@@ -211,11 +218,26 @@ class PresentedPainter {
             cairo_save(cr_);
             roundedPath(cr_, box, 13);
             cairo_clip(cr_);
-            content(controller, box, boxY, controller.title().value_or(picker ? "Photos" : ""),
-                    picker);
+            if (share)
+                paintShareSheet(cr_, text_, *share, look_, box, false);
+            else
+                content(controller, box, boxY, controller.title().value_or(picker ? "Photos" : ""),
+                        picker);
             cairo_restore(cr_);
         }
         shot_.popover = PopoverFrame{box, plat::Point{anchorMid, tipY}, anchorRow_};
+    }
+
+    // The share sheet on a phone: a card rising from the bottom over the dimmed page.
+    void paintShareCard(const plat::ActivityViewController& share) {
+        fillRect(cr_, plat::Rect{{0, 0}, {look_.width, look_.height}}, Rgba{0, 0, 0, 0.4});
+        const double height = shareSheetHeight(share) + look_.homeIndicator;
+        const plat::Rect card{{0, look_.height - height}, {look_.width, height}};
+        cairo_save(cr_);
+        roundedPath(cr_, card, 10, true, false);
+        cairo_clip(cr_);
+        paintShareSheet(cr_, text_, share, look_, card, true);
+        cairo_restore(cr_);
     }
 
     // A modal sheet: full screen before iOS 13, a card from 13 on; a form sheet on an iPad.
@@ -241,8 +263,7 @@ class PresentedPainter {
     }
 
     // What a presented controller shows inside its frame: a bar with its title and Cancel,
-    // and for the photo picker a grid of photos, for a mail its fields and attachments, for a
-    // share sheet what it shares.
+    // and for the photo picker a grid of photos, for a mail its fields and attachments.
     void content(const plat::ViewController& controller, plat::Rect card, double barTop,
                  const std::string& title, bool picker) {
         fillRect(cr_, card, kWhite);
@@ -260,8 +281,6 @@ class PresentedPainter {
         const double below = bar.origin.y + bar.size.height;
         if (auto* mail = dynamic_cast<const plat::MailComposeViewController*>(&controller))
             mailDraft(*mail, card, below);
-        else if (auto* sheet = dynamic_cast<const plat::ActivityViewController*>(&controller))
-            sharedItems(*sheet, card, below);
         if (picker) {
             // A grid of photo placeholders, as the library looks while it loads.
             const double gap = 2;
@@ -313,22 +332,6 @@ class PresentedPainter {
         if (!mail.messageBody().empty())
             text_.draw(mail.messageBody(),
                        TextStyle{15, Weight::Regular, kBlack, PANGO_ALIGN_LEFT, 0}, x, top + 4,
-                       width);
-    }
-
-    // The shared image, as wide as the sheet allows, and the shared text under it.
-    void sharedItems(const plat::ActivityViewController& sheet, plat::Rect card, double top) {
-        const double x = card.origin.x + 16, width = card.size.width - 32;
-        top += 16;
-        if (auto image = sheet.image()) {
-            const plat::Size size = image->size();
-            const double shown = std::min(width, size.width);
-            const double height = size.width > 0 ? shown * size.height / size.width : 0;
-            drawImage(cr_, *image, plat::Rect{{x + (width - shown) / 2, top}, {shown, height}});
-            top += height + 12;
-        }
-        if (auto text = sheet.text())
-            text_.draw(*text, TextStyle{15, Weight::Regular, kBlack, PANGO_ALIGN_LEFT, 0}, x, top,
                        width);
     }
 

@@ -9,12 +9,15 @@
 #include "screen/png_encoder.h"
 #include "screen/presented_painter.h"
 #include "screen/shapes.h"
+#include "screen/sidebar_painter.h"
+#include "screen/status_bar.h"
 #include "screen/table_painter.h"
 #include "screen/text.h"
 
 namespace screen {
 
-Screenshot drawScreenshot(plat::ListController& page, const Look& look) {
+Screenshot drawScreenshot(plat::ListController& page, const Look& look,
+                          const SettingsEntry& entry) {
     Screenshot shot;
     shot.look = look;
     const int width = static_cast<int>(std::lround(look.width * look.scale));
@@ -32,12 +35,15 @@ Screenshot drawScreenshot(plat::ListController& page, const Look& look) {
         TextPainter text(cr);
         fillRect(cr, plat::Rect{{0, 0}, {look.width, look.height}}, look.background);
         // The table scrolls under the bars, so they are drawn over it.
-        const double top = look.statusBar + look.navigationBar;
-        paintTable(cr, text, page, top, shot);
-        paintBars(cr, text, page, look);
+        shot.table = TableLayout::of(text, page, look, look.statusBar + look.navigationBar);
+        paintTable(cr, text, page, shot.table, look);
+        paintNavigationBar(cr, text, page, look);
+        const Rgba pageInk = barInk(page, look);
+        if (look.sidebarWidth > 0) shot.selectedEntry = paintSidebar(cr, text, look, entry);
+        paintStatusBar(cr, text, look, look.sidebarWidth > 0 ? kBlack : pageInk, pageInk);
         if (auto presented = plat::frontmostPresented(page))
             paintPresented(cr, text, *presented, shot);
-        if (look.homeIndicator > 0 && !look.iPad) paintHomeIndicator(cr, look);
+        paintHomeIndicator(cr, look);
     } catch (...) {
         cairo_destroy(cr);
         throw;

@@ -87,13 +87,13 @@ void drawBackChevron(cairo_t* cr, double left, double centerY, const Rgba& color
     cairo_restore(cr);
 }
 
-void drawSwitch(cairo_t* cr, plat::Point origin, bool on, const Rgba& onColor,
-                const Rgba& offBorder) {
+void drawSwitch(cairo_t* cr, plat::Point origin, bool on, const Rgba& onColor, const Rgba& offColor,
+                bool outlinedOff) {
     const plat::Rect track{origin, {kSwitchWidth, kSwitchHeight}};
     roundedPath(cr, track, kSwitchHeight / 2);
-    setColor(cr, on ? onColor : offBorder);
+    setColor(cr, on ? onColor : offColor);
     cairo_fill(cr);
-    if (!on) {
+    if (!on && outlinedOff) {
         roundedPath(
             cr, plat::Rect{{origin.x + 1.5, origin.y + 1.5}, {kSwitchWidth - 3, kSwitchHeight - 3}},
             (kSwitchHeight - 3) / 2);

@@ -22,9 +22,10 @@ plat::Rect drawImage(cairo_t* cr, const plat::Image& image, plat::Rect box);
 void drawChevron(cairo_t* cr, double right, double centerY, const Rgba& color);
 // The back chevron of a navigation bar, its left edge at x.
 void drawBackChevron(cairo_t* cr, double left, double centerY, const Rgba& color);
-// A UISwitch (51×31 points) with its top-left corner at origin.
-void drawSwitch(cairo_t* cr, plat::Point origin, bool on, const Rgba& onColor,
-                const Rgba& offBorder);
+// A UISwitch (51×31 points) with its top-left corner at origin. Off, its track is filled
+// with offColor, or only outlined with it as before iOS 13.
+void drawSwitch(cairo_t* cr, plat::Point origin, bool on, const Rgba& onColor, const Rgba& offColor,
+                bool outlinedOff);
 inline constexpr double kSwitchWidth = 51, kSwitchHeight = 31;
 bool isDark(const Rgba& color);
 

@@ -1,7 +1,6 @@
 #include "screen/table_painter.h"
 
 #include <algorithm>
-#include <cctype>
 
 #include "platform/ui/image.h"
 #include "screen/shapes.h"
@@ -9,32 +8,6 @@
 namespace screen {
 
 namespace {
-
-constexpr double kRowHeight = 44;
-constexpr double kIconSize = 29;
-constexpr double kSectionGap = 35;
-constexpr double kHeaderGap = 7;  // between a header's last line and its group
-constexpr double kFooterGap = 7;  // between a group and its footer
-
-std::string upper(std::string text) {
-    // Headers are capitalised in ASCII only; other scripts keep their letters.
-    for (char& c : text)
-        if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
-    return text;
-}
-
-std::optional<std::string> stringProperty(const plat::Specifier& row, const char* key) {
-    const plat::Value value = row.propertyForKey(key);
-    if (!value.isString() || value.str().empty()) return std::nullopt;
-    return value.str();
-}
-
-plat::ImagePtr iconOf(const plat::ListController& page, const plat::Specifier& row) {
-    if (auto image = row.propertyForKey(plat::pskey::IconImage).as<plat::Image>()) return image;
-    if (auto name = stringProperty(row, plat::pskey::Icon))
-        return plat::Image::imageNamed(*name, page.bundle());
-    return nullptr;
-}
 
 // What a value row shows on its right: the row's value as text.
 std::optional<std::string> valueText(plat::ListController& page, const plat::SpecifierPtr& row) {
@@ -52,104 +25,69 @@ bool isLink(const plat::Specifier& row) {
 
 class TablePainter {
   public:
-    TablePainter(cairo_t* cr, TextPainter& text, plat::ListController& page, Screenshot& shot)
-        : cr_(cr), text_(text), page_(page), shot_(shot), look_(shot.look) {
-        left_ = look_.margin;
-        width_ = look_.width - 2 * look_.margin;
-        textWidth_ = width_ - 2 * look_.cellInset;
-    }
+    TablePainter(cairo_t* cr, TextPainter& text, plat::ListController& page, const Look& look)
+        : cr_(cr), text_(text), page_(page), look_(look) {}
 
-    void paint(double top) {
-        auto list = page_.heldSpecifiers();
-        if (!list) return;
-        double y = top;
-        for (std::size_t section = 0; section < page_.numberOfGroups(); ++section) {
-            if (y > look_.height) break;  // below the screen
-            y = paintSection(section, y);
-        }
+    void paint(const TableLayout& layout) {
+        cairo_save(cr_);
+        const plat::Rect& visible = layout.visible;
+        cairo_rectangle(cr_, visible.origin.x, visible.origin.y, visible.size.width,
+                        visible.size.height);
+        cairo_clip(cr_);
+        for (const LaidSection& section : layout.sections)
+            paintSection(section);
+        cairo_restore(cr_);
     }
 
   private:
-    double headerX() const { return left_ + look_.cellInset; }
-
-    double paintSection(std::size_t section, double y) {
-        auto group = page_.groupSpecifierForSection(section);
+    void paintSection(const LaidSection& section) {
         const TextStyle caption{13, Weight::Regular, look_.secondaryText};
-        const std::string header = group ? group->name().value_or("") : "";
-        if (!header.empty()) {
-            const std::string shown = upper(header);
-            const double height = text_.measure(shown, caption, textWidth_);
-            y += std::max(kSectionGap, 17 + height + kHeaderGap);
-            text_.draw(shown, caption, headerX(), y - kHeaderGap - height, textWidth_);
-        } else {
-            y += kSectionGap;
+        if (section.header) {
+            const LaidText& header = *section.header;
+            text_.draw(header.text, caption, header.frame.origin.x, header.frame.origin.y,
+                       header.frame.size.width);
         }
-
-        const std::size_t count = page_.rowsForGroup(section);
-        std::vector<std::pair<plat::SpecifierPtr, plat::TableCellPtr>> rows;
-        std::vector<double> heights;
-        double groupHeight = 0;
-        for (std::size_t row = 0; row < count; ++row) {
-            const std::size_t index = page_.indexForRow(row, section);
-            auto specifier = page_.specifierAtIndex(index);
-            auto earlier = specifier->propertyForKey(plat::pskey::CellObject).as<plat::TableCell>();
-            auto cell = page_.tableViewCellForRowAtIndexPath(row, section);
-            double height = kRowHeight;
-            if (cell && cell->hasCustomHeight())
-                height = std::max(1.0, cell->preferredHeightForWidth(width_));
-            rows.emplace_back(specifier, cell);
-            heights.push_back(height);
-            groupHeight += height;
-            shot_.rows.push_back(
-                RowFrame{index, plat::Rect{{left_, y + groupHeight - height}, {width_, height}},
-                         cell, earlier});
-        }
-
         // The group's white ground, rounded as one piece when inset; a custom cell with a
         // background colour of its own paints over it.
-        if (groupHeight > 0) {
-            roundedPath(cr_, plat::Rect{{left_, y}, {width_, groupHeight}}, look_.cornerRadius);
+        const plat::Rect& ground = section.ground;
+        if (ground.size.height > 0) {
+            roundedPath(cr_, ground, look_.cornerRadius);
             setColor(cr_, kWhite);
             cairo_fill(cr_);
             if (!look_.insetGrouped) {
-                fillRect(cr_, plat::Rect{{0, y - 0.5}, {look_.width, 0.5}}, look_.separator);
-                fillRect(cr_, plat::Rect{{0, y + groupHeight}, {look_.width, 0.5}},
+                const double x = look_.pageX(), width = look_.pageWidth();
+                fillRect(cr_, plat::Rect{{x, ground.origin.y - 0.5}, {width, 0.5}},
+                         look_.separator);
+                fillRect(cr_, plat::Rect{{x, ground.origin.y + ground.size.height}, {width, 0.5}},
                          look_.separator);
             }
         }
-        double rowTop = y;
-        for (std::size_t i = 0; i < rows.size(); ++i) {
-            const bool first = i == 0, last = i + 1 == rows.size();
-            const plat::Rect frame{{left_, rowTop}, {width_, heights[i]}};
-            const double separatorX = paintRow(rows[i].first, rows[i].second, frame, first, last);
-            if (!last)
-                fillRect(cr_,
-                         plat::Rect{{separatorX, rowTop + heights[i] - 0.5},
-                                    {left_ + width_ - separatorX, 0.5}},
-                         look_.separator);
-            rowTop += heights[i];
+        for (const LaidRow& row : section.rows) {
+            paintRow(row, section.textX);
+            if (row.last) continue;
+            const plat::Rect& frame = row.frame;
+            fillRect(cr_,
+                     plat::Rect{{section.textX, frame.origin.y + frame.size.height - 0.5},
+                                {frame.origin.x + frame.size.width - section.textX, 0.5}},
+                     look_.separator);
         }
-        y += groupHeight;
-
-        if (auto footer = group ? stringProperty(*group, plat::pskey::FooterText) : std::nullopt) {
-            y += kFooterGap;
-            const double height = text_.draw(*footer, caption, headerX(), y, textWidth_);
-            shot_.footers.push_back(
-                TextFrame{section, plat::Rect{{headerX(), y}, {textWidth_, height}}});
-            y += height;
+        if (section.footer) {
+            const LaidText& footer = *section.footer;
+            text_.draw(footer.text, caption, footer.frame.origin.x, footer.frame.origin.y,
+                       footer.frame.size.width);
         }
-        return y;
     }
 
-    // Draws one row; answers where its separator starts.
-    double paintRow(const plat::SpecifierPtr& row, const plat::TableCellPtr& cell, plat::Rect frame,
-                    bool first, bool last) {
+    void paintRow(const LaidRow& laid, double textX) {
+        const plat::SpecifierPtr& row = laid.specifier;
+        const plat::TableCellPtr& cell = laid.cell;
+        const plat::Rect frame = laid.frame;
         const double x = frame.origin.x, y = frame.origin.y;
         const double h = frame.size.height, w = frame.size.width;
         const double middle = y + h / 2;
         if (cell && cell->backgroundColor()) {
             cairo_save(cr_);
-            roundedPath(cr_, frame, look_.cornerRadius, first, last);
+            roundedPath(cr_, frame, look_.cornerRadius, laid.first, laid.last);
             cairo_set_operator(cr_, CAIRO_OPERATOR_SOURCE);
             // A clear cell shows the table's ground, not the group's white.
             const Rgba own = rgbaOf(*cell->backgroundColor());
@@ -158,12 +96,10 @@ class TablePainter {
             cairo_restore(cr_);
         }
 
-        double textX = x + look_.cellInset;
-        if (auto icon = iconOf(page_, *row)) {
-            drawImage(cr_, *icon,
-                      plat::Rect{{textX, middle - kIconSize / 2}, {kIconSize, kIconSize}});
-            textX += kIconSize + 15;
-        }
+        if (laid.icon)
+            drawImage(
+                cr_, *laid.icon,
+                plat::Rect{{x + look_.cellInset, middle - kIconSize / 2}, {kIconSize, kIconSize}});
         double right = x + w - look_.cellInset;
 
         // A cell with text of its own fonts (a header cell) fills its height with it.
@@ -177,14 +113,14 @@ class TablePainter {
             cairo_clip(cr_);
             text_.draw(attributed, base, textX, middle - height / 2, width);
             cairo_restore(cr_);
-            return textX;
+            return;
         }
 
         if (auto control = cell ? cell->control() : nullptr) {
             const Rgba on =
                 control->onTintColor() ? rgbaOf(*control->onTintColor()) : look_.switchOn;
             drawSwitch(cr_, plat::Point{right - kSwitchWidth, middle - kSwitchHeight / 2},
-                       control->isOn(), on, look_.switchOffBorder);
+                       control->isOn(), on, look_.switchOff, look_.outlinedOffSwitch);
             right -= kSwitchWidth + 8;
         } else if (isLink(*row)) {
             drawChevron(cr_, right, middle, look_.chevron);
@@ -213,22 +149,19 @@ class TablePainter {
             text_.draw(*label, labelStyle, textX, middle - height / 2, width);
             cairo_restore(cr_);
         }
-        return textX;
     }
 
     cairo_t* cr_;
     TextPainter& text_;
     plat::ListController& page_;
-    Screenshot& shot_;
     const Look& look_;
-    double left_ = 0, width_ = 0, textWidth_ = 0;
 };
 
 }  // namespace
 
-void paintTable(cairo_t* cr, TextPainter& text, plat::ListController& page, double top,
-                Screenshot& shot) {
-    TablePainter(cr, text, page, shot).paint(top);
+void paintTable(cairo_t* cr, TextPainter& text, plat::ListController& page,
+                const TableLayout& layout, const Look& look) {
+    TablePainter(cr, text, page, look).paint(layout);
 }
 
 }  // namespace screen

@@ -3,14 +3,15 @@
 #include <cairo.h>
 
 #include "platform/prefs/list_controller.h"
-#include "screen/screenshot.h"
+#include "screen/table_layout.h"
 #include "screen/text.h"
 
 namespace screen {
 
-// Draws the page's table from `top` down: group headers and footers, rows with their icons,
-// labels, values, chevrons and switches, custom cells at their own height.
-void paintTable(cairo_t* cr, TextPainter& text, plat::ListController& page, double top,
-                Screenshot& shot);
+// Draws a laid-out table: group headers and footers, rows with their icons, labels, values,
+// chevrons and switches, custom cells at their own height. Nothing is drawn below the
+// layout's visible part, so the home indicator never covers a row.
+void paintTable(cairo_t* cr, TextPainter& text, plat::ListController& page,
+                const TableLayout& layout, const Look& look);
 
 }  // namespace screen

@@ -14,6 +14,7 @@
 #include "device/device_init.h"
 #include "device/generated_apps.h"
 #include "device/installed_app_list.h"
+#include "platform/system/device_models.h"
 #include "platform/system/host_device_root.h"
 
 namespace velto::app {
@@ -24,9 +25,10 @@ void declareDeviceInit(CLI::App& command, DeviceInitRequest& request) {
         ->check(CLI::IsMember({"iphone", "ipad", "ipod"}))
         ->capture_default_str();
     command.add_option("--system-version", request.systemVersion, "X.Y[.Z]")->capture_default_str();
-    command.add_option("--scale", request.scale, "screen scale: 1, 2 or 3")
-        ->check(CLI::IsMember({1, 2, 3}))
-        ->capture_default_str();
+    command
+        .add_option("--scale", request.scale,
+                    "screen scale: 1, 2 or 3 (default 3 on an iphone, 2 on an ipad or ipod)")
+        ->check(CLI::IsMember({1, 2, 3}));
     command.add_flag("--no-facetime", request.noFaceTime, "the device offers no FaceTime");
     command
         .add_option("--app", request.apps,
@@ -63,6 +65,15 @@ plat::DeviceFamily familyOf(const std::string& name) {
     return plat::DeviceFamily::iPhone;
 }
 
+// The scales the family's models have, "1x or 2x".
+std::string scalesOf(plat::DeviceFamily family) {
+    std::string text;
+    for (int scale = 1; scale <= 3; ++scale)
+        if (plat::modelFor(family, scale))
+            text += (text.empty() ? "" : " or ") + std::to_string(scale) + "x";
+    return text;
+}
+
 int fail(bool json, const std::string& message, int status = kExitFailed) {
     if (json)
         std::cerr << jsonText(errorLine(message)) << "\n";
@@ -80,7 +91,15 @@ int runDeviceInit(const DeviceInitRequest& request, bool json) {
         return fail(json, "'" + request.systemVersion + "' is not a system version (X.Y[.Z])",
                     kExitUsage);
     options.systemVersion = request.systemVersion;
-    options.scale = request.scale;
+    // The scale picks the model whose screen the device has; a family that never had that
+    // scale gets no device rather than a screen no device had.
+    options.scale = request.scale ? request.scale : plat::defaultModel(options.family).scale;
+    if (!plat::modelFor(options.family, options.scale))
+        return fail(json,
+                    std::string("no ") + plat::familyName(options.family) + " has a " +
+                        std::to_string(options.scale) + "x screen (" + scalesOf(options.family) +
+                        ")",
+                    kExitUsage);
     options.faceTime = !request.noFaceTime;
     options.extensionAnswers = !request.noExtension;
     options.extensionVersion = request.extensionVersion;

@@ -14,7 +14,7 @@ struct DeviceInitRequest {
     std::string folder;
     std::string family = "iphone";
     std::string systemVersion = "14.4";
-    int scale = 3;
+    int scale = 0;  // 0: the family's usual scale
     bool noFaceTime = false;
     bool noExtension = false;
     bool demo = false;

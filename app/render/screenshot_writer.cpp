@@ -8,9 +8,22 @@
 
 namespace velto::app {
 
+namespace {
+
+// The row the package adds to Settings' own list, as its loader entry names it: the label and
+// the bundle's icon.
+screen::SettingsEntry settingsEntry(Session& session) {
+    const auto pages = session.pages();
+    if (pages.empty()) return {"Velto 2", nullptr};
+    return {"Velto 2", plat::Image::imageNamed("Velto", pages.front()->bundle())};
+}
+
+}  // namespace
+
 std::size_t writeScreenshot(Session& session, const std::string& file) {
     const auto look = screen::Look::forDevice(plat::DeviceFacts::read(session.process().root()));
-    const plat::Bytes png = screen::pngBytes(screen::drawScreenshot(*session.topPage(), look));
+    const plat::Bytes png =
+        screen::pngBytes(screen::drawScreenshot(*session.topPage(), look, settingsEntry(session)));
     std::ofstream out(file, std::ios::binary | std::ios::trunc);
     if (out)
         out.write(reinterpret_cast<const char*>(png.data()),

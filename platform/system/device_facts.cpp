@@ -3,6 +3,7 @@
 #include <cctype>
 #include <string_view>
 
+#include "platform/system/device_models.h"
 #include "platform/system/device_root.h"
 #include "platform/system/property_list_cache.h"
 
@@ -15,19 +16,6 @@ namespace {
 // parsed again only when they change.
 Value readPropertyList(const DeviceRoot& root, std::string_view devicePath) {
     return cachedPropertyList(root, devicePath);
-}
-
-// A model the family really had, for code that shows or compares the product type.
-const char* defaultProductType(DeviceFamily family) {
-    switch (family) {
-        case DeviceFamily::iPad:
-            return "iPad8,1";
-        case DeviceFamily::iPod:
-            return "iPod9,1";
-        case DeviceFamily::iPhone:
-            break;
-    }
-    return "iPhone13,2";
 }
 
 // "14.4.1" -> 14, 4: leading digits of each dot-separated part, missing parts 0.
@@ -68,9 +56,6 @@ DeviceFacts DeviceFacts::read(const DeviceRoot& root) {
     else
         facts.family = DeviceFamily::iPhone;
 
-    const std::string productType = profile.objectForKey("ProductType").str();
-    facts.productType = !productType.empty() ? productType : defaultProductType(facts.family);
-
     Value faceTime = profile.objectForKey("FaceTime");
     facts.faceTime = faceTime.isNil() ? true : faceTime.boolValue();
 
@@ -80,6 +65,11 @@ DeviceFacts DeviceFacts::read(const DeviceRoot& root) {
         facts.screenScale = scale;
     else
         facts.screenScale = facts.family == DeviceFamily::iPhone ? 3 : 2;
+
+    // Without one, a model the family really had at that scale, for code that shows or
+    // compares the product type.
+    const std::string productType = profile.objectForKey("ProductType").str();
+    facts.productType = !productType.empty() ? productType : modelOf(facts).productType;
     return facts;
 }
 

@@ -12,7 +12,7 @@ enum class DeviceFamily { iPhone, iPad, iPod };
 // /System/Library/CoreServices/SystemVersion.plist (ProductVersion); the facts no file carries
 // on a real device come from the root's /DeviceProfile.plist:
 //   DeviceFamily: "iPhone" | "iPad" | "iPod"   (default iPhone)
-//   ProductType:  e.g. "iPhone13,2"            (default derived from the family)
+//   ProductType:  e.g. "iPhone13,2"            (default: the family's model at that scale)
 //   FaceTime:     boolean                      (default true)
 //   ScreenScale:  1, 2 or 3                    (default 3 on iPhone, 2 otherwise)
 // Read on every call; a file is parsed again only when it has changed.

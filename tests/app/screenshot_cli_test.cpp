@@ -1,5 +1,5 @@
-// Pictures through the program: the `screenshot` step and `--screenshots`, on an iPhone and an
-// iPad, with the written files named in the JSON output.
+// Pictures through the program: the `screenshot` step and `--screenshots`, on iPhones, an iPod
+// and an iPad at the sizes of their models, with the written files named in the JSON output.
 
 #include <gtest/gtest.h>
 
@@ -39,8 +39,10 @@ class ScreenshotCliTest : public ::testing::TestWithParam<DeviceCase> {};
 TEST_P(ScreenshotCliTest, StepAndFolderWritePicturesOfTheDevicesSize) {
     ScratchFolder scratch;
     const std::string device = scratch / "device";
-    initDevice(device, {"--family", GetParam().family, "--system-version", GetParam().version,
-                        "--scale", GetParam().scale});
+    std::vector<std::string> options{"--family", GetParam().family, "--system-version",
+                                     GetParam().version};
+    if (*GetParam().scale) options.insert(options.end(), {"--scale", GetParam().scale});
+    initDevice(device, options);
     const std::string file = scratch / "root.png";
     const auto result = runProgram({"--device", device, "--json", "--screenshots",
                                     scratch / "shots", "screenshot " + file, "show"});
@@ -58,8 +60,21 @@ TEST_P(ScreenshotCliTest, StepAndFolderWritePicturesOfTheDevicesSize) {
 
 INSTANTIATE_TEST_SUITE_P(Devices, ScreenshotCliTest,
                          ::testing::Values(DeviceCase{"iphone", "12.4", "3", {1170, 2532}},
-                                           DeviceCase{"ipad", "14.4", "2", {1640, 2360}}),
-                         [](const auto& info) { return std::string(info.param.family); });
+                                           DeviceCase{"iphone", "14.4", "2", {750, 1334}},
+                                           DeviceCase{"ipod", "14.4", "", {640, 1136}},
+                                           DeviceCase{"ipad", "14.4", "", {1668, 2388}}),
+                         [](const auto& info) {
+                             return std::string(info.param.family) + info.param.scale;
+                         });
+
+TEST(ScreenshotCli, AScaleTheFamilyNeverHadMakesNoDevice) {
+    ScratchFolder scratch;
+    const auto result =
+        runProgram({"device", "init", scratch / "device", "--family", "ipad", "--scale", "3"});
+    EXPECT_EQ(result.status, 2);  // a usage error, like any option value out of its range
+    EXPECT_NE(result.err.find("no iPad has a 3x screen"), std::string::npos) << result.err;
+    EXPECT_FALSE(std::filesystem::exists(scratch.path() / "device/DeviceProfile.plist"));
+}
 
 TEST(ScreenshotCli, UnwritableFileFailsTheStep) {
     ScratchFolder scratch;
