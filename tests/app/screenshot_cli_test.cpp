@@ -31,7 +31,8 @@ struct DeviceCase {
 
 // Printed by its name, where GoogleTest would dump the bytes.
 void PrintTo(const DeviceCase& device, std::ostream* out) {
-    *out << device.family << " " << device.version << " @" << device.scale << "x";
+    *out << device.family << " " << device.version;
+    if (*device.scale) *out << " @" << device.scale << "x";
 }
 
 class ScreenshotCliTest : public ::testing::TestWithParam<DeviceCase> {};
