@@ -25,6 +25,33 @@ std::string quoted(const std::string& argument) {
                                                     plat::NSRegularExpressionSearch)});
 }
 
+// A piece read is converted as a decoder that repairs does: a character the 1023-byte read
+// cut in two, or any byte that is not UTF-8, becomes U+FFFD, and everything else of the piece
+// stays. Dropping the whole piece would lose the version around the cut.
+std::string convertedPiece(const std::string& piece) {
+    if (plat::isValidUTF8(piece)) return piece;
+    static const std::string kReplacement = "\xEF\xBF\xBD";
+    std::string text;
+    for (std::size_t at = 0; at < piece.size();) {
+        const auto lead = static_cast<unsigned char>(piece[at]);
+        const std::size_t length = lead < 0x80 ? 1 : lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
+        if (at + length <= piece.size() &&
+            plat::isValidUTF8(std::string_view(piece).substr(at, length))) {
+            text.append(piece, at, length);
+            at += length;
+            continue;
+        }
+        text += kReplacement;
+        // A cut sequence is one character's worth: its lead and the continuations that follow.
+        std::size_t skip = 1;
+        while (lead >= 0xC0 && skip < length && at + skip < piece.size() &&
+               (static_cast<unsigned char>(piece[at + skip]) & 0xC0) == 0x80)
+            ++skip;
+        at += skip;
+    }
+    return text;
+}
+
 }  // namespace
 
 std::optional<std::string> packageVersion(const std::string& packageIdentifier) {
@@ -39,11 +66,8 @@ std::optional<std::string> packageVersion(const std::string& packageIdentifier) 
     if (!pipe) return std::nullopt;
     std::string output;
     char buffer[1024];
-    while (pipe->fgets(buffer, sizeof buffer)) {
-        const std::string piece(buffer);
-        // A piece that is not UTF-8 converts to nothing and adds nothing.
-        if (plat::isValidUTF8(piece)) output += piece;
-    }
+    while (pipe->fgets(buffer, sizeof buffer))
+        output += convertedPiece(buffer);
     if (pipe->pclose() != 0) return std::nullopt;
     return output;
 }

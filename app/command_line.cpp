@@ -289,15 +289,25 @@ CLI::App* declarePlutil(CLI::App& app) {
     return plutil;
 }
 
+// CLI::PositiveNumber's message spells out the largest double, 309 digits of it.
+CLI::Validator positive() {
+    return CLI::Validator(
+        [](std::string& text) {
+            double number = 0;
+            if (!CLI::detail::lexical_cast(text, number) || !(number > 0))
+                return std::string("must be positive");
+            return std::string();
+        },
+        "POSITIVE");
+}
+
 CLI::App* declareWatch(CLI::App& app, Options& options) {
     CLI::App* watch = app.add_subcommand(
         "watch",
         "show the page the steps lead to, and again whenever the device's settings or "
         "the bundle's resources change (Ctrl-C or end of input ends it)");
-    watch->add_option("--redraws", options.watchRedraws, "stop after N redraws")
-        ->check(CLI::PositiveNumber);
-    watch->add_option("--timeout", options.watchTimeout, "stop after SECONDS")
-        ->check(CLI::PositiveNumber);
+    watch->add_option("--redraws", options.watchRedraws, "stop after N redraws")->check(positive());
+    watch->add_option("--timeout", options.watchTimeout, "stop after SECONDS")->check(positive());
 
     return watch;
 }

@@ -111,6 +111,7 @@ void VeltoSettings::removeFromExcludedApps(const std::optional<std::string>& bun
 }
 
 void VeltoSettings::changeExclusion(const std::string& bundleIdentifier, bool exclude) {
+    const auto lock = plat::lockForWriting(kSettingsPath);
     plat::Value settings = readSettingsFile();
     plat::Array apps;
     if (const plat::Array* stored = settings.objectForKey(kExcludedApps).asArray()) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <filesystem>
 
@@ -14,9 +15,14 @@ namespace velto::device {
 // icons (/Applications/*.app and the bundle containers, with the containers' metadata), the
 // dpkg status database and the system version. `source` is a copy of the device's file system
 // (its /, or with /var under /private/var as on the device), or a tar archive of one, in any
-// compression tar reads. Symbolic links are not followed, so nothing outside the copy is read.
+// compression tar reads.
+// Nothing outside the copy is read: no component of a path taken may be a symbolic link, and
+// a file with a second (hard) link is passed over as a link is. An archive is unpacked only
+// for the files wanted, into a scratch folder that goes on every way out. A file larger than
+// the device's read limit (64 MB) fails the import.
 // Answers how many files were copied; throws std::runtime_error when the source cannot be
-// read or holds none of these files.
-std::size_t importDeviceFiles(const plat::DeviceRoot& root, const std::filesystem::path& source);
+// read or holds none of these files, or when `stop` turns true (an interrupt).
+std::size_t importDeviceFiles(const plat::DeviceRoot& root, const std::filesystem::path& source,
+                              const std::atomic<bool>* stop = nullptr);
 
 }  // namespace velto::device

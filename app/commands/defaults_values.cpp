@@ -1,9 +1,11 @@
 #include "app/commands/defaults_values.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
+#include <unordered_map>
 
 namespace velto::app {
 
@@ -182,6 +184,38 @@ std::string defaultsTypeName(const plat::Value& value) {
             break;
     }
     return plat::typeName(value.type());
+}
+
+namespace {
+
+// Counted once per container, however often it is shared; sums saturate past the limit.
+std::uint64_t countPrinted(const plat::Value& value, std::uint64_t limit,
+                           std::unordered_map<const void*, std::uint64_t>& counted) {
+    const void* container = value.isArray()        ? static_cast<const void*>(value.asArray())
+                            : value.isDictionary() ? static_cast<const void*>(value.asDictionary())
+                                                   : nullptr;
+    if (!container) return 1;
+    if (auto known = counted.find(container); known != counted.end()) return known->second;
+    counted[container] = limit + 1;  // a container that holds itself never ends
+    std::uint64_t total = 1;
+    const auto add = [&](const plat::Value& item) {
+        total = std::min(limit + 1, total + countPrinted(item, limit, counted));
+    };
+    if (const plat::Array* items = value.asArray())
+        for (const plat::Value& item : *items)
+            add(item);
+    if (const plat::Dictionary* entries = value.asDictionary())
+        for (const auto& [key, item] : *entries)
+            add(item);
+    counted[container] = total;
+    return total;
+}
+
+}  // namespace
+
+std::uint64_t printedObjectCount(const plat::Value& value, std::uint64_t limit) {
+    std::unordered_map<const void*, std::uint64_t> counted;
+    return countPrinted(value, limit, counted);
 }
 
 }  // namespace velto::app

@@ -1,9 +1,17 @@
 #include "app/commands/device_init_command.h"
 
+#include <signal.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <CLI/CLI.hpp>
+#include <atomic>
+#include <cerrno>
+#include <cstring>
 #include <filesystem>
 #include <iostream>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <regex>
 
 #include "app/commands/device_location.h"
@@ -82,6 +90,84 @@ int fail(bool json, const std::string& message, int status = kExitFailed) {
     return status;
 }
 
+// The status a shell gives a command ended by Ctrl-C.
+
+std::atomic<bool> interrupted{false};
+
+void noteInterrupt(int) {
+    interrupted = true;
+}
+
+// Ctrl-C while a device is made: noted, so the work stops at the next file and cleans up,
+// instead of ending the process with a half-made device and a scratch folder left behind.
+class InterruptGuard {
+  public:
+    InterruptGuard() {
+        interrupted = false;
+        struct sigaction action {};
+        action.sa_handler = noteInterrupt;
+        sigemptyset(&action.sa_mask);
+        ::sigaction(SIGINT, &action, &previous_);
+        ::sigaction(SIGTERM, &action, &previousTerm_);
+    }
+    ~InterruptGuard() {
+        ::sigaction(SIGINT, &previous_, nullptr);
+        ::sigaction(SIGTERM, &previousTerm_, nullptr);
+    }
+    InterruptGuard(const InterruptGuard&) = delete;
+    InterruptGuard& operator=(const InterruptGuard&) = delete;
+
+  private:
+    struct sigaction previous_ {};
+    struct sigaction previousTerm_ {};
+};
+
+bool isEmptyOrMissing(const std::filesystem::path& folder) {
+    std::error_code ec;
+    if (!std::filesystem::exists(std::filesystem::symlink_status(folder, ec))) return true;
+    return std::filesystem::is_directory(std::filesystem::symlink_status(folder, ec)) &&
+           std::filesystem::directory_iterator(folder, ec) == std::filesystem::directory_iterator();
+}
+
+// A hidden sibling of the device's folder, removed unless it was moved into place.
+class Staging {
+  public:
+    explicit Staging(const std::filesystem::path& folder) {
+        const std::filesystem::path absolute = std::filesystem::absolute(folder).lexically_normal();
+        const std::filesystem::path named =
+            absolute.has_filename() ? absolute : absolute.parent_path();
+        std::error_code ec;
+        std::filesystem::create_directories(named.parent_path(), ec);
+        std::string pattern =
+            (named.parent_path() / ("." + named.filename().string() + ".new-XXXXXX")).string();
+        if (!::mkdtemp(pattern.data()))
+            throw std::runtime_error("cannot make a folder beside " + folder.string() + ": " +
+                                     std::strerror(errno));
+        folder_ = pattern;
+        const mode_t mask = ::umask(022);
+        ::umask(mask);
+        ::chmod(folder_.c_str(), 0777 & ~mask);
+    }
+    ~Staging() {
+        if (folder_.empty()) return;
+        std::error_code ec;
+        std::filesystem::remove_all(folder_, ec);
+    }
+    Staging(const Staging&) = delete;
+    Staging& operator=(const Staging&) = delete;
+    const std::filesystem::path& folder() const { return folder_; }
+    // rename(2) replaces an empty folder, and nothing else.
+    void moveInto(const std::filesystem::path& place) {
+        if (::rename(folder_.c_str(), place.c_str()) != 0)
+            throw std::runtime_error("cannot move the new device into " + place.string() + ": " +
+                                     std::strerror(errno));
+        folder_.clear();
+    }
+
+  private:
+    std::filesystem::path folder_;
+};
+
 }  // namespace
 
 int runDeviceInit(const DeviceInitRequest& request, bool json) {
@@ -138,16 +224,24 @@ int runDeviceInit(const DeviceInitRequest& request, bool json) {
     std::size_t imported = 0;
     std::size_t apps = 0;
     try {
-        device::initDevice(request.folder, options, resourcesFolder());
+        const InterruptGuard interrupts;
+        // A new device is made whole beside its place and renamed into it, so a failure or an
+        // interrupt leaves nothing a retry would refuse. Written into an existing folder
+        // (--force), it is written in place.
+        std::optional<Staging> staging;
+        if (isEmptyOrMissing(folder)) staging.emplace(folder);
+        const std::filesystem::path into = staging ? staging->folder() : folder;
+        device::initDevice(into, options, resourcesFolder());
         // Over the new device, so the real one's package database and system version win.
         if (!request.from.empty())
             imported = device::importDeviceFiles(
-                plat::HostDeviceRoot(std::filesystem::canonical(request.folder)), request.from);
+                plat::HostDeviceRoot(std::filesystem::canonical(into)), request.from, &interrupted);
+        if (interrupted) throw std::runtime_error("interrupted");
         // What the device holds now, imported applications included.
-        apps =
-            device::installedApps(plat::HostDeviceRoot(std::filesystem::canonical(request.folder)))
-                .size();
+        apps = device::installedApps(plat::HostDeviceRoot(std::filesystem::canonical(into))).size();
+        if (staging) staging->moveInto(folder);
     } catch (const std::exception& e) {
+        if (interrupted) return fail(json, "interrupted; nothing was written");
         return fail(json, e.what());
     }
     if (json) {

@@ -1,22 +1,28 @@
 #pragma once
 
+#include <cstdint>
 #include <istream>
-#include <optional>
 #include <ostream>
 #include <string>
 
 #include "platform/foundation/value.h"
+#include "platform/system/port_result.h"
 
 namespace velto::app {
 
 // Files on the host, outside any device: what `defaults export/import` and `plutil` read and
 // write. "-" names standard input or output.
 
-// The whole file, or nullopt when it cannot be read.
-std::optional<plat::Bytes> readHostFile(const std::string& path, std::istream& standardInput);
+// The most a host file or standard input may hold: a property list, never the machine's memory.
+inline constexpr std::uint64_t kHostReadLimit = std::uint64_t{64} << 20;
 
-// Written aside and renamed over the path, so a failed write leaves the old file whole. False
-// when it cannot be written.
-bool writeHostFile(const std::string& path, const plat::Bytes& bytes, std::ostream& standardOutput);
+// The whole file, or why it cannot be read (missing, not a regular file, over the limit).
+plat::PortResult<plat::Bytes> readHostFile(const std::string& path, std::istream& standardInput);
+
+// Written to a fresh file beside the target (never a name another user could plant first) and
+// renamed over it, so a failed write leaves the old file whole. The new file keeps the old
+// one's permissions; a symbolic link is written through, and stays a link.
+plat::PortStatus writeHostFile(const std::string& path, const plat::Bytes& bytes,
+                               std::ostream& standardOutput);
 
 }  // namespace velto::app

@@ -41,7 +41,7 @@ struct Report {
 plat::Value load(const std::string& file, std::istream& in, std::string& why) {
     const auto bytes = readHostFile(file, in);
     if (!bytes) {
-        why = "cannot read the file";
+        why = bytes.error();
         return plat::Value();
     }
     const plat::Value value = plat::propertyListFromData(*bytes);
@@ -86,9 +86,14 @@ int runPlutil(const std::vector<std::string>& arguments, bool json, std::ostream
         at = 2;
     }
     for (; at < arguments.size(); ++at) {
-        if (!format.empty() && arguments[at] == "-o" && at + 1 < arguments.size())
+        if (!format.empty() && arguments[at] == "-o") {
+            // Without its value, the input itself would be converted in place.
+            if (at + 1 == arguments.size() || arguments[at + 1].empty()) {
+                err << "velto-settings: plutil: -o needs a file name (or - for standard output)\n";
+                return kExitUsage;
+            }
             output = arguments[++at];
-        else
+        } else
             files.push_back(arguments[at]);
     }
     if (files.empty() || (!output.empty() && files.size() != 1)) return usage();
@@ -113,8 +118,9 @@ int runPlutil(const std::vector<std::string>& arguments, bool json, std::ostream
         const auto bytes = converted(value, format, why);
         if (!bytes)
             report.failed(file, why);
-        else if (!writeHostFile(output.empty() ? file : output, *bytes, out))
-            report.failed(file, "cannot write " + (output.empty() ? file : output));
+        else if (const auto written = writeHostFile(output.empty() ? file : output, *bytes, out);
+                 !written)
+            report.failed(file, written.error());
         else if (output != "-")
             report.passed(file, "converted");
     }

@@ -189,6 +189,9 @@ struct JournalWhat {
     std::string operator()(const plat::journal::PreferenceWrite& e) const {
         return e.domain + " " + e.key;
     }
+    std::string operator()(const plat::journal::PreferenceWriteRefused& e) const {
+        return e.domain + " " + e.key + ": " + e.cause;
+    }
 };
 
 // Rows inserted or removed one after the other on one page, or the same request again: one

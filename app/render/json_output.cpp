@@ -140,6 +140,11 @@ struct JournalFields {
         out["key"] = e.key;
         out["value"] = valueJson(e.value);
     }
+    void operator()(const plat::journal::PreferenceWriteRefused& e) const {
+        out["domain"] = e.domain;
+        out["key"] = e.key;
+        out["cause"] = e.cause;
+    }
 };
 
 }  // namespace

@@ -34,12 +34,47 @@ int runArgumentSteps(StepRunner& runner, Renderer& renderer,
     return kExitOk;
 }
 
+namespace {
+
+// Far more than any step needs; `run /dev/zero` must stop here rather than fill memory.
+constexpr std::size_t kMaxStepLine = 64 * 1024;
+
+// std::getline, but no further than kMaxStepLine bytes: false at the end of input, and
+// `tooLong` set when the line does not end in time.
+bool readStepLine(std::istream& in, std::string& line, bool& tooLong) {
+    line.clear();
+    std::streambuf* source = in.rdbuf();
+    for (;;) {
+        const int c = source->sbumpc();
+        if (c == std::char_traits<char>::eof()) {
+            in.setstate(std::ios::eofbit);
+            return !line.empty();
+        }
+        if (c == '\n') return true;
+        if (line.size() == kMaxStepLine) {
+            tooLong = true;
+            return true;
+        }
+        line.push_back(static_cast<char>(c));
+    }
+}
+
+}  // namespace
+
 int runStepStream(StepRunner& runner, Renderer& renderer, std::istream& in,
                   const std::filesystem::path& folder) {
     static const std::string kByteOrderMark = "\xEF\xBB\xBF";
     std::size_t lineNumber = 0;
-    for (std::string line; std::getline(in, line);) {
+    bool tooLong = false;
+    for (std::string line; readStepLine(in, line, tooLong);) {
         ++lineNumber;
+        if (tooLong) {
+            renderer.errorAt(
+                "",
+                "longer than " + std::to_string(kMaxStepLine) + " bytes, the most a step may take",
+                lineNumber);
+            return kExitUsage;
+        }
         // Editors on other systems begin UTF-8 files with one.
         if (lineNumber == 1 && line.starts_with(kByteOrderMark))
             line.erase(0, kByteOrderMark.size());

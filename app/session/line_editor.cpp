@@ -13,6 +13,7 @@
 #include <stdexcept>
 
 #include "app/commands/device_location.h"
+#include "app/session/history_file.h"
 
 namespace velto::app {
 
@@ -90,7 +91,9 @@ LineEditor::LineEditor(std::filesystem::path historyFile, Completer completer, b
     HistEvent event;
     history(history_, &event, H_SETSIZE, kHistorySize);
     history(history_, &event, H_SETUNIQUE, 1);
-    if (!historyFile_.empty()) history(history_, &event, H_LOAD, historyFile_.c_str());
+    if (!historyFile_.empty()) steps_ = loadHistory(historyFile_, kHistorySize);
+    for (const std::string& step : steps_)
+        history(history_, &event, H_ENTER, step.c_str());
 
     el_set(editor_, EL_CLIENTDATA, this);
     el_set(editor_, EL_EDITOR, "emacs");
@@ -148,7 +151,9 @@ std::optional<std::string> LineEditor::read(const std::string& prompt) {
     if (text.find_first_not_of(" \t") != std::string::npos) {
         HistEvent event;
         history(history_, &event, H_ENTER, text.c_str());
-        if (!historyFile_.empty()) history(history_, &event, H_SAVE, historyFile_.c_str());
+        if (steps_.empty() || steps_.back() != text) steps_.push_back(text);
+        if (steps_.size() > static_cast<std::size_t>(kHistorySize)) steps_.erase(steps_.begin());
+        if (!historyFile_.empty()) saveHistory(historyFile_, steps_);
     }
     return text;
 }

@@ -5,6 +5,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "app/session/completion.h"
 
@@ -47,6 +48,7 @@ class LineEditor {
     Completer completer_;
     bool colour_;
     std::string prompt_;
+    std::vector<std::string> steps_;  // the history as it is saved, oldest first
 };
 
 }  // namespace velto::app

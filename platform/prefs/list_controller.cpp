@@ -44,7 +44,10 @@ SpecifierArrayPtr ListController::loadSpecifiersFromPlistName(const std::string&
     if (std::find(loadedResources_.begin(), loadedResources_.end(), name) == loadedResources_.end())
         loadedResources_.push_back(name);
     LoadedSpecifiers loaded = loadSpecifiersFromPlist(bundle(), name, target);
-    if (loaded.title) navigationItem().setTitle(loaded.title);
+    if (loaded.title && !titleLoaded_) {
+        navigationItem().setTitle(loaded.title);
+        titleLoaded_ = true;
+    }
     return loaded.specifiers;
 }
 
@@ -169,17 +172,23 @@ void ListController::setPreferenceValue(const Value& value, const SpecifierPtr& 
     const std::string key = specifier->propertyForKey(pskey::Key).str();
     if (!domain.empty() && !key.empty()) {
         const std::string path = preferencesDomainPath(domain);
-        Value stored = dictionaryWithContentsOfFile(path);
-        if (!stored.isDictionary()) stored = Value::dictionary();
-        stored.setValueForKey(key, value);
         // The preferences daemon makes the folder of a domain it writes first.
         if (!process.root().fileExists(kPreferencesFolder))
             process.root().createDirectory(kPreferencesFolder, true);
-        // Only a write that reached the file is on the record; a refused one left the domain
-        // as it was.
-        const auto bytes = dataFromPropertyList(stored, PropertyListFormat::Binary);
-        if (bytes && writeDataToFile(*bytes, path, true))
+        // From the read to the write: another writer's keys must not be lost in between.
+        const auto lock = lockForWriting(path);
+        Value stored = dictionaryWithContentsOfFile(path);
+        if (!stored.isDictionary()) stored = Value::dictionary();
+        stored.setValueForKey(key, value);
+        // A write that reached the file is a preference write; a refused one left the domain
+        // as it was, and says why.
+        std::string why;
+        const auto bytes = dataFromPropertyList(stored, PropertyListFormat::Binary, &why);
+        const PortStatus written = bytes ? writeDataToFile(*bytes, path, true) : portFailure(why);
+        if (written)
             process.journal().append(journal::PreferenceWrite{domain, key, value});
+        else
+            process.journal().append(journal::PreferenceWriteRefused{domain, key, written.error()});
     }
     const std::string notification = specifier->propertyForKey(pskey::PostNotification).str();
     if (!notification.empty()) process.darwin().postNotification(notification, true);

@@ -111,6 +111,9 @@ class ListController : public ViewController {
     SpecifierPtr parent_;
     Size contentSize_;
     std::vector<std::string> loadedResources_;
+    // Whether a specifier file has given the pane its title: that happens when the pane is
+    // first built, and a reload that loads the file again leaves the title as the page made it.
+    bool titleLoaded_ = false;
 };
 
 using ListControllerPtr = std::shared_ptr<ListController>;

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -68,6 +69,17 @@ class DeviceRoot {
     virtual PortStatus moveItem(std::string_view from, std::string_view to) const = 0;
     // Names in a folder, sorted; empty when it is not a readable folder.
     virtual std::vector<std::string> contentsOfDirectory(std::string_view devicePath) const = 0;
+
+    // Holds this program's other writers of a folder off, in every process, until the answer
+    // is dropped: each read-modify-write of a settings file runs under it, so two writers do
+    // not lose each other's keys, and a reader never takes a half-written file for a corrupt
+    // one while its writer is at work. A thread may take it again while it holds it. Nothing
+    // (and no wait) when the folder is not there.
+    class FolderLock {
+      public:
+        virtual ~FolderLock() = default;
+    };
+    virtual std::unique_ptr<FolderLock> lockFolder(std::string_view devicePath) const = 0;
 
     // A host folder that stands for the device's "/" and holds, up to date, what the device
     // holds under `deviceFolder`: for programs that run beside the process and read files by

@@ -1,6 +1,7 @@
 #include "platform/system/host_device_root.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -10,6 +11,7 @@
 #include <cstdio>
 #include <cstring>
 #include <deque>
+#include <map>
 #include <system_error>
 
 namespace plat {
@@ -138,6 +140,9 @@ PortResult<T> failedWith(const PortStatus& failure) {
 }
 
 const char* const kOutside = "outside the device";
+// A second name for a file may lie anywhere on the host's file system, and nothing tells where:
+// such a file is refused as a link leading outside would be.
+const char* const kHardLinked = "a hard link (the file has another name, maybe outside the device)";
 
 FileStatus statusOf(const struct stat& info) {
     FileStatus status;
@@ -217,6 +222,10 @@ PortResult<Bytes> HostDeviceRoot::readFile(std::string_view devicePath, std::uin
         ::close(fd);
         return refused("changed while it was opened");
     }
+    if (info.st_nlink > 1) {
+        ::close(fd);
+        return refused(kHardLinked);
+    }
     Bytes bytes;
     bytes.reserve(static_cast<std::size_t>(info.st_size));
     std::uint8_t chunk[16384];
@@ -257,6 +266,10 @@ PortStatus HostDeviceRoot::writeFile(std::string_view devicePath, const Bytes& b
             ::close(fd);
             return failed("write", devicePath, "not a regular file");
         }
+        if (info.st_nlink > 1) {
+            ::close(fd);
+            return failed("write", devicePath, kHardLinked);
+        }
         bool ok = ::ftruncate(fd, 0) == 0 && writeAll(fd, bytes);
         int error = ok ? 0 : errno;
         if (::close(fd) != 0 && ok) {
@@ -267,20 +280,28 @@ PortStatus HostDeviceRoot::writeFile(std::string_view devicePath, const Bytes& b
         return portSuccess();
     }
 
-    // Readers see the old file or the new one, never half of it.
+    // Readers see the old file or the new one, never half of it. A link inside the device is
+    // written through and stays a link, and the new file keeps the old one's permissions.
+    fs::path target = *host;
+    struct stat existing {};
+    if (::lstat(host->c_str(), &existing) == 0 && S_ISLNK(existing.st_mode))
+        if (auto real = kernelLocation(*host)) target = std::move(*real);
+    mode_t mode = 0644;
+    if (::stat(target.c_str(), &existing) == 0 && S_ISREG(existing.st_mode))
+        mode = existing.st_mode & 07777;
     // Built by appending: GCC 12 at -O3 takes `"." + name` for an overlapping copy.
-    std::string temp = host->parent_path() / ".";
-    temp += host->filename().string();
+    std::string temp = target.parent_path() / ".";
+    temp += target.filename().string();
     temp += ".XXXXXX";
     int fd = ::mkstemp(temp.data());
     if (fd < 0) return failed("write", devicePath, errnoText(errno));
-    bool ok = ::fchmod(fd, 0644) == 0 && writeAll(fd, bytes);
+    bool ok = ::fchmod(fd, mode) == 0 && writeAll(fd, bytes);
     int error = ok ? 0 : errno;
     if (::close(fd) != 0 && ok) {
         ok = false;
         error = errno;
     }
-    if (ok && ::rename(temp.c_str(), host->c_str()) != 0) {
+    if (ok && ::rename(temp.c_str(), target.c_str()) != 0) {
         ok = false;
         error = errno;
     }
@@ -371,6 +392,56 @@ std::vector<std::string> HostDeviceRoot::contentsOfDirectory(std::string_view de
     if (ec) return {};
     std::sort(names.begin(), names.end());
     return names;
+}
+
+namespace {
+
+// flock(2) excludes open files, not processes: a thread that takes a folder again while it
+// holds it must reuse its descriptor, or it would wait for itself.
+struct HeldFolder {
+    int fd = -1;
+    int depth = 0;
+};
+thread_local std::map<std::string, HeldFolder> heldFolders;
+
+class FolderFlock final : public DeviceRoot::FolderLock {
+  public:
+    explicit FolderFlock(std::string key) : key_(std::move(key)) {}
+    ~FolderFlock() override {
+        auto held = heldFolders.find(key_);
+        if (held == heldFolders.end() || --held->second.depth > 0) return;
+        ::close(held->second.fd);  // and with it the lock
+        heldFolders.erase(held);
+    }
+    FolderFlock(const FolderFlock&) = delete;
+    FolderFlock& operator=(const FolderFlock&) = delete;
+
+  private:
+    std::string key_;
+};
+
+}  // namespace
+
+std::unique_ptr<DeviceRoot::FolderLock> HostDeviceRoot::lockFolder(
+    std::string_view devicePath) const {
+    const auto host = resolve(devicePath);
+    if (!host) return nullptr;
+    const auto real = kernelLocation(*host);
+    if (!real) return nullptr;
+    const std::string key = real->string();
+    if (auto held = heldFolders.find(key); held != heldFolders.end()) {
+        ++held->second.depth;
+        return std::make_unique<FolderFlock>(key);
+    }
+    const int fd = ::open(real->c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (fd < 0) return nullptr;
+    while (::flock(fd, LOCK_EX) != 0) {
+        if (errno == EINTR) continue;
+        ::close(fd);
+        return nullptr;
+    }
+    heldFolders[key] = HeldFolder{fd, 1};
+    return std::make_unique<FolderFlock>(key);
 }
 
 }  // namespace plat

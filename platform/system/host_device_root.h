@@ -28,6 +28,7 @@ class HostDeviceRoot final : public DeviceRoot {
     PortStatus removeItem(std::string_view devicePath) const override;
     PortStatus moveItem(std::string_view from, std::string_view to) const override;
     std::vector<std::string> contentsOfDirectory(std::string_view devicePath) const override;
+    std::unique_ptr<FolderLock> lockFolder(std::string_view devicePath) const override;
     std::optional<std::filesystem::path> hostFolderHolding(
         std::string_view deviceFolder) const override;
     std::optional<std::filesystem::path> hostLocation() const override { return hostRoot_; }

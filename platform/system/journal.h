@@ -113,13 +113,22 @@ struct PreferenceWrite {
     Value value;
 };
 
+// setPreferenceValue:specifier: could not store a value: the page goes on as if it had (the
+// switch snaps back at the next redraw), and only this record says why.
+struct PreferenceWriteRefused {
+    static constexpr const char* kind = "preference-write-refused";
+    std::string domain;
+    std::string key;
+    std::string cause;
+};
+
 }  // namespace journal
 
 using JournalEntry =
     std::variant<journal::Notification, journal::LocalNotification, journal::Log, journal::Request,
                  journal::Shell, journal::Insert, journal::Remove, journal::Reload,
                  journal::Present, journal::Dismiss, journal::Navigation, journal::Synchronize,
-                 journal::PreferenceWrite>;
+                 journal::PreferenceWrite, journal::PreferenceWriteRefused>;
 
 // The JSON/human name of an entry's kind.
 const char* kindName(const JournalEntry& entry);

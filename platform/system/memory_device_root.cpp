@@ -299,4 +299,20 @@ std::optional<fs::path> MemoryDeviceRoot::hostFolderHolding(std::string_view dev
     return exported_;
 }
 
+namespace {
+
+class HeldWriters final : public DeviceRoot::FolderLock {
+  public:
+    explicit HeldWriters(std::recursive_mutex& writers) : lock_(writers) {}
+
+  private:
+    std::unique_lock<std::recursive_mutex> lock_;
+};
+
+}  // namespace
+
+std::unique_ptr<DeviceRoot::FolderLock> MemoryDeviceRoot::lockFolder(std::string_view) const {
+    return std::make_unique<HeldWriters>(writers_);
+}
+
 }  // namespace plat

@@ -32,6 +32,7 @@ class MemoryDeviceRoot final : public DeviceRoot {
     PortStatus removeItem(std::string_view devicePath) const override;
     PortStatus moveItem(std::string_view from, std::string_view to) const override;
     std::vector<std::string> contentsOfDirectory(std::string_view devicePath) const override;
+    std::unique_ptr<FolderLock> lockFolder(std::string_view devicePath) const override;
     // Written out to a private temporary folder on first use, and again whenever the folder
     // asked for has changed since; the folder goes when the device does.
     std::optional<std::filesystem::path> hostFolderHolding(
@@ -45,6 +46,9 @@ class MemoryDeviceRoot final : public DeviceRoot {
   private:
     std::uint64_t number_;
     mutable std::mutex mutex_;
+    // Writers of one device in memory are threads of this process: one at a time, whatever
+    // the folder.
+    mutable std::recursive_mutex writers_;
     std::unique_ptr<Node> top_;
     mutable std::filesystem::path exported_;
     mutable std::map<std::string, std::string> exportedVersions_;

@@ -75,14 +75,30 @@ bool writePropertyListToFile(const Value& value, std::string_view devicePath, bo
     return writePropertyListToFile(Process::current().root(), value, devicePath, atomically);
 }
 
-bool writeDataToFile(const DeviceRoot& root, const Bytes& bytes, std::string_view devicePath,
-                     bool atomically) {
-    if (devicePath.ends_with(".plist")) setAsideUnreadable(root, devicePath);
-    return root.writeFile(devicePath, bytes, atomically).has_value();
+PortStatus writeDataToFile(const DeviceRoot& root, const Bytes& bytes, std::string_view devicePath,
+                           bool atomically) {
+    if (!devicePath.ends_with(".plist")) return root.writeFile(devicePath, bytes, atomically);
+    // What looks unreadable may be another writer's file half-written in place: it is judged,
+    // and replaced, only once no writer of this program is at work on the folder.
+    const auto lock = lockForWriting(root, devicePath);
+    setAsideUnreadable(root, devicePath);
+    return root.writeFile(devicePath, bytes, atomically);
 }
 
-bool writeDataToFile(const Bytes& bytes, std::string_view devicePath, bool atomically) {
+PortStatus writeDataToFile(const Bytes& bytes, std::string_view devicePath, bool atomically) {
     return writeDataToFile(Process::current().root(), bytes, devicePath, atomically);
+}
+
+std::unique_ptr<DeviceRoot::FolderLock> lockForWriting(const DeviceRoot& root,
+                                                       std::string_view devicePath) {
+    const std::size_t slash = devicePath.rfind('/');
+    return root.lockFolder(slash == std::string_view::npos ? std::string_view(".")
+                           : slash == 0                    ? std::string_view("/")
+                                                           : devicePath.substr(0, slash));
+}
+
+std::unique_ptr<DeviceRoot::FolderLock> lockForWriting(std::string_view devicePath) {
+    return lockForWriting(Process::current().root(), devicePath);
 }
 
 }  // namespace plat

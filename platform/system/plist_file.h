@@ -1,12 +1,12 @@
 #pragma once
 
+#include <memory>
 #include <string_view>
 
 #include "platform/foundation/value.h"
+#include "platform/system/device_root.h"
 
 namespace plat {
-
-class DeviceRoot;
 
 // The file side of NSDictionary, NSArray and NSData, on device paths. The overloads without a
 // DeviceRoot use the current process's device (Process::current().root()).
@@ -33,8 +33,16 @@ bool writePropertyListToFile(const Value& value, std::string_view devicePath, bo
 // read. Atomically: through an auxiliary file renamed over the
 // path. Otherwise in place: the existing file (its inode, anyone's open handle, hard links)
 // gets the new bytes.
-bool writeDataToFile(const DeviceRoot& root, const Bytes& bytes, std::string_view devicePath,
-                     bool atomically);
-bool writeDataToFile(const Bytes& bytes, std::string_view devicePath, bool atomically);
+// The answer says why a write was refused (no space, a read-only folder, a link leading
+// outside the device). A ".plist" write runs under the folder's writer lock.
+PortStatus writeDataToFile(const DeviceRoot& root, const Bytes& bytes, std::string_view devicePath,
+                           bool atomically);
+PortStatus writeDataToFile(const Bytes& bytes, std::string_view devicePath, bool atomically);
+
+// The writer lock of the folder holding a settings file (DeviceRoot::lockFolder), for a
+// read-modify-write from its read to its write.
+std::unique_ptr<DeviceRoot::FolderLock> lockForWriting(const DeviceRoot& root,
+                                                       std::string_view devicePath);
+std::unique_ptr<DeviceRoot::FolderLock> lockForWriting(std::string_view devicePath);
 
 }  // namespace plat

@@ -123,6 +123,12 @@ cairo_surface_t* decodeJpegPixels(const Bytes& bytes, int* orientation) {
         jpeg_destroy_decompress(&info);
         return nullptr;
     }
+    // The declared size, before the decoder allocates for it: a progressive picture gets its
+    // whole coefficient buffer at the start, gigabytes for a forged header of a few bytes.
+    if (!withinBudget(info.image_width, info.image_height)) {
+        jpeg_destroy_decompress(&info);
+        return nullptr;
+    }
     *orientation = orientationOf(info);
     // CMYK pictures (as image editors write them) cannot be turned into RGB by the library;
     // everything else can.

@@ -119,6 +119,8 @@ std::string journalLine(const plat::JournalEntry& entry) {
                 words.insert(words.end(), {e.controllerClass, e.action});
             else if constexpr (std::is_same_v<E, j::PreferenceWrite>)
                 words.insert(words.end(), {e.domain, e.key});
+            else if constexpr (std::is_same_v<E, j::PreferenceWriteRefused>)
+                words.insert(words.end(), {e.domain, e.key, e.cause});
             if constexpr (requires { e.animated; }) animated = e.animated;
         },
         entry);

@@ -5,6 +5,10 @@
 #include <cstdlib>
 #include <filesystem>
 
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
 // After the standard headers: jpeglib.h expects size_t and FILE to be declared already.
 #include <gtest/gtest.h>
 #include <jpeglib.h>
@@ -68,6 +72,54 @@ TEST(ImageData, UndecodableBytesGiveNoImage) {
          {Bytes{}, Bytes{'h', 'e', 'l', 'l', 'o'}, Bytes(png.begin(), png.begin() + png.size() / 2),
           pngJunk, Bytes(jpg.begin(), jpg.begin() + 20), jpgJunk})
         EXPECT_FALSE(Image::imageWithData(bad)) << "size " << bad.size();
+}
+
+// A grey 8 × 8 progressive JPEG whose frame header then claims 9000 × 9000: its scans run
+// out at once, and libjpeg fills in the rest, all 240 MB of coefficients of it.
+Bytes forgedProgressiveJpeg() {
+    jpeg_compress_struct info;
+    jpeg_error_mgr error;
+    info.err = jpeg_std_error(&error);
+    jpeg_create_compress(&info);
+    unsigned char* buffer = nullptr;
+    unsigned long size = 0;
+    jpeg_mem_dest(&info, &buffer, &size);
+    info.image_width = info.image_height = 8;
+    info.input_components = 3;
+    info.in_color_space = JCS_RGB;
+    jpeg_set_defaults(&info);
+    jpeg_simple_progression(&info);
+    jpeg_start_compress(&info, TRUE);
+    std::vector<unsigned char> row(8 * 3, 128);
+    JSAMPROW rows[] = {row.data()};
+    while (info.next_scanline < info.image_height)
+        jpeg_write_scanlines(&info, rows, 1);
+    jpeg_finish_compress(&info);
+    jpeg_destroy_compress(&info);
+    Bytes forged(buffer, buffer + size);
+    std::free(buffer);
+    for (std::size_t at = 2; at + 9 < forged.size();
+         at += 2 + (forged[at + 2] << 8 | forged[at + 3]))
+        if (forged[at] == 0xff && forged[at + 1] == 0xc2)
+            for (std::size_t side : {at + 5, at + 7}) {
+                forged[side] = 9000 >> 8;
+                forged[side + 1] = 9000 & 0xff;
+            }
+    return forged;
+}
+
+// Refused from the header, the child that decodes it stays near the parent's size.
+TEST(ImageData, ForgedJpegSizeIsRefusedBeforeTheDecoderAllocates) {
+    const Bytes forged = forgedProgressiveJpeg();
+    const pid_t child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) _exit(Image::imageWithData(forged) ? 1 : 0);
+    int status = 0;
+    rusage decoder{}, self{};
+    ASSERT_EQ(wait4(child, &status, 0, &decoder), child);
+    getrusage(RUSAGE_SELF, &self);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+    EXPECT_LT(decoder.ru_maxrss, self.ru_maxrss + 100 * 1024) << "KB";
 }
 
 // A phone's photo stands as its EXIF orientation says, whichever way the camera was held;

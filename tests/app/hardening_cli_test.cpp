@@ -1,0 +1,275 @@
+// The second hostile campaign's faults, each through velto-settings as the campaign met it.
+
+#include <gtest/gtest.h>
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <fstream>
+#include <iterator>
+#include <thread>
+
+#include "platform/foundation/plist.h"
+#include "tests/support/program_run.h"
+
+namespace apptest {
+namespace {
+
+namespace fs = std::filesystem;
+using plat::Value;
+
+const char* const kPreferences = "var/mobile/Library/Preferences";
+
+std::string fileBytes(const fs::path& path) {
+    std::ifstream in(path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), {});
+}
+
+void putFile(const fs::path& path, const std::string& bytes) {
+    fs::create_directories(path.parent_path());
+    std::ofstream(path, std::ios::binary | std::ios::trunc) << bytes;
+}
+
+std::string binaryOf(const Value& value) {
+    const auto bytes = plat::dataFromPropertyList(value, plat::PropertyListFormat::Binary);
+    return std::string(bytes->begin(), bytes->end());
+}
+
+mode_t permissionsOf(const fs::path& path) {
+    struct stat info {};
+    ::stat(path.c_str(), &info);
+    return info.st_mode & 07777;
+}
+
+class HardeningCli : public ::testing::Test {
+  protected:
+    void SetUp() override { initDevice(device_, {"--demo"}); }
+    fs::path domain(const std::string& name) const {
+        return fs::path(device_) / kPreferences / (name + ".plist");
+    }
+    ProgramResult run(std::vector<std::string> arguments, const std::string& input = "") const {
+        arguments.insert(arguments.begin(), {"--device", device_});
+        return runProgram(arguments, input);
+    }
+    ScratchFolder scratch_;
+    const std::string device_ = scratch_ / "device";
+};
+
+TEST_F(HardeningCli, ReadersStopAtTheirLimitAndBadArgumentsAreRefused) {
+    // Endless or huge input: a message naming the limit, not memory without end.
+    const auto zero = run({"run", "/dev/zero"});
+    EXPECT_NE(zero.status, 0);
+    EXPECT_NE(zero.err.find("longer than 65536 bytes"), std::string::npos) << zero.err;
+    const fs::path huge = scratch_ / "huge.plist";
+    putFile(huge, "");
+    fs::resize_file(huge, std::uintmax_t{3} << 30);  // sparse: costs nothing
+    for (const auto& arguments : {std::vector<std::string>{"plutil", "-lint", huge.string()},
+                                  {"defaults", "import", "com.x", huge.string()}}) {
+        const auto result = run(arguments);
+        EXPECT_NE(result.status, 0);
+        EXPECT_NE((result.out + result.err).find("64 MB"), std::string::npos) << result.err;
+    }
+
+    const auto redraws = runProgram({"watch", "--redraws", "0"});
+    EXPECT_NE(redraws.err.find("must be positive"), std::string::npos) << redraws.err;
+    EXPECT_LT(redraws.err.size(), 200u) << redraws.err;
+
+    EXPECT_NE(run({"defaults", "write", "", "k", "v"}).status, 0);
+    EXPECT_FALSE(fs::exists(fs::path(device_) / kPreferences / ".plist"));
+
+    const fs::path xml = scratch_ / "a.plist";
+    putFile(xml, "<plist version=\"1.0\"><dict/></plist>");
+    EXPECT_NE(run({"plutil", "-convert", "binary1", xml.string(), "-o"}).status, 0);
+    EXPECT_EQ(fileBytes(xml), "<plist version=\"1.0\"><dict/></plist>");
+}
+
+// Arrays that each hold the one before twice, 40 deep: 400 bytes stored, 2^40 objects printed.
+TEST_F(HardeningCli, ADomainWhoseSharedObjectsExplodeIsNotPrinted) {
+    std::string bytes = "bplist00";
+    std::vector<std::size_t> offsets;
+    offsets.push_back(bytes.size());
+    bytes += '\xa0';
+    for (int level = 1; level <= 40; ++level) {
+        offsets.push_back(bytes.size());
+        bytes += {'\xa2', static_cast<char>(level - 1), static_cast<char>(level - 1)};
+    }
+    offsets.push_back(bytes.size());
+    bytes += "\x51k";
+    offsets.push_back(bytes.size());
+    bytes += {'\xd1', 41, 40};
+    const std::size_t table = bytes.size();
+    for (std::size_t offset : offsets)
+        bytes += static_cast<char>(offset);
+    bytes += std::string(6, '\0') + "\x01\x01";
+    for (std::uint64_t field : {std::uint64_t{43}, std::uint64_t{42}, std::uint64_t{table}})
+        for (int shift = 56; shift >= 0; shift -= 8)
+            bytes += static_cast<char>(field >> shift & 0xff);
+    putFile(domain("com.bomb"), bytes);
+    for (bool json : {false, true}) {
+        auto arguments = std::vector<std::string>{"defaults", "read", "com.bomb"};
+        if (json) arguments.insert(arguments.begin(), "--json");
+        const auto result = run(arguments);
+        EXPECT_NE(result.status, 0);
+        EXPECT_NE(result.err.find("too large to print"), std::string::npos) << result.err;
+    }
+}
+
+TEST_F(HardeningCli, HostAndDeviceRewritesKeepModesAndLinksAndFreshNames) {
+    const fs::path file = scratch_ / "private.plist", link = scratch_ / "link.plist";
+    putFile(file, "<plist version=\"1.0\"><dict/></plist>");
+    ::chmod(file.c_str(), 0600);
+    fs::create_symlink(file, link);
+    EXPECT_EQ(run({"plutil", "-convert", "binary1", link.string()}).status, 0);
+    EXPECT_TRUE(fs::is_symlink(link));
+    EXPECT_TRUE(fileBytes(file).starts_with("bplist00"));
+    EXPECT_EQ(permissionsOf(file), 0600u);
+    // The export's old scratch name, planted as a link by someone else, is not followed.
+    const fs::path target = scratch_ / "export.plist", victim = scratch_ / "victim";
+    putFile(victim, "untouched");
+    for (int pid = 1; pid < 4096; pid += 1)
+        ::symlink(victim.c_str(), (scratch_ / (".export.plist." + std::to_string(pid))).c_str());
+    EXPECT_EQ(run({"defaults", "export", "com.norvale.velto", target.string()}).status, 0);
+    EXPECT_EQ(fileBytes(victim), "untouched");
+
+    // Domain writes and toggles inside the device.
+    ::chmod(domain("com.norvale.velto").c_str(), 0444);
+    EXPECT_EQ(run({"toggle Enabled"}).status, 0);
+    EXPECT_EQ(run({"defaults", "write", "com.norvale.velto", "K", "v"}).status, 0);
+    EXPECT_EQ(permissionsOf(domain("com.norvale.velto")), 0444u);
+}
+
+TEST_F(HardeningCli, RefusedWritesSayWhy) {
+    const fs::path outside = scratch_ / "outside.plist";
+    putFile(outside, binaryOf(Value::dictionary({{"VeltoEnabled", Value::boolean(true)}})));
+    fs::remove(domain("com.norvale.velto"));
+    fs::create_symlink(outside, domain("com.norvale.velto"));
+    const auto toggle = run({"--json", "toggle Enabled", "show"});
+    EXPECT_EQ(toggle.status, 0) << toggle.err;
+    bool refused = false;
+    for (const auto& line : toggle.outLines())
+        for (const auto& entry : line.value("journal", nlohmann::json::array()))
+            if (entry["kind"] == "preference-write-refused")
+                refused = entry["cause"].get<std::string>().find("outside the device") !=
+                          std::string::npos;
+    EXPECT_TRUE(refused) << toggle.out;
+    EXPECT_NE(run({"toggle Enabled", "show"}).out.find("preference-write-refused"),
+              std::string::npos);
+    const auto write = run({"defaults", "write", "com.norvale.velto", "K", "v"});
+    EXPECT_NE(write.err.find("outside the device"), std::string::npos) << write.err;
+
+    // A file cut short by a killed writer: unreadable, named, never "does not exist".
+    fs::remove(domain("com.norvale.velto"));
+    ::write(::open(domain("com.other").c_str(), O_WRONLY | O_CREAT, 0644), "bplist00\x01", 9);
+    const auto read = run({"defaults", "read", "com.other"});
+    EXPECT_NE(read.err.find("is unreadable"), std::string::npos) << read.err;
+    EXPECT_NE(read.err.find("com.other.plist"), std::string::npos) << read.err;
+}
+
+// Two writers at once: every key of both is kept. Then a writer that finds a half-written file
+// while another holds the lock waits for it, and sets nothing aside.
+TEST_F(HardeningCli, ConcurrentWritersKeepEachOthersKeysAndWaitForAHalfWrittenFile) {
+    constexpr int kWrites = 40;
+    const auto loop = [&](const std::string& prefix) {
+        for (int i = 0; i < kWrites; ++i)
+            EXPECT_EQ(
+                run({"defaults", "write", "com.shared", prefix + std::to_string(i), "v"}).status,
+                0);
+    };
+    std::thread other(loop, "a");
+    std::thread toggles([&] {
+        for (int i = 0; i < kWrites / 4; ++i)
+            run({"toggle Enabled"});
+    });
+    loop("b");
+    other.join();
+    toggles.join();
+    const Value shared = plat::propertyListFromData([&] {
+        const std::string s = fileBytes(domain("com.shared"));
+        return plat::Bytes(s.begin(), s.end());
+    }());
+    EXPECT_EQ(shared.count(), 2u * kWrites);
+
+    const std::string whole = binaryOf(Value::dictionary({{"Kept", Value("yes")}}));
+    const int folder =
+        ::open((fs::path(device_) / kPreferences).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    ASSERT_EQ(::flock(folder, LOCK_EX), 0);
+    putFile(domain("com.shared"), whole.substr(0, whole.size() / 2));
+    ProgramResult writer;
+    std::thread waiting([&] { writer = run({"defaults", "write", "com.shared", "New", "v"}); });
+    ::usleep(300000);  // the writer reaches the lock meanwhile, or reads the whole file later
+    putFile(domain("com.shared"), whole);
+    ::close(folder);
+    waiting.join();
+    EXPECT_EQ(writer.status, 0) << writer.err;
+    EXPECT_EQ(run({"defaults", "read", "com.shared", "Kept"}).out, "yes\n");
+}
+
+TEST_F(HardeningCli, ScreenshotsReplaceWholeFilesAndRefuseAFifo) {
+    const fs::path fifo = scratch_ / "pipe.png", shot = scratch_ / "shot.png";
+    ASSERT_EQ(::mkfifo(fifo.c_str(), 0644), 0);
+    const auto refused = run({"screenshot " + fifo.string()});
+    EXPECT_NE(refused.status, 0);
+    EXPECT_NE(refused.err.find("not a regular file"), std::string::npos) << refused.err;
+    putFile(shot, "old");
+    ::chmod(shot.c_str(), 0600);
+    EXPECT_EQ(run({"screenshot " + shot.string()}).status, 0);
+    EXPECT_TRUE(fileBytes(shot).starts_with("\x89PNG"));
+    EXPECT_EQ(permissionsOf(shot), 0600u);
+}
+
+TEST_F(HardeningCli, RecentsKeepsItsTitleThroughAReload) {
+    const std::string device = scratch_ / "recents";
+    initDevice(device, {"--demo", "--app", "recents"});
+    const auto result =
+        runProgram({"--device", device, "--json", "open Recents 2", "reload", "show"});
+    ASSERT_EQ(result.status, 0) << result.err;
+    const auto lines = result.outLines();
+    ASSERT_FALSE(lines.empty());
+    EXPECT_EQ(lines.back()["title"], "Recents 2") << lines.back().dump();
+}
+
+// A copy whose var/lib leads to the host's, a hard link to a file outside, and an archive that
+// holds nothing wanted: nothing of the host comes in, and a failure leaves nothing behind.
+TEST(HardeningImport, ImportsStayInsideTheCopyAndAFailureLeavesNothing) {
+    ScratchFolder scratch;
+    const fs::path copy = scratch / "copy", secret = scratch / "secret";
+    putFile(secret / "dpkg/status", "Package: host-secret\n");
+    putFile(copy / kPreferences / "com.a.plist", binaryOf(Value::dictionary({{"A", Value("1")}})));
+    fs::create_directories(copy / "var");
+    fs::create_symlink(secret, copy / "var/lib");
+    fs::create_hard_link(secret / "dpkg/status", copy / kPreferences / "linked.plist");
+    ASSERT_EQ(
+        ::system(("tar -cf " + (scratch / "copy.tar") + " -C " + copy.string() + " .").c_str()), 0);
+    for (const std::string& from : {copy.string(), scratch / "copy.tar"}) {
+        const std::string device = scratch / ("device-" + fs::path(from).filename().string());
+        const auto result = runProgram({"device", "init", device, "--from", from});
+        ASSERT_EQ(result.status, 0) << result.err;
+        EXPECT_EQ(fileBytes(fs::path(device) / "var/lib/dpkg/status").find("host-secret"),
+                  std::string::npos);
+        // In the archive the second name is a file of its own; in the folder it is a link.
+        if (from == copy.string()) {
+            EXPECT_FALSE(fs::exists(fs::path(device) / kPreferences / "linked.plist"));
+        }
+        EXPECT_TRUE(fs::exists(fs::path(device) / kPreferences / "com.a.plist"));
+    }
+
+    putFile(scratch / "empty/readme", "nothing of a device");
+    ASSERT_EQ(
+        ::system(
+            ("tar -cf " + (scratch / "empty.tar") + " -C " + (scratch / "empty") + " .").c_str()),
+        0);
+    fs::create_directories(scratch / "tmp");
+    const std::string device = scratch / "failed";
+    const auto failed = runProgram({"device", "init", device, "--from", scratch / "empty.tar"}, "",
+                                   {{"TMPDIR", scratch / "tmp"}});
+    EXPECT_NE(failed.status, 0);
+    EXPECT_FALSE(fs::exists(device));
+    EXPECT_TRUE(fs::is_empty(scratch / "tmp"));
+    for (const auto& entry : fs::directory_iterator(scratch.path()))
+        EXPECT_FALSE(entry.path().filename().string().starts_with(".failed")) << entry.path();
+}
+
+}  // namespace
+}  // namespace apptest
