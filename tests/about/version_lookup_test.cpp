@@ -21,6 +21,14 @@ TEST(VersionLookupTest, PackageVersionIsWhatDpkgQueryPrints) {
     EXPECT_EQ(velto::packageVersion("com.norvale.absent"), std::nullopt);
 }
 
+TEST(VersionLookupTest, ACharacterCutByTheReadBecomesReplacementCharactersAndTheRestStays) {
+    AboutDevice device;
+    // fgets reads 1023 bytes a time: the "é" falls across the first two reads.
+    const std::string head(1022, '1');
+    device.installPackage("com.norvale.velto2", head + "\u00e9-2");
+    EXPECT_EQ(velto::packageVersion("com.norvale.velto2"), head + "\uFFFD\uFFFD-2");
+}
+
 TEST(VersionLookupTest, QuoteInIdentifierIsPassedOnUnchanged) {
     AboutDevice device;
     device.installPackage("com.norvale.velto2", "2.1.0-1");

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <pty.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <termios.h>
 #include <unistd.h>
@@ -12,6 +13,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 
 #include "tests/support/program_run.h"
 
@@ -145,6 +147,24 @@ TEST_F(ShellTty, TabCompletesStepsRowsAndValuesAndTheHistoryOutlivesTheSession) 
     ASSERT_TRUE(terminal.waitFor("velto>")) << terminal.output();
     terminal.type("\004");  // Ctrl-D on an empty line ends the session
     EXPECT_TRUE(terminal.waitForExit()) << terminal.output();
+}
+
+TEST_F(ShellTty, AHistoryFileThatIsDamagedOrNotAFileNeitherHangsNorBreaksTheStart) {
+    const std::filesystem::path history = scratch_.path() / "state/velto-settings/history";
+    std::filesystem::create_directories(history.parent_path());
+    // A backslash before a byte that is not UTF-8 once made the editor's loader read past its
+    // buffer; a FIFO would make a plain open wait for a writer for ever.
+    std::ofstream(history, std::ios::binary) << "open Phone\n\\\xA4\n";
+    for (const bool fifo : {false, true}) {
+        if (fifo) {
+            std::filesystem::remove(history);
+            ASSERT_EQ(::mkfifo(history.c_str(), 0600), 0);
+        }
+        Terminal terminal(scratch_, device_);
+        ASSERT_TRUE(terminal.waitFor("velto>")) << terminal.output();
+        terminal.type("quit\r");
+        EXPECT_TRUE(terminal.waitForExit()) << terminal.output();
+    }
 }
 
 TEST_F(ShellTty, ColourUnlessNoColourCtrlLClearsTheScreenAndErrorsDoNotEndTheSession) {
