@@ -156,6 +156,16 @@ TEST(Check, AFaultTwoStepsAwayIsFoundWithTheStepsThatReplayIt) {
     EXPECT_TRUE(recents->steps.empty());
 }
 
+TEST(Check, APictureThatDoesNotDecodeIsAnErrorNamingTheFile) {
+    BrokenResources broken;
+    std::ofstream(broken.path() / "avatar_group@3x.png", std::ios::binary) << "not a picture";
+    const auto outcome =
+        velto::app::checkBundle(broken.path(), devices(plat::DeviceFamily::iPhone, {0}));
+    const Finding* picture = find(outcome, "bad-image", "avatar_group@3x.png");
+    ASSERT_NE(picture, nullptr);
+    EXPECT_TRUE(picture->error());
+}
+
 TEST(CheckCli, ExitStatusJsonFindingsAndBadArguments) {
     BrokenResources broken;
     broken.removeRows("VeltoiPad", {"Recents"});
