@@ -10,6 +10,7 @@
 #include <nlohmann/json.hpp>
 #include <sstream>
 
+#include "app/check/check_exerciser.h"
 #include "app/check/check_run.h"
 #include "app/commands/device_location.h"
 #include "app/render/json_output.h"
@@ -85,20 +86,29 @@ int runCheck(const CheckRequest& request) {
         std::chrono::duration<double>(std::chrono::steady_clock::now() - started).count();
 
     if (request.json) {
-        printFindingsJson(std::cout, outcome.findings);
+        for (const Finding& finding : outcome.findings.sorted())
+            std::cout << findingJson(finding) << "\n";
         std::cout << recordLine("summary", {{"devices", outcome.devices},
                                             {"steps", outcome.steps},
+                                            {"states", outcome.states},
+                                            {"depth", kMaxExploreSteps},
+                                            {"bounded", outcome.bounded},
                                             {"errors", outcome.findings.errors()},
                                             {"warnings", outcome.findings.warnings()},
                                             {"seconds", seconds}})
                          .dump()
                   << "\n";
     } else {
-        printFindings(std::cout, outcome.findings);
+        printFindings(std::cout, outcome.findings,
+                      request.resources ? fs::absolute(resources).string() : "");
         std::ostringstream time;
         time << std::fixed << std::setprecision(1) << seconds;
-        std::cout << "checked " << outcome.devices << " devices, " << outcome.steps << " steps in "
-                  << time.str() << " s\n";
+        std::cout << "checked " << outcome.devices << " devices, " << outcome.states << " states, "
+                  << outcome.steps << " steps in " << time.str() << " s; every state "
+                  << (outcome.bounded ? "explored to " : "reached within ") << kMaxExploreSteps
+                  << " steps of a page's opening"
+                  << (outcome.bounded ? " (the bound: deeper states were not explored)" : "")
+                  << "\n";
     }
     const bool found =
         outcome.findings.errors() > 0 || (request.strict && outcome.findings.warnings() > 0);

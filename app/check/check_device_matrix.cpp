@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cctype>
 #include <stdexcept>
 
 #include "device/app_choice.h"
@@ -20,13 +21,14 @@ constexpr const char* kVersions[] = {"12.4", "13.0"};
 struct NamedApp {
     OptionalApp bit;
     const char* name;
+    const char* option;  // as `device init --app` takes it
     device::AppChoice (*choice)();
 };
 
-constexpr NamedApp kApps[] = {{kBiteSMS, "biteSMS", device::biteSMSChoice},
-                              {kWhatsApp, "WhatsApp", device::whatsAppChoice},
-                              {kCallLog, "call-log", device::ringLedgerChoice},
-                              {kRecents, "recents", device::recentsChoice}};
+constexpr NamedApp kApps[] = {{kBiteSMS, "biteSMS", "bitesms", device::biteSMSChoice},
+                              {kWhatsApp, "WhatsApp", "whatsapp", device::whatsAppChoice},
+                              {kCallLog, "call-log", "ringledger", device::ringLedgerChoice},
+                              {kRecents, "recents", "recents", device::recentsChoice}};
 
 int defaultScale(plat::DeviceFamily family) {
     return family == plat::DeviceFamily::iPhone ? 3 : 2;
@@ -53,6 +55,19 @@ std::string DeviceConfig::describe() const {
         if (this->apps & app.bit) apps += (apps.empty() ? "" : " + ") + std::string(app.name);
     text += ", " + (apps.empty() ? std::string("no optional apps") : apps);
     return text;
+}
+
+std::vector<std::string> DeviceConfig::initArguments() const {
+    std::string familyOption = plat::familyName(family);
+    for (char& c : familyOption)
+        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    std::vector<std::string> arguments{"--family",         familyOption,
+                                       "--system-version", systemVersion,
+                                       "--scale",          std::to_string(defaultScale(family))};
+    if (!faceTime) arguments.push_back("--no-facetime");
+    for (const NamedApp& app : kApps)
+        if (apps & app.bit) arguments.insert(arguments.end(), {"--app", app.option});
+    return arguments;
 }
 
 std::size_t DeviceConfig::size() const {

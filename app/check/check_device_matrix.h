@@ -26,6 +26,8 @@ struct DeviceConfig {
 
     // "iPad, iOS 12.4, no FaceTime, biteSMS + recents".
     std::string describe() const;
+    // The `device init` options that make this device.
+    std::vector<std::string> initArguments() const;
     // How much the device holds beyond the least: its optional applications.
     std::size_t size() const;
 };

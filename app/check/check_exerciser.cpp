@@ -9,6 +9,7 @@
 #include "contract/catalogue.h"
 #include "device/bundle_install.h"
 #include "platform/foundation/errors.h"
+#include "platform/prefs/list_controller.h"
 #include "platform/prefs/runtime.h"
 #include "platform/ui/activity_view_controller.h"
 #include "platform/ui/alert_controller.h"
@@ -58,24 +59,43 @@ StoredState restricted(const StoredState& state, const std::set<StoredKey>& keys
     return part;
 }
 
+// A range error's index printed from an unsigned -1 is said as -1 too.
+std::string withNegativeIndexes(std::string text) {
+    static const std::string kMinusOne = "18446744073709551615";
+    for (std::size_t at = text.find(kMinusOne); at != std::string::npos;
+         at = text.find(kMinusOne, at + kMinusOne.size() + 5)) {
+        text.insert(at + kMinusOne.size(), " (-1)");
+    }
+    return text;
+}
+
 bool sameState(const StoredState& a, const StoredState& b) {
     return a.keys == b.keys && a.values == b.values;
 }
 
 }  // namespace
 
-struct Exerciser::Operation {
-    enum class Kind { Toggle, Tap } kind = Kind::Toggle;
-    std::string row;
-    std::string resource;
-    bool firstValue = true;  // toggles: the first value set; the second is its opposite
-};
-
 struct Exerciser::Run {
     std::string page;
     std::string resources;
     std::string state;
     std::size_t storedSize = 0;  // how many values the state sets: findings keep the smallest
+    std::vector<std::vector<std::string>> defaults;
+    std::vector<std::string> steps;  // from launch, the one being taken included
+};
+
+// A state the exploration reached: the stored state it began from and the steps taken since.
+struct Exerciser::Node {
+    StoredState start;
+    std::vector<Step> path;
+    std::string presenter;  // the row whose tap presented what is over the page
+};
+
+// The exploration of one page on one device.
+struct Exerciser::Exploration {
+    std::optional<Link> link;
+    PageRecord& record;
+    std::set<std::string> seen;  // signatures of the states reached
 };
 
 Exerciser::Exerciser(FindingSet& findings, std::filesystem::path picture)
@@ -95,13 +115,16 @@ void Exerciser::report(Finding finding, const Run& run) {
     if (finding.resource.empty()) finding.resource = run.resources;
     finding.stored = run.state;
     finding.storedSize = run.storedSize;
+    finding.defaults = run.defaults;
+    finding.steps = run.steps;
     if (recording_) recording_->findings.push_back(finding);
     emit(std::move(finding));
 }
 
 void Exerciser::emit(Finding finding) {
     finding.state = config_.describe() + "; " + finding.stored;
-    finding.rank = finding.storedSize + config_.size();
+    finding.rank = finding.steps.size() * 1000 + finding.storedSize + config_.size();
+    finding.device = config_.initArguments();
     finding.order = config_.index;
     findings_.add(std::move(finding));
 }
@@ -116,7 +139,7 @@ void Exerciser::run(const DeviceConfig& config, std::shared_ptr<plat::DeviceRoot
     try {
         session_ = std::make_unique<Session>(device_, false);
     } catch (const std::exception& e) {
-        Run run{"VeltoSettingsController", "", "nothing stored", 0};
+        Run run{"VeltoSettingsController", "", "nothing stored", 0, {}, {}};
         report(Finding::make(Finding::Severity::Error, "launch", "", "", "", "launch",
                              std::string("the Settings application cannot start: ") + e.what()),
                run);
@@ -175,21 +198,20 @@ const PageRecord& Exerciser::exercisePage(const std::optional<Link>& link) {
     recorder_->start();
     PageRecord record;
     recording_ = &record;
+    Exploration exploration{link, record, {}};
     // A page may show switches only in some states; what it shows in those widens the states
-    // tried, until nothing new shows. A state is tried once: with a new key absent it is one
-    // already tried.
+    // started from, until nothing new shows. A state is started from once: with a new key
+    // absent it is one already tried.
     std::set<std::string> tried;
     for (bool grew = true; grew;) {
-        grew = false;
         std::set<StoredKey> all = record.keys;
         all.insert(rootKeys_.begin(), rootKeys_.end());
         for (const StoredKey& key : all)
             domains_.insert(key.domain);
-        for (const StoredState& state : storedStates(all)) {
-            if (!tried.insert(state.describe()).second) continue;
-            exerciseState(link, state, record);
-            if (!link) rootKeys_ = record.keys;
-        }
+        std::vector<Node> starts;
+        for (const StoredState& state : storedStates(all))
+            if (tried.insert(state.describe()).second) starts.push_back(Node{state, {}, {}});
+        explore(exploration, std::move(starts));
         std::set<StoredKey> now = record.keys;
         now.insert(rootKeys_.begin(), rootKeys_.end());
         grew = now.size() > all.size();
@@ -200,38 +222,155 @@ const PageRecord& Exerciser::exercisePage(const std::optional<Link>& link) {
     return records.back();
 }
 
-void Exerciser::exerciseState(const std::optional<Link>& link, const StoredState& state,
-                              PageRecord& record) {
-    Run run{"", "", state.describe(), state.size()};
-    if (!reset(link, state, run)) return;
-    inspect(run, "open");
+void Exerciser::explore(Exploration& exploration, std::vector<Node> starts) {
+    // Level by level, so that a fault is first met by one of the shortest ways to it, and
+    // among those from the smallest stored state (the starts come smallest first).
+    std::vector<Node> level;
+    for (const Node& start : starts) {
+        Run run;
+        if (!arrive(exploration.link, start, run) || !visit(exploration, start, run)) continue;
+        expand(exploration, start, true, level);
+    }
+    while (!level.empty()) {
+        std::vector<Node> next;
+        for (const Node& node : level)
+            expand(exploration, node, false, next);
+        level = std::move(next);
+    }
+}
+
+bool Exerciser::arrive(const std::optional<Link>& link, const Node& node, Run& run) {
+    run = Run{"", "", node.start.describe(), node.start.size(), {}, {}};
+    for (std::size_t i = 0; i < node.start.keys.size(); ++i)
+        if (node.start.values[i] != Stored::Absent)
+            run.defaults.push_back({node.start.keys[i].domain, node.start.keys[i].key, "-bool",
+                                    node.start.values[i] == Stored::Yes ? "true" : "false"});
+    if (link) run.steps.push_back("open " + link->row);
+    if (!reset(link, node.start, run)) return false;
+    for (const Step& step : node.path) {
+        run.steps.push_back(step.text);
+        // Taken before without a fault: the same steps from the same state do the same.
+        try {
+            perform(step);
+        } catch (const std::exception&) {
+            rootBuiltFor_.reset();
+            return false;
+        }
+    }
+    return true;
+}
+
+bool Exerciser::visit(Exploration& exploration, const Node& node, Run& run) {
+    std::optional<PageView> view = inspect(run);
+    if (!view || !exploration.seen.insert(signature(*view)).second) return false;
+    ++states_;
     auto page = session_->topPage();
-    if (!page || !page->heldSpecifiers()) return;
+    if (!page || !page->heldSpecifiers()) return true;
+    PageRecord& record = exploration.record;
     for (const StoredKey& key : switchKeys())
-        if (record.keys.size() < kMaxKeys && (!link || !rootKeys_.count(key)))
+        if (record.keys.size() < kMaxKeys && (!exploration.link || !rootKeys_.count(key)))
             record.keys.insert(key);
-    if (!link) {
+    if (!exploration.link && session_->depth() == 1) {
         const auto& rows = page->heldSpecifiers()->items();
         for (std::size_t i = 0; i < rows.size(); ++i)
             if (!rows[i]->detailControllerClass().empty())
                 record.links.insert(Link{rowName(*rows[i], i), rows[i]->detailControllerClass(),
                                          rows[i]->resourceName()});
     }
+    (void)node;
+    return true;
+}
 
-    std::vector<Operation> operations;
-    const auto& rows = page->heldSpecifiers()->items();
-    for (std::size_t i = 0; i < rows.size(); ++i) {
-        const plat::Specifier& row = *rows[i];
-        const std::string name = rowName(row, i);
-        if (row.cellType() == plat::PSSwitchCell) {
-            operations.push_back({Operation::Kind::Toggle, name, row.resourceName(), true});
-            operations.push_back({Operation::Kind::Toggle, name, row.resourceName(), false});
-        } else if (!row.action().empty()) {
-            operations.push_back({Operation::Kind::Tap, name, row.resourceName(), true});
+std::vector<Exerciser::Node> Exerciser::children(const Node& node, const PageView& view) const {
+    std::vector<Node> out;
+    auto add = [&](StepKind kind, const std::string& argument, const std::string& text,
+                   const std::string& presenter = "") {
+        Node child = node;
+        child.path.push_back(Step{kind, argument, text});
+        child.presenter = presenter;
+        out.push_back(std::move(child));
+    };
+    if (const auto& presented = view.presented) {
+        // What is presented takes the touches: only its answers are steps.
+        if (presented->kind == "picker") {
+            add(StepKind::Pick, picture_.string(), "pick picture.png");
+            add(StepKind::Cancel, "", "cancel");
+            return out;
+        }
+        for (const ActionView& action : presented->actions)
+            add(StepKind::Choose, action.title, "choose " + action.title);
+        if (presented->actions.empty() || presented->popover) add(StepKind::Dismiss, "", "dismiss");
+        return out;
+    }
+    auto page = session_->topPage();
+    if (!page || !page->heldSpecifiers()) return out;
+    const auto& list = page->heldSpecifiers();
+    const auto& rows = list->items();
+    // Pages below the root are explored from their links: the root's links are pages of their
+    // own.
+    const bool below = session_->depth() > 1;
+    for (const RowView& row : view.rows) {
+        if (row.index >= rows.size()) continue;
+        const std::string name = typedName(list, RowRef{rows[row.index], row.index});
+        if (row.cell == "PSSwitchCell") {
+            // A finger always flips a switch.
+            const std::string text = name + (row.value.value_or(false) ? " off" : " on");
+            add(StepKind::Toggle, text, "toggle " + text);
+        } else if (row.action) {
+            add(StepKind::Tap, name, "tap " + name, name);
+        } else if (below && row.detail && !row.group()) {
+            add(StepKind::Open, name, "open " + name);
         }
     }
-    for (const Operation& operation : operations)
-        operate(link, state, operation);
+    return out;
+}
+
+void Exerciser::expand(Exploration& exploration, const Node& node, bool arrived,
+                       std::vector<Node>& next) {
+    if (node.path.size() >= kMaxExploreSteps) {
+        bounded_ = true;
+        return;
+    }
+    Run run;
+    if (!arrived && !arrive(exploration.link, node, run)) return;
+    auto page = session_->topPage();
+    // A page left for the root (the interface restarted) is done: the root is explored as a
+    // page of its own.
+    if (!page || (exploration.link && session_->depth() < 2)) return;
+    std::vector<Node> steps;
+    try {
+        steps = children(node, viewOf(*page, session_->depth()));
+    } catch (const std::exception&) {
+        return;  // inspect reported it when the state was reached
+    }
+    const std::string resource = page->heldSpecifiers() ? joined(page->loadedResourceNames()) : "";
+    for (std::size_t i = 0; i < steps.size(); ++i) {
+        if (i > 0 && !arrive(exploration.link, node, run)) return;
+        if (auto top = session_->topPage()) {
+            run.page = top->className();
+            run.resources = joined(top->loadedResourceNames());
+        }
+        Node& child = steps[i];
+        const Step& taken = child.path.back();
+        const bool answer = taken.kind == StepKind::Choose || taken.kind == StepKind::Dismiss ||
+                            taken.kind == StepKind::Pick || taken.kind == StepKind::Cancel;
+        const std::string row = answer ? node.presenter
+                                       : (taken.kind == StepKind::Toggle
+                                              ? taken.argument.substr(0, taken.argument.rfind(' '))
+                                              : taken.argument);
+        if (!answer)
+            child.presenter = taken.kind == StepKind::Tap ? row : "";
+        else
+            child.presenter = node.presenter;
+        run.steps.push_back(taken.text);
+        if (!step(run, taken, row, resource)) continue;
+        if (!visit(exploration, child, run)) continue;
+        if (exploration.seen.size() >= kMaxPageStates) {
+            bounded_ = true;
+            continue;
+        }
+        next.push_back(std::move(child));
+    }
 }
 
 bool Exerciser::reset(const std::optional<Link>& link, const StoredState& state, Run& run) {
@@ -310,57 +449,19 @@ bool Exerciser::reset(const std::optional<Link>& link, const StoredState& state,
     return false;  // not shown in this state
 }
 
-void Exerciser::operate(const std::optional<Link>& link, const StoredState& state,
-                        const Operation& operation) {
-    Run run{"", "", state.describe(), state.size()};
-    if (operation.kind == Operation::Kind::Toggle) {
-        if (!reset(link, state, run)) return;
-        const bool first = operation.firstValue;
-        for (bool value : {first, !first}) {
-            const std::string text = "toggle " + operation.row + (value ? " on" : " off");
-            if (!step(run, Step{StepKind::Toggle, operation.row + (value ? " on" : " off"), text},
-                      operation.row, operation.resource))
-                return;
-        }
-        return;
-    }
-
-    // A tap may present something to answer: every answer is tried, each after a fresh tap.
-    const Step tap{StepKind::Tap, operation.row, "tap " + operation.row};
-    if (!reset(link, state, run) || !step(run, tap, operation.row, operation.resource)) return;
-    std::vector<Step> answers;
-    auto top = session_->topPage();
-    auto presented = top ? plat::frontmostPresented(*top) : nullptr;
-    if (auto alert = std::dynamic_pointer_cast<plat::AlertController>(presented)) {
-        for (const auto& action : alert->actions())
-            answers.push_back({StepKind::Choose, action->title(), "choose " + action->title()});
-        if (alert->presentsAsPopover()) answers.push_back({StepKind::Dismiss, "", "dismiss"});
-    } else if (std::dynamic_pointer_cast<plat::ImagePickerController>(presented)) {
-        answers.push_back({StepKind::Pick, picture_.string(), "pick a picture"});
-        answers.push_back({StepKind::Cancel, "", "cancel"});
-    } else if (std::dynamic_pointer_cast<plat::MailComposeViewController>(presented) ||
-               std::dynamic_pointer_cast<plat::ActivityViewController>(presented) ||
-               (presented && presented->presentsAsPopover())) {
-        answers.push_back({StepKind::Dismiss, "", "dismiss"});
-    }
-    for (std::size_t i = 0; i < answers.size(); ++i) {
-        if (i > 0) {
-            run = Run{"", "", state.describe(), state.size()};
-            if (!reset(link, state, run) || !step(run, tap, operation.row, operation.resource))
-                return;
-        }
-        Step answer = answers[i];
-        answer.text = "tap " + operation.row + ", " + answer.text;
-        step(run, answer, operation.row, operation.resource);
-    }
+void Exerciser::perform(const Step& step) {
+    runner_->perform(step);
+    const int restarts = session_->restarts();
+    const std::size_t mark = recorder_->mark();
+    session_->settle();
+    if (session_->restarts() != restarts) recorder_->forgetSince(mark);
 }
 
 bool Exerciser::step(Run& run, const Step& step, const std::string& row,
                      const std::string& resource) {
     ++steps_;
     try {
-        runner_->perform(step);
-        session_->settle();
+        perform(step);
     } catch (const StepError&) {
         // The simulator could not carry the step out as asked (the row went away, nothing
         // was presented): not something the bundle did.
@@ -370,7 +471,6 @@ bool Exerciser::step(Run& run, const Step& step, const std::string& row,
         rootBuiltFor_.reset();
         return false;
     }
-    inspect(run, step.text);
     return true;
 }
 
@@ -380,7 +480,8 @@ void Exerciser::classify(const std::exception& e, const std::string& step, const
         Finding::make(Finding::Severity::Error, "exception", resource, row, "", step, "");
     if (dynamic_cast<const plat::RangeError*>(&e)) {
         finding.kind = "range-error";
-        finding.reason = std::string("an index runs past the rows of the list: ") + e.what();
+        finding.reason = std::string("an index runs past the rows of the list: ") +
+                         withNegativeIndexes(e.what());
     } else if (dynamic_cast<const plat::DispatchError*>(&e)) {
         finding.kind = "unrecognized-selector";
         finding.reason = std::string("nothing answers the selector: ") + e.what();
@@ -393,16 +494,17 @@ void Exerciser::classify(const std::exception& e, const std::string& step, const
     report(std::move(finding), run);
 }
 
-void Exerciser::inspect(Run& run, const std::string& step) {
+std::optional<PageView> Exerciser::inspect(Run& run) {
     auto page = session_->topPage();
-    if (!page) return;
+    if (!page) return std::nullopt;
+    const std::string step = run.steps.empty() ? "open" : run.steps.back();
     PageView view;
     try {
         view = viewOf(*page, session_->depth());
     } catch (const std::exception& e) {
         classify(e, step + " (showing the rows)", "", "", run);
         rootBuiltFor_.reset();
-        return;
+        return std::nullopt;
     }
     const auto& rows = page->heldSpecifiers() ? page->heldSpecifiers()->items()
                                               : std::vector<plat::SpecifierPtr>{};
@@ -412,18 +514,58 @@ void Exerciser::inspect(Run& run, const std::string& step) {
         report(Finding::make(Finding::Severity::Warning, kind, resource, name, "", step, reason),
                run);
     };
+    // Two rows of one list with one identifier are the static check's error; the same row of
+    // a list shown twice is the page's own rule at work (its handlers insert rows of a fresh
+    // load whatever the page holds), which no resource can change. Only rows of different
+    // lists sharing an identifier are the resources' doing.
+    auto listOf = [&](std::size_t index) {
+        return index < rows.size() ? rows[index]->resourceName() : std::string();
+    };
     std::map<std::string, std::size_t> seen;
     for (const RowView& row : view.rows) {
-        if (row.id && !seen.emplace(*row.id, row.index).second)
-            warn("duplicate-shown-identifier", row.index,
-                 "two shown rows have the identifier '" + *row.id + "'");
+        if (row.id) {
+            auto [first, added] = seen.emplace(*row.id, row.index);
+            if (!added && listOf(first->second) != listOf(row.index))
+                warn("duplicate-shown-identifier", row.index,
+                     "two shown rows of different lists have the identifier '" + *row.id + "'");
+        }
         if (row.footer && !row.group())
             warn("footer-on-row", row.index,
                  "a footer on a row that is not a group is never shown");
     }
+    // A group with a footer still says something with no rows under it (why there are none).
+    auto hasFooter = [&](std::size_t index) {
+        for (const RowView& row : view.rows)
+            if (row.index == index) return row.footer.has_value();
+        return false;
+    };
     for (const SectionView& section : view.sections)
-        if (section.header && section.rows.empty())
+        if (section.header && section.rows.empty() && !hasFooter(*section.header))
             warn("empty-group", *section.header, "a group is left with no rows under it");
+    return view;
+}
+
+std::string Exerciser::signature(const PageView& view) const {
+    // What the user sees and what is stored: two states alike in both go the same from here.
+    std::string text;
+    for (const std::string& page : view.stack)
+        text += page + "/";
+    for (const RowView& row : view.rows) {
+        text += "\x1f" + row.cell + "|" + row.id.value_or("") + "|" + row.label.value_or("") + "|" +
+                row.footer.value_or("") + "|" + row.detail.value_or("") + "|";
+        if (row.value) text += *row.value ? "1" : "0";
+    }
+    if (view.presented) {
+        text += "\x1e" + view.presented->kind + "|" + view.presented->title.value_or("");
+        for (const ActionView& action : view.presented->actions)
+            text += "|" + action.title;
+    }
+    for (const std::string& domain : domains_) {
+        const auto bytes = device_->readFile(plat::preferencesDomainPath(domain));
+        text += "\x1d" + domain + "=";
+        if (bytes) text.append(bytes->begin(), bytes->end());
+    }
+    return text;
 }
 
 }  // namespace velto::app

@@ -14,6 +14,7 @@
 #include "app/check/check_read_recorder.h"
 #include "app/check/check_static.h"
 #include "app/check/check_stored_state.h"
+#include "app/render/page_view.h"
 #include "app/session/session.h"
 #include "app/session/step.h"
 #include "app/session/step_runner.h"
@@ -21,9 +22,18 @@
 namespace velto::app {
 
 // Drives the bundle on one device as a user who tries everything: the root page and every
-// page its link rows open, over every combination of the booleans their switches store. On
-// each page every switch is flipped on and off in both orders, every button tapped and every
-// sheet answered each way. What raises is a finding, reported with the state that raised it.
+// page its link rows open, from every combination of the booleans their switches store. From
+// each such start it goes breadth-first: every switch flipped, every button tapped, every
+// sheet answered each way, every link of a page below the root opened, then the same again on
+// each state that turned up, until no new state (page, shown rows, stored values) turns up or
+// the bounds below are reached. What raises is a finding, reported with the shortest steps
+// that raise it.
+// Steps taken after a page is opened before the exploration stops going deeper; a state
+// further away is reported as the bound reached.
+inline constexpr std::size_t kMaxExploreSteps = 3;
+// States explored per page and device; beyond this the rest is reported as the bound reached.
+inline constexpr std::size_t kMaxPageStates = 3000;
+
 // A link row of the root page and the page it opens.
 struct CheckLink {
     std::string row;  // as steps name it: identifier, else label, else "#N"
@@ -56,23 +66,32 @@ class Exerciser {
     // What the static checks need to know of the runs so far.
     const ExerciseFacts& facts() const { return facts_; }
 
-    // Steps carried out so far, for the report.
+    // Steps carried out so far, and distinct states explored, for the report.
     std::size_t steps() const { return steps_; }
+    std::size_t states() const { return states_; }
+    // Whether a bound stopped the exploration of some page.
+    bool bounded() const { return bounded_; }
 
   private:
     using Link = CheckLink;
-    struct Operation;
     struct Run;
+    struct Node;
+    struct Exploration;
 
     // Exercises the page unless an earlier device's record of it still holds; answers the
     // record that holds or was made.
     const PageRecord& exercisePage(const std::optional<Link>& link);
-    void exerciseState(const std::optional<Link>& link, const StoredState& state,
-                       PageRecord& record);
+    void explore(Exploration& exploration, std::vector<Node> starts);
+    void expand(Exploration& exploration, const Node& node, bool arrived, std::vector<Node>& next);
+    bool arrive(const std::optional<Link>& link, const Node& node, Run& run);
+    // Notes a state just reached; false when it was reached before.
+    bool visit(Exploration& exploration, const Node& node, Run& run);
+    std::vector<Node> children(const Node& node, const PageView& view) const;
     bool reset(const std::optional<Link>& link, const StoredState& state, Run& run);
-    void operate(const std::optional<Link>& link, const StoredState& state, const Operation& op);
+    void perform(const Step& step);
     bool step(Run& run, const Step& step, const std::string& row, const std::string& resource);
-    void inspect(Run& run, const std::string& step);
+    std::optional<PageView> inspect(Run& run);
+    std::string signature(const PageView& view) const;
     std::set<StoredKey> switchKeys() const;
     void classify(const std::exception& e, const std::string& step, const std::string& row,
                   const std::string& resource, const Run& run);
@@ -99,6 +118,8 @@ class Exerciser {
     std::optional<StoredState> rootBuiltFor_;
     int rootRestarts_ = -1;
     std::size_t steps_ = 0;
+    std::size_t states_ = 0;
+    bool bounded_ = false;
 };
 
 }  // namespace velto::app

@@ -8,32 +8,28 @@
 
 namespace velto::app {
 
-void FindingSet::add(Finding finding) {
-    // The same fault in another state is the same finding, reported with the smallest state
-    // that shows it (the first of equals, so the same resources give the same report).
-    // A warning is about a row of a resource, whichever step showed it first; an error is
-    // about the step that raised.
+bool FindingSet::add(Finding finding) {
+    // The same fault in another state is the same finding, reported with the shortest steps
+    // and smallest state that show it (the first of equals, so the same resources give the
+    // same report). A warning is about a row of a resource, whichever step showed it first;
+    // an error is what a page raised, whichever step (and name of the row) led there.
     Key key{finding.kind,
             finding.resource,
-            finding.row,
+            finding.error() ? "" : finding.row,
             finding.error() ? finding.page : "",
-            finding.error() ? finding.step : "",
+            "",
             finding.reason};
     if (auto it = index_.find(key); it != index_.end()) {
         Finding& kept = findings_[it->second];
-        ++kept.states;
-        kept.states += finding.states - 1;
-        if (std::tie(finding.rank, finding.order) < std::tie(kept.rank, kept.order)) {
-            kept.state = std::move(finding.state);
-            kept.step = std::move(finding.step);
-            kept.page = std::move(finding.page);
-            kept.rank = finding.rank;
-            kept.order = finding.order;
-        }
-        return;
+        const std::size_t states = kept.states + finding.states;
+        if (std::tie(finding.rank, finding.order) < std::tie(kept.rank, kept.order))
+            kept = std::move(finding);
+        kept.states = states;
+        return false;
     }
     index_.emplace(std::move(key), findings_.size());
     findings_.push_back(std::move(finding));
+    return true;
 }
 
 std::vector<Finding> FindingSet::sorted() const {
@@ -56,7 +52,44 @@ std::size_t FindingSet::warnings() const {
     return findings_.size() - errors();
 }
 
-void printFindings(std::ostream& out, const FindingSet& findings) {
+namespace {
+
+// A word as a POSIX shell reads it back.
+std::string quoted(const std::string& word) {
+    const bool plain = !word.empty() && word.find_first_not_of(
+                                            "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ"
+                                            "0123456789-_./=@,:+") == std::string::npos;
+    if (plain) return word;
+    std::string text = "'";
+    for (char c : word)
+        text += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    return text + "'";
+}
+
+void printReplay(std::ostream& out, const Finding& f, const std::string& resources) {
+    if (f.steps.empty() && f.device.empty()) return;
+    const char* indent = "                   ";
+    out << "           replay: ";
+    if (!resources.empty()) out << "VELTO_RESOURCES=" << quoted(resources) << " ";
+    out << "velto-settings device init DEVICE";
+    for (const std::string& option : f.device)
+        out << " " << quoted(option);
+    out << "\n";
+    for (const auto& write : f.defaults) {
+        out << indent << "velto-settings --device DEVICE defaults write";
+        for (const std::string& word : write)
+            out << " " << quoted(word);
+        out << "\n";
+    }
+    out << indent << "velto-settings --device DEVICE";
+    for (const std::string& step : f.steps)
+        out << " " << quoted(step);
+    out << (f.steps.empty() ? " show" : "") << "\n";
+}
+
+}  // namespace
+
+void printFindings(std::ostream& out, const FindingSet& findings, const std::string& resources) {
     const std::vector<Finding> list = findings.sorted();
     std::string resource;
     bool first = true;
@@ -78,6 +111,7 @@ void printFindings(std::ostream& out, const FindingSet& findings) {
             if (f.states > 1) out << " (and " << f.states - 1 << " more states)";
             out << "\n";
         }
+        printReplay(out, f, resources);
     }
     out << (list.empty() ? "" : "\n") << findings.errors() << " errors, " << findings.warnings()
         << " warnings\n";
@@ -87,19 +121,19 @@ namespace {
 
 // What a finding says, in the public record and in a worker's report alike.
 nlohmann::ordered_json describedFields(const Finding& f) {
-    return {{"kind", f.kind}, {"resource", f.resource}, {"row", f.row},     {"page", f.page},
-            {"step", f.step}, {"reason", f.reason},     {"state", f.state}, {"states", f.states}};
+    return {{"kind", f.kind},         {"resource", f.resource}, {"row", f.row},
+            {"page", f.page},         {"step", f.step},         {"reason", f.reason},
+            {"state", f.state},       {"states", f.states},     {"device", f.device},
+            {"defaults", f.defaults}, {"steps", f.steps}};
 }
 
 }  // namespace
 
-void printFindingsJson(std::ostream& out, const FindingSet& findings) {
-    for (const Finding& f : findings.sorted()) {
-        nlohmann::ordered_json fields{{"severity", f.error() ? "error" : "warning"}};
-        fields.update(describedFields(f));
-        const nlohmann::ordered_json line = recordLine("finding", fields);
-        out << line.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << "\n";
-    }
+std::string findingJson(const Finding& f) {
+    nlohmann::ordered_json fields{{"severity", f.error() ? "error" : "warning"}};
+    fields.update(describedFields(f));
+    const nlohmann::ordered_json line = recordLine("finding", fields);
+    return line.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
 }
 
 std::string findingRecord(const Finding& f) {
@@ -117,6 +151,9 @@ Finding findingFromRecord(const std::string& line) {
         j.at("kind"), j.at("resource"), j.at("row"), j.at("page"), j.at("step"), j.at("reason"));
     f.state = j.at("state");
     f.states = j.at("states");
+    f.device = j.at("device").get<std::vector<std::string>>();
+    f.defaults = j.at("defaults").get<std::vector<std::vector<std::string>>>();
+    f.steps = j.at("steps").get<std::vector<std::string>>();
     f.rank = j.at("rank");
     f.order = j.at("order");
     return f;

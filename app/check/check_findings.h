@@ -20,17 +20,23 @@ struct Finding {
     std::string resource;    // the specifier list (or image, strings table) at fault
     std::string row;         // the row's identifier or label; "" when none is involved
     std::string page;        // the page class; "" for static findings of a resource alone
-    std::string step;        // what was done: "open", "toggle Enabled on", "tap Restore"...
+    std::string step;        // the step that raised or showed it: "toggle Enabled on"...
     std::string reason;      // one line a tweak developer understands
     std::string state;       // the smallest device and stored state that triggers it
     std::size_t states = 1;  // how many of the enumerated states trigger it
-    // Which state to report when several trigger it: the smallest (stored values set plus
-    // optional applications), then the first device in the matrix's order.
+    // Which state to report when several trigger it: the fewest steps, then the smallest
+    // (stored values set plus optional applications), then the first device in the matrix's
+    // order.
     std::size_t rank = 0;
     std::size_t order = 0;
     // The stored part of the state, and how many values it sets, apart from the device.
     std::string stored;
     std::size_t storedSize = 0;
+    // How to see it again: the `device init` options of the device, the values to write with
+    // `defaults write` (domain, key, -bool, true|false), and the steps from launch.
+    std::vector<std::string> device;
+    std::vector<std::vector<std::string>> defaults;
+    std::vector<std::string> steps;
 
     bool error() const { return severity == Severity::Error; }
 
@@ -52,7 +58,8 @@ struct Finding {
 // it. Order: by resource, then as found.
 class FindingSet {
   public:
-    void add(Finding finding);
+    // True when the finding is new, not another state of one already kept.
+    bool add(Finding finding);
     const std::vector<Finding>& all() const { return findings_; }
     std::vector<Finding> sorted() const;
     std::size_t errors() const;
@@ -65,10 +72,13 @@ class FindingSet {
     std::map<Key, std::size_t> index_;
 };
 
-// The human report: findings grouped by resource, one line of reason each.
-void printFindings(std::ostream& out, const FindingSet& findings);
-// One JSON object per finding, one per line.
-void printFindingsJson(std::ostream& out, const FindingSet& findings);
+// The human report: findings grouped by resource, one line of reason each, and the commands
+// that replay a fault. `resources` is the folder the replay's device must be made from when
+// it is not the bundle's own.
+void printFindings(std::ostream& out, const FindingSet& findings,
+                   const std::string& resources = "");
+// One finding as its JSON line.
+std::string findingJson(const Finding& finding);
 
 // A finding whole, as check workers hand it to the process that reports.
 std::string findingRecord(const Finding& finding);

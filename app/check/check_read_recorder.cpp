@@ -38,6 +38,7 @@ ReadRecorder::~ReadRecorder() {
 void ReadRecorder::start() {
     std::lock_guard lock(mutex_);
     snapshot_.clear();
+    order_.clear();
     active_ = true;
 }
 
@@ -54,7 +55,20 @@ void ReadRecorder::resume() {
 ReadSnapshot ReadRecorder::finish() {
     std::lock_guard lock(mutex_);
     active_ = false;
+    order_.clear();
     return std::move(snapshot_);
+}
+
+std::size_t ReadRecorder::mark() const {
+    std::lock_guard lock(mutex_);
+    return order_.size();
+}
+
+void ReadRecorder::forgetSince(std::size_t mark) {
+    std::lock_guard lock(mutex_);
+    for (std::size_t i = mark; i < order_.size(); ++i)
+        snapshot_.erase(order_[i]);
+    if (mark < order_.size()) order_.resize(mark);
 }
 
 void ReadRecorder::observe(std::string_view devicePath) {
@@ -80,7 +94,7 @@ void ReadRecorder::record(std::string key) {
     // recorded with what it held before.
     std::string print = fingerprint(key);
     std::lock_guard lock(mutex_);
-    snapshot_.emplace(std::move(key), std::move(print));
+    if (snapshot_.emplace(key, std::move(print)).second) order_.push_back(std::move(key));
 }
 
 std::string ReadRecorder::fingerprint(const std::string& key) const {

@@ -5,6 +5,7 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace plat {
 class DeviceRoot;
@@ -36,6 +37,11 @@ class ReadRecorder {
     void resume();
     ReadSnapshot finish();
 
+    // Reads since a mark can be forgotten: those of a restarted interface's root page belong
+    // to the root page's own record, not to the page that asked for the restart.
+    std::size_t mark() const;
+    void forgetSince(std::size_t mark);
+
     // Whether every path of the snapshot still holds what it held.
     bool matches(const ReadSnapshot& snapshot) const;
 
@@ -52,6 +58,7 @@ class ReadRecorder {
     mutable std::mutex mutex_;
     bool active_ = false;
     ReadSnapshot snapshot_;
+    std::vector<std::string> order_;  // the snapshot's keys as first read
 };
 
 }  // namespace velto::app

@@ -60,6 +60,8 @@ struct WorkerResult {
     ExerciseFacts facts;
     std::size_t devices = 0;
     std::size_t steps = 0;
+    std::size_t states = 0;
+    bool bounded = false;
     std::string failure;
 };
 
@@ -97,6 +99,8 @@ int runWorker(const std::vector<DeviceConfig>& configs, std::size_t worker, std:
             lists[list] = classes;
         file << nlohmann::json({{"devices", done},
                                 {"steps", exerciser.steps()},
+                                {"states", exerciser.states()},
+                                {"bounded", exerciser.bounded()},
                                 {"lists", lists},
                                 {"images", exerciser.facts().imagesAsked}})
                     .dump(-1, ' ', false, nlohmann::json::error_handler_t::replace)
@@ -123,6 +127,8 @@ void readWorker(const fs::path& path, FindingSet& findings, WorkerResult& total)
         } else {
             total.devices += j.value("devices", std::size_t{0});
             total.steps += j.value("steps", std::size_t{0});
+            total.states += j.value("states", std::size_t{0});
+            total.bounded |= j.value("bounded", false);
             for (const auto& [list, classes] : j["lists"].items())
                 for (const auto& name : classes)
                     total.facts.listClasses[list].insert(name.get<std::string>());
@@ -162,6 +168,8 @@ CheckOutcome checkBundle(const fs::path& resources, const std::vector<DeviceConf
     checkResources(resources, total.facts, outcome.findings);
     outcome.devices = total.devices;
     outcome.steps = total.steps;
+    outcome.states = total.states;
+    outcome.bounded = total.bounded;
     return outcome;
 }
 

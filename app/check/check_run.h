@@ -13,6 +13,8 @@ struct CheckOutcome {
     FindingSet findings;
     std::size_t devices = 0;
     std::size_t steps = 0;
+    std::size_t states = 0;  // distinct states the exploration reached
+    bool bounded = false;    // a bound stopped the exploration somewhere
 };
 
 // Exercises the bundle with these resources on the devices, in worker processes that share

@@ -6,6 +6,7 @@
 #include "platform/foundation/plist.h"
 #include "platform/prefs/runtime.h"
 #include "platform/prefs/specifier.h"
+#include "platform/ui/image.h"
 
 namespace velto::app {
 
@@ -144,7 +145,15 @@ void checkResources(const fs::path& resources, const ExerciseFacts& facts, Findi
         if (!it->is_regular_file()) continue;
         const fs::path& path = it->path();
         const std::string stem = path.stem().string();
-        if (path.extension() == ".strings") {
+        if (path.extension() == ".png") {
+            // A picture that does not decode is passed over for another scale's without a
+            // word: the page shows the wrong picture, or none.
+            auto bytes = readFile(path);
+            if (!bytes || !plat::Image::imageWithData(*bytes, 1))
+                findings.add(Finding::make(Finding::Severity::Error, "bad-image",
+                                           fs::relative(path, resources).generic_string(), "", "",
+                                           "", "the picture does not decode as a PNG"));
+        } else if (path.extension() == ".strings") {
             const plat::Value table = readPlist(path);
             if (!table.isDictionary())
                 findings.add(Finding::make(Finding::Severity::Error, "bad-strings",

@@ -7,6 +7,7 @@
 #include <fstream>
 #include <functional>
 #include <iterator>
+#include <map>
 
 #include "app/check/check_run.h"
 #include "platform/foundation/plist.h"
@@ -94,17 +95,14 @@ const Finding* find(const CheckOutcome& outcome, const std::string& kind,
     return nullptr;
 }
 
-TEST(Check, EachBreakIsFoundWithTheSmallestStateThatTriggersIt) {
-    using velto::app::kBiteSMS;
+TEST(Check, AFaultTwoStepsAwayIsFoundWithTheStepsThatReplayIt) {
     using velto::app::kRecents;
     BrokenResources broken;
-    // FaceTime cut to seven rows: with favourites off the page clears the rows from "Monogram
-    // Image" down twice, and the second time runs past the end.
-    broken.keepFirst("FaceTimeiPhone", 7);
+    // Six Phone rows: the page builds, but turning the page on and then favourites on takes
+    // rows 2 to 7 of a fresh load and runs past the end. No stored state alone shows it.
+    broken.keepFirst("PhoneApp", 6);
     // A root list for iPad without "Recents": the row must exist when the app is installed.
     broken.removeRows("VeltoiPad", {"Recents"});
-    // A Phone list of seven rows.
-    broken.keepFirst("PhoneApp", 7);
     // A switch whose setter nobody answers.
     broken.edit("MailApp", [](plat::Value& items) {
         for (plat::Value& item : *items.asArray())
@@ -114,27 +112,58 @@ TEST(Check, EachBreakIsFoundWithTheSmallestStateThatTriggersIt) {
 
     const auto phone =
         velto::app::checkBundle(broken.path(), devices(plat::DeviceFamily::iPhone, {0}));
-    const Finding* faceTime = find(phone, "range-error", "FaceTimeiPhone");
-    ASSERT_NE(faceTime, nullptr);
-    EXPECT_EQ(faceTime->page, "FaceTimeAppSettingsController");
-    EXPECT_EQ(faceTime->state,
-              "iPhone, iOS 13.0, FaceTime, no optional apps; VeltoEnabled=YES, "
-              "VeltoEnabledFacetime=YES");
-    const Finding* phoneList = find(phone, "range-error", "PhoneApp");
-    ASSERT_NE(phoneList, nullptr);
-    EXPECT_EQ(phoneList->page, "PhoneAppSettingsController");
+    const Finding* favourites = find(phone, "range-error", "PhoneApp");
+    ASSERT_NE(favourites, nullptr);
+    EXPECT_EQ(favourites->page, "PhoneAppSettingsController");
+    const std::vector<std::string> steps{"open Phone", "toggle Enabled on",
+                                         "toggle Pictures in Favorites on"};
+    EXPECT_EQ(favourites->steps, steps);
+    // Reported once, however many ways lead there.
+    EXPECT_EQ(std::count_if(phone.findings.all().begin(), phone.findings.all().end(),
+                            [](const Finding& f) { return f.error() && f.resource == "PhoneApp"; }),
+              1);
     const Finding* setter = find(phone, "missing-setter", "MailApp");
     ASSERT_NE(setter, nullptr);
     EXPECT_NE(setter->reason.find("mailAppNowhere:specifier:"), std::string::npos);
     EXPECT_NE(find(phone, "unrecognized-selector", "MailApp"), nullptr);
 
-    const auto pad = velto::app::checkBundle(
-        broken.path(), devices(plat::DeviceFamily::iPad, {0, kRecents, kRecents | kBiteSMS}));
-    const Finding* recents = find(pad, "range-error", "VeltoiPad", "open");
+    // The steps replay on a device made as the finding says.
+    ScratchFolder scratch;
+    const std::string device = (scratch.path() / "device").string();
+    const std::map<std::string, std::string> env{{"VELTO_RESOURCES", broken.path().string()}};
+    std::vector<std::string> init{"device", "init", device};
+    init.insert(init.end(), favourites->device.begin(), favourites->device.end());
+    ASSERT_EQ(runProgram(init, "", env).status, 0);
+    for (const auto& write : favourites->defaults) {
+        std::vector<std::string> command{"--device", device, "defaults", "write"};
+        command.insert(command.end(), write.begin(), write.end());
+        ASSERT_EQ(runProgram(command, "", env).status, 0);
+    }
+    std::string script;
+    for (const std::string& step : favourites->steps)
+        script += step + "\n";
+    const auto replay = runProgram({"--device", device, "run", "-"}, script, env);
+    EXPECT_NE(replay.status, 0);
+    EXPECT_NE(replay.err.find("index 6 beyond bounds [0 .. 6)"), std::string::npos) << replay.err;
+
+    const auto pad =
+        velto::app::checkBundle(broken.path(), devices(plat::DeviceFamily::iPad, {0, kRecents}));
+    const Finding* recents = find(pad, "range-error", "VeltoiPad");
     ASSERT_NE(recents, nullptr);
-    // Recents alone is the smallest device that shows it; the other two do not raise.
+    // Recents alone is the smallest device that shows it; without it the list builds.
     EXPECT_NE(recents->state.find("iPad, iOS 13.0, FaceTime, recents;"), std::string::npos)
         << recents->state;
+    EXPECT_TRUE(recents->steps.empty());
+}
+
+TEST(Check, APictureThatDoesNotDecodeIsAnErrorNamingTheFile) {
+    BrokenResources broken;
+    std::ofstream(broken.path() / "avatar_group@3x.png", std::ios::binary) << "not a picture";
+    const auto outcome =
+        velto::app::checkBundle(broken.path(), devices(plat::DeviceFamily::iPhone, {0}));
+    const Finding* picture = find(outcome, "bad-image", "avatar_group@3x.png");
+    ASSERT_NE(picture, nullptr);
+    EXPECT_TRUE(picture->error());
 }
 
 TEST(CheckCli, ExitStatusJsonFindingsAndBadArguments) {
