@@ -1,7 +1,7 @@
 #include "app/commands/defaults_command.h"
 
 #include "app/commands/defaults_values.h"
-#include "app/commands/host_files.h"
+#include "app/host_files.h"
 #include "app/exit_status.h"
 #include "app/render/json_output.h"
 #include "contract/catalogue.h"

@@ -2,7 +2,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "app/commands/host_files.h"
+#include "app/host_files.h"
 #include "app/commands/plist_forms.h"
 #include "app/exit_status.h"
 #include "app/render/json_output.h"

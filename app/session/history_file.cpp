@@ -5,7 +5,9 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <iostream>
 
+#include "app/host_files.h"
 #include "platform/foundation/strings.h"
 
 namespace velto::app {
@@ -46,17 +48,6 @@ bool isStepText(const std::string& text) {
     return true;
 }
 
-bool writeAll(int fd, const std::string& text) {
-    std::size_t done = 0;
-    while (done < text.size()) {
-        const ssize_t n = ::write(fd, text.data() + done, text.size() - done);
-        if (n < 0 && errno == EINTR) continue;
-        if (n < 0) return false;
-        done += static_cast<std::size_t>(n);
-    }
-    return true;
-}
-
 }  // namespace
 
 std::vector<std::string> loadHistory(const std::filesystem::path& file, std::size_t most) {
@@ -92,14 +83,9 @@ bool saveHistory(const std::filesystem::path& file, const std::vector<std::strin
     std::string text;
     for (const std::string& step : steps)
         text += step + "\n";
-    std::string temp = file.string() + ".XXXXXX";
-    const int fd = ::mkstemp(temp.data());
-    if (fd < 0) return false;
-    bool ok = writeAll(fd, text);
-    if (::close(fd) != 0) ok = false;
-    if (ok && ::rename(temp.c_str(), file.c_str()) == 0) return true;
-    ::unlink(temp.c_str());
-    return false;
+    // Beside the file and renamed over it, so a full disk never leaves half a history.
+    return writeHostFile(file.string(), plat::Bytes(text.begin(), text.end()), std::cout)
+        .has_value();
 }
 
 }  // namespace velto::app

@@ -1,4 +1,4 @@
-#include "app/commands/host_files.h"
+#include "app/host_files.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
