@@ -2,6 +2,7 @@
 // only a host folder has (symbolic links, FIFOs, the real location check) is tested with the
 // process.
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
@@ -129,6 +130,21 @@ INSTANTIATE_TEST_SUITE_P(
                       Kind{"memory",
                            [](const fs::path&) { return std::make_shared<MemoryDeviceRoot>(); }}),
     [](const ::testing::TestParamInfo<Kind>& info) { return std::string(info.param.name); });
+
+TEST(HostDeviceTest, AFileWithAnotherNameOutsideTheDeviceIsNeitherReadNorWrittenInPlace) {
+    const fs::path scratch =
+        fs::temp_directory_path() / ("port-links-" + std::to_string(::getpid()));
+    fs::remove_all(scratch);
+    fs::create_directories(scratch / "device/var");
+    { std::ofstream(scratch / "secret") << "host"; }
+    fs::create_hard_link(scratch / "secret", scratch / "device/var/linked");
+    const HostDeviceRoot root(scratch / "device");
+    EXPECT_NE(root.readFile("/var/linked").error().find("hard link"), std::string::npos);
+    EXPECT_FALSE(root.writeFile("/var/linked", bytesOf("device"), false));
+    std::ifstream secret(scratch / "secret");
+    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(secret), {}), "host");
+    fs::remove_all(scratch);
+}
 
 TEST(MemoryDeviceTest, NoTwoDevicesShareAVersion) {
     MemoryDeviceRoot first;
