@@ -13,3 +13,5 @@ pkg_check_modules(PANGO REQUIRED IMPORTED_TARGET pangocairo pangoft2 fontconfig)
 # Content hashes of pictures in the simulator's JSON record: GLib's SHA-256 (GLib is already
 # there under Pango).
 pkg_check_modules(GLIB REQUIRED IMPORTED_TARGET glib-2.0)
+# Where a property list in XML breaks, by line and column: libplist only says that it does.
+pkg_check_modules(XML2 REQUIRED IMPORTED_TARGET libxml-2.0)

@@ -1,16 +1,19 @@
 #include "app/check/check_command.h"
 
 #include <malloc.h>
+#include <unistd.h>
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <chrono>
 #include <iomanip>
 #include <iostream>
+#include <memory>
 #include <nlohmann/json.hpp>
 #include <sstream>
 
 #include "app/check/check_exerciser.h"
+#include "app/check/check_progress.h"
 #include "app/check/check_run.h"
 #include "app/commands/device_location.h"
 #include "app/render/json_output.h"
@@ -76,18 +79,28 @@ int runCheck(const CheckRequest& request) {
     ::mallopt(M_MMAP_THRESHOLD, 64 << 20);
     ::mallopt(M_TRIM_THRESHOLD, 256 << 20);
     const auto started = std::chrono::steady_clock::now();
+    // Progress only where someone watches it: never in a log or a pipe.
+    std::unique_ptr<ProgressLine> progress;
+    if (::isatty(STDERR_FILENO)) progress = std::make_unique<ProgressLine>(std::cerr);
+    CheckListener listener;
+    if (progress) listener.progress = [&](const CheckProgress& p) { progress->update(p); };
+    if (request.json)
+        listener.found = [&](const Finding& finding) {
+            if (progress) progress->clear();
+            std::cout << findingJson(finding) << "\n" << std::flush;
+        };
     CheckOutcome outcome;
     try {
-        outcome = checkBundle(resources, filteredMatrix(request));
+        outcome = checkBundle(resources, filteredMatrix(request), listener);
     } catch (const std::exception& e) {
+        progress.reset();
         return failure(request.json, e.what());
     }
+    progress.reset();
     const double seconds =
         std::chrono::duration<double>(std::chrono::steady_clock::now() - started).count();
 
     if (request.json) {
-        for (const Finding& finding : outcome.findings.sorted())
-            std::cout << findingJson(finding) << "\n";
         std::cout << recordLine("summary", {{"devices", outcome.devices},
                                             {"steps", outcome.steps},
                                             {"states", outcome.states},

@@ -181,6 +181,7 @@ std::set<StoredKey> Exerciser::switchKeys() const {
 }
 
 const PageRecord& Exerciser::exercisePage(const std::optional<Link>& link) {
+    ++pages_;
     // The same page on a device that holds the same for everything it read runs the same.
     std::string memoKey = link ? link->detail + "|" + link->row : "root";
     for (const StoredKey& key : rootKeys_)

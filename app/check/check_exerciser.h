@@ -69,6 +69,8 @@ class Exerciser {
     // Steps carried out so far, and distinct states explored, for the report.
     std::size_t steps() const { return steps_; }
     std::size_t states() const { return states_; }
+    // Pages exercised so far, once per device that opened them.
+    std::size_t pages() const { return pages_; }
     // Whether a bound stopped the exploration of some page.
     bool bounded() const { return bounded_; }
 
@@ -119,6 +121,7 @@ class Exerciser {
     int rootRestarts_ = -1;
     std::size_t steps_ = 0;
     std::size_t states_ = 0;
+    std::size_t pages_ = 0;
     bool bounded_ = false;
 };
 

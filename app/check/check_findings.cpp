@@ -29,6 +29,7 @@ bool FindingSet::add(Finding finding) {
     }
     index_.emplace(std::move(key), findings_.size());
     findings_.push_back(std::move(finding));
+    if (onNew_) onNew_(findings_.back());
     return true;
 }
 

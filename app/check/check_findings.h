@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <map>
 #include <ostream>
 #include <string>
@@ -60,6 +61,8 @@ class FindingSet {
   public:
     // True when the finding is new, not another state of one already kept.
     bool add(Finding finding);
+    // Called with each new finding as it is added, before any later state of it is merged.
+    void onNew(std::function<void(const Finding&)> listener) { onNew_ = std::move(listener); }
     const std::vector<Finding>& all() const { return findings_; }
     std::vector<Finding> sorted() const;
     std::size_t errors() const;
@@ -70,6 +73,7 @@ class FindingSet {
         std::tuple<std::string, std::string, std::string, std::string, std::string, std::string>;
     std::vector<Finding> findings_;
     std::map<Key, std::size_t> index_;
+    std::function<void(const Finding&)> onNew_;
 };
 
 // The human report: findings grouped by resource, one line of reason each, and the commands

@@ -3,10 +3,12 @@
 #include <fstream>
 #include <iterator>
 
+#include "app/check/plist_position.h"
 #include "platform/foundation/plist.h"
 #include "platform/prefs/runtime.h"
 #include "platform/prefs/specifier.h"
 #include "platform/ui/image.h"
+#include "screen/table_layout.h"
 
 namespace velto::app {
 
@@ -31,11 +33,29 @@ std::string imageFile(const std::string& name, int scale) {
     return scale == 1 ? name + ".png" : name + "@" + std::to_string(scale) + "x.png";
 }
 
+// The stock avatar the extension gives a contact without a picture of its own, at the size
+// of a contact picture.
+constexpr const char* kStockAvatar = "recent";
+constexpr double kContactPicturePoints = 60;
+
+// The scale a picture's name gives it: "@2x", "@3x", else 1.
+int nameScale(const std::string& stem) {
+    for (int scale : {2, 3})
+        if (stem.size() > 3 && stem.ends_with("@" + std::to_string(scale) + "x")) return scale;
+    return 1;
+}
+
+std::string baseName(std::string stem) {
+    if (nameScale(stem) != 1) stem.resize(stem.size() - 3);
+    return stem;
+}
+
 struct ListChecker {
     const fs::path& resources;
     const std::string list;
     const std::set<std::string>& classes;  // the pages that load the list
     FindingSet& findings;
+    std::set<std::string>& icons;  // the names of the icons the list's rows show
 
     void error(const std::string& kind, const std::string& row, const std::string& reason) {
         findings.add(Finding::make(Finding::Severity::Error, kind, list, row, "", "", reason));
@@ -55,6 +75,7 @@ struct ListChecker {
     void icon(const std::string& row, std::string name) {
         if (name.size() > 4 && name.compare(name.size() - 4, 4, ".png") == 0)
             name.resize(name.size() - 4);
+        icons.insert(name);
         std::string missing;
         int found = 0;
         for (int scale : kScales) {
@@ -115,11 +136,18 @@ struct ListChecker {
     }
 
     void check() {
-        const plat::Value root = readPlist(resources / (list + ".plist"));
+        const auto bytes = readFile(resources / (list + ".plist"));
+        const plat::Value root = bytes ? plat::propertyListFromData(*bytes) : plat::Value();
+        if (!root.isDictionary()) {
+            error("unreadable-list", "",
+                  !bytes         ? std::string("the specifier list cannot be read")
+                  : root.isNil() ? "the specifier list does not parse: " + plistBreak(*bytes)
+                                 : std::string("the specifier list is not a dictionary"));
+            return;
+        }
         const plat::Value items = root.objectForKey("items");
         if (!items.isArray()) {
-            error("unreadable-list", "",
-                  "the specifier list does not parse or has no \"items\" array");
+            error("unreadable-list", "", "the specifier list has no \"items\" array");
             return;
         }
         std::set<std::string> identifiers;
@@ -135,10 +163,35 @@ struct ListChecker {
     }
 };
 
+void checkPictureSizes(const std::map<std::string, std::pair<int, int>>& pictures,
+                       const std::set<std::string>& icons, FindingSet& findings) {
+    for (const auto& [file, size] : pictures) {
+        const std::string stem = fs::path(file).stem().string();
+        const std::string base = baseName(stem);
+        const double points = icons.count(base)      ? screen::kIconSize
+                              : base == kStockAvatar ? kContactPicturePoints
+                                                     : 0;
+        if (points == 0) continue;
+        const int scale = nameScale(stem);
+        const int expected = static_cast<int>(points * scale);
+        if (size.first == expected && size.second == expected) continue;
+        const std::string found = std::to_string(size.first) + "x" + std::to_string(size.second);
+        const std::string wanted = std::to_string(expected) + "x" + std::to_string(expected);
+        findings.add(Finding::make(
+            Finding::Severity::Warning, "image-size", file, "", "", "",
+            "the picture is " + found + " pixels where " + wanted + " are expected (" +
+                (points == screen::kIconSize ? "a row icon" : "a contact picture") + " of " +
+                std::to_string(static_cast<int>(points)) + " pt at " + std::to_string(scale) +
+                "x); the device scales it, blurred or squeezed"));
+    }
+}
+
 }  // namespace
 
 void checkResources(const fs::path& resources, const ExerciseFacts& facts, FindingSet& findings) {
     static const std::set<std::string> none;
+    std::set<std::string> icons;
+    std::map<std::string, std::pair<int, int>> pictures;  // top-level file -> pixel size
     std::error_code ec;
     for (auto it = fs::recursive_directory_iterator(resources, ec); !ec && it != fs::end(it);
          it.increment(ec)) {
@@ -149,7 +202,10 @@ void checkResources(const fs::path& resources, const ExerciseFacts& facts, Findi
             // A picture that does not decode is passed over for another scale's without a
             // word: the page shows the wrong picture, or none.
             auto bytes = readFile(path);
-            if (!bytes || !plat::Image::imageWithData(*bytes, 1))
+            auto image = bytes ? plat::Image::imageWithData(*bytes, 1) : nullptr;
+            if (image && path.parent_path() == resources)
+                pictures[path.filename().string()] = {image->pixelWidth(), image->pixelHeight()};
+            if (!image)
                 findings.add(Finding::make(Finding::Severity::Error, "bad-image",
                                            fs::relative(path, resources).generic_string(), "", "",
                                            "", "the picture does not decode as a PNG"));
@@ -163,10 +219,11 @@ void checkResources(const fs::path& resources, const ExerciseFacts& facts, Findi
                    stem != "Info") {
             auto found = facts.listClasses.find(stem);
             ListChecker{resources, stem, found == facts.listClasses.end() ? none : found->second,
-                        findings}
+                        findings, icons}
                 .check();
         }
     }
+    checkPictureSizes(pictures, icons, findings);
 
     // Images the code asked for by name: one of the names tried must exist.
     std::map<std::string, bool> images;  // base name -> some variant exists

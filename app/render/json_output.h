@@ -17,7 +17,7 @@ std::string jsonText(const Json& json) {
 
 // The version of the record's shape, on every line as "schema". docs/json.md describes it;
 // a change to a field's meaning or a removal changes the version.
-inline constexpr int kJsonSchema = 2;
+inline constexpr int kJsonSchema = 3;
 
 // The start of every line: {"type": type, "schema": kJsonSchema}.
 nlohmann::ordered_json recordLine(const char* type);

@@ -10,6 +10,8 @@
 #include <map>
 
 #include "app/check/check_run.h"
+#include "app/check/check_static.h"
+#include "bundle/bundle_classes.h"
 #include "platform/foundation/plist.h"
 #include "tests/support/program_run.h"
 #include "tests/support/record_schema.h"
@@ -166,6 +168,56 @@ TEST(Check, APictureThatDoesNotDecodeIsAnErrorNamingTheFile) {
     EXPECT_TRUE(picture->error());
 }
 
+// The static checks alone: what they find needs no device.
+velto::app::FindingSet staticFindings(const fs::path& resources) {
+    velto::registerBundleClasses();
+    velto::app::FindingSet findings;
+    velto::app::checkResources(resources, {}, findings);
+    return findings;
+}
+
+const Finding* findIn(const velto::app::FindingSet& findings, const std::string& kind,
+                      const std::string& resource) {
+    for (const Finding& f : findings.all())
+        if (f.kind == kind && f.resource == resource) return &f;
+    return nullptr;
+}
+
+TEST(Check, AListThatDoesNotParseSaysItsLineAndColumn) {
+    BrokenResources broken;
+    std::ofstream(broken.path() / "Recents.plist")
+        << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\">\n<dict>\n"
+           "\t<key>items</key>\n\t<array><string>x</strng>\n\t</array>\n</dict>\n</plist>\n";
+    const auto findings = staticFindings(broken.path());
+    const Finding* list = findIn(findings, "unreadable-list", "Recents");
+    ASSERT_NE(list, nullptr);
+    EXPECT_TRUE(list->error());
+    EXPECT_NE(list->reason.find("line 5, column 26"), std::string::npos) << list->reason;
+}
+
+TEST(Check, ARowIconOrStockAvatarOfTheWrongSizeIsAWarningWithBothSizes) {
+    BrokenResources broken;
+    // Pictures of the right form but the wrong size: an icon drawn at 1x where 3x belongs,
+    // and a 3x stock avatar made at 2x.
+    fs::copy_file(broken.path() / "icon_nc.png", broken.path() / "icon_nc@3x.png",
+                  fs::copy_options::overwrite_existing);
+    fs::copy_file(shippedResources() / "nav@3x.png", broken.path() / "recent@3x.png",
+                  fs::copy_options::overwrite_existing);
+    const auto findings = staticFindings(broken.path());
+    const Finding* icon = findIn(findings, "image-size", "icon_nc@3x.png");
+    ASSERT_NE(icon, nullptr);
+    EXPECT_FALSE(icon->error());
+    EXPECT_NE(icon->reason.find("29x29 pixels where 87x87"), std::string::npos) << icon->reason;
+    const Finding* avatar = findIn(findings, "image-size", "recent@3x.png");
+    ASSERT_NE(avatar, nullptr);
+    EXPECT_NE(avatar->reason.find("120x120 pixels where 180x180"), std::string::npos)
+        << avatar->reason;
+    // The shipped pictures are the sizes they are drawn at; others have no expected size.
+    EXPECT_EQ(std::count_if(findings.all().begin(), findings.all().end(),
+                            [](const Finding& f) { return f.kind == "image-size"; }),
+              2);
+}
+
 TEST(CheckCli, ExitStatusJsonFindingsAndBadArguments) {
     BrokenResources broken;
     broken.removeRows("VeltoiPad", {"Recents"});
@@ -176,13 +228,21 @@ TEST(CheckCli, ExitStatusJsonFindingsAndBadArguments) {
     ASSERT_FALSE(lines.empty());
     EXPECT_EQ(lines.back()["type"], "summary");
     EXPECT_EQ(lines.back()["devices"], 32);
+    // Streamed as found, by several workers: still each fault once, all before the summary,
+    // and counted there; and no progress line where no terminal watches.
     bool recents = false;
+    std::size_t errors = 0, summaries = 0;
     for (const auto& line : lines) {
         EXPECT_TRUE(recordProblems(line).empty()) << line;
+        EXPECT_EQ(summaries, 0u) << "a line after the summary: " << line;
+        summaries += line["type"] == "summary";
+        errors += line["type"] == "finding" && line["severity"] == "error";
         recents |= line["type"] == "finding" && line["resource"] == "VeltoiPad" &&
                    line["kind"] == "range-error";
     }
     EXPECT_TRUE(recents) << found.out;
+    EXPECT_EQ(lines.back()["errors"], errors);
+    EXPECT_TRUE(found.err.empty()) << found.err;
 
     EXPECT_EQ(runProgram({"check", "--resources", "/nonexistent"}).status, 2);
     EXPECT_EQ(runProgram({"check", "--family", "watch"}).status, 2);
