@@ -38,6 +38,10 @@ inline constexpr const char* kMessages = "VeltoEnabledMessages";
 
 namespace notifications {
 inline constexpr const char* kSettingsChanged = "com.norvale.veltosettingschanged";
+// The exclusion list alone changed. Apart from the settings-changed name, so that the
+// Excluded applications page, which reloads on that one, is not sent back to the extension
+// for its whole list after each of its own switches.
+inline constexpr const char* kExcludedAppsChanged = "com.norvale.veltoexcludedappschanged";
 inline constexpr const char* kMailAvatarChanged = "com.norvale.veltoemailavatarsettingschanged";
 inline constexpr const char* kMessagesAvatarChanged =
     "com.norvale.veltomessagesavatarsettingschanged";

@@ -12,7 +12,7 @@ namespace velto {
 namespace {
 
 const char* const kSettingsPath = files::kMainSettingsPath;
-const char* const kChangedNotification = notifications::kSettingsChanged;
+const char* const kChangedNotification = notifications::kExcludedAppsChanged;
 const char* const kExcludedApps = "VeltoExcludedApps";
 
 plat::Value readSettingsFile() {
@@ -51,24 +51,31 @@ void VeltoSettings::refresh() const {
     // The stamp is taken before reading: a write racing with the read leaves a stamp that no
     // longer matches, and the next question reads again.
     FileStamp stamp = stampOfFile();
-    plat::Value fresh = readSettingsFile();
+    Copy fresh;
+    fresh.settings = readSettingsFile();
+    std::unordered_set<std::string> excluded;
+    if (const plat::Array* items = fresh.settings.objectForKey(kExcludedApps).asArray()) {
+        for (const plat::Value& item : *items)
+            if (const std::string* id = item.asString()) excluded.insert(*id);
+    }
+    fresh.excluded = std::make_shared<const std::unordered_set<std::string>>(std::move(excluded));
     std::lock_guard lock(mutex_);
-    settings_ = std::move(fresh);
+    copy_ = std::move(fresh);
     stamp_ = stamp;
 }
 
-plat::Value VeltoSettings::snapshot() const {
+VeltoSettings::Copy VeltoSettings::snapshot() const {
     {
         std::lock_guard lock(mutex_);
-        if (stamp_ == stampOfFile()) return settings_;
+        if (stamp_ == stampOfFile()) return copy_;
     }
     refresh();
     std::lock_guard lock(mutex_);
-    return settings_;
+    return copy_;
 }
 
 bool VeltoSettings::flag(const char* key) const {
-    return snapshot().objectForKey(key).boolValue();
+    return snapshot().settings.objectForKey(key).boolValue();
 }
 
 bool VeltoSettings::isVeltoEnabled() const {
@@ -86,7 +93,7 @@ bool VeltoSettings::isLoggingEnabled() const {
 
 std::vector<std::string> VeltoSettings::excludedApps() const {
     std::vector<std::string> apps;
-    const plat::Value list = snapshot().objectForKey(kExcludedApps);
+    const plat::Value list = snapshot().settings.objectForKey(kExcludedApps);
     if (const plat::Array* items = list.asArray()) {
         for (const plat::Value& item : *items)
             if (const std::string* id = item.asString()) apps.push_back(*id);
@@ -98,8 +105,7 @@ bool VeltoSettings::isAppExcluded(const std::optional<std::string>& bundleIdenti
                                   bool ignoreAllOther) const {
     if (!ignoreAllOther && !isVeltoEnabled()) return true;
     if (!bundleIdentifier) return false;
-    const auto apps = excludedApps();
-    return std::find(apps.begin(), apps.end(), *bundleIdentifier) != apps.end();
+    return snapshot().excluded->contains(*bundleIdentifier);
 }
 
 void VeltoSettings::addToExcludedApps(const std::optional<std::string>& bundleIdentifier) {
@@ -114,9 +120,11 @@ void VeltoSettings::changeExclusion(const std::string& bundleIdentifier, bool ex
     const auto lock = plat::lockForWriting(kSettingsPath);
     plat::Value settings = readSettingsFile();
     plat::Array apps;
+    // Only the identifier itself goes or comes: whatever else the list holds is someone
+    // else's and stays as it was.
     if (const plat::Array* stored = settings.objectForKey(kExcludedApps).asArray()) {
         for (const plat::Value& item : *stored)
-            if (item.isString() && *item.asString() != bundleIdentifier) apps.push_back(item);
+            if (!item.isString() || *item.asString() != bundleIdentifier) apps.push_back(item);
     }
     if (exclude) apps.push_back(plat::Value(bundleIdentifier));
     settings.setValueForKey(kExcludedApps, plat::Value::array(std::move(apps)));

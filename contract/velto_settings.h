@@ -5,6 +5,7 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 #include "platform/foundation/value.h"
@@ -44,7 +45,9 @@ class VeltoSettings {
     bool isAppExcluded(const std::optional<std::string>& bundleIdentifier,
                        bool ignoreAllOther) const;
     // Persist the change in the main settings file (read afresh, so nothing another writer
-    // stored is lost), refresh the copy, and tell the extension. A nil identifier is ignored.
+    // stored is lost, and entries of the list that are not bundle identifiers stay where they
+    // are), refresh the copy, and tell the extension with "com.norvale.veltoexcludedappschanged".
+    // A nil identifier is ignored.
     void addToExcludedApps(const std::optional<std::string>& bundleIdentifier);
     void removeFromExcludedApps(const std::optional<std::string>& bundleIdentifier);
     std::vector<std::string> excludedApps() const;
@@ -54,7 +57,14 @@ class VeltoSettings {
     double defaultHeight() const { return 60.0; }
 
   private:
-    plat::Value snapshot() const;
+    // The file as last read, with its exclusion list as a set: a page of thousands of switches
+    // asks once per row.
+    struct Copy {
+        plat::Value settings = plat::Value::dictionary();
+        std::shared_ptr<const std::unordered_set<std::string>> excluded =
+            std::make_shared<const std::unordered_set<std::string>>();
+    };
+    Copy snapshot() const;
     void refresh() const;
     bool flag(const char* key) const;
     void changeExclusion(const std::string& bundleIdentifier, bool exclude);
@@ -67,7 +77,7 @@ class VeltoSettings {
     static FileStamp stampOfFile();
 
     mutable std::mutex mutex_;
-    mutable plat::Value settings_ = plat::Value::dictionary();
+    mutable Copy copy_;
     mutable FileStamp stamp_;
 };
 

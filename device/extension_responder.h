@@ -23,8 +23,10 @@ namespace velto::device {
 //                                 profile's ExtensionVersion, else the package database's
 //                                 entry for com.norvale.velto2}
 // Anything it does not know gets no reply. An app or package it cannot find gets a reply
-// without payload, as SpringBoard answers when it has nothing to give. The device is read
-// afresh for every request, so applications installed meanwhile are seen.
+// without payload, as SpringBoard answers when it has nothing to give. The application list
+// is read afresh for every request; an icon request reads only the folder listings of the
+// applications and, while they list the same entries, finds the app where the last scan did.
+// Applications installed or removed meanwhile are seen either way.
 plat::MessageResponder extensionResponder(std::shared_ptr<const plat::DeviceRoot> device);
 
 // Puts the extension in place for a process on its device, unless the device's profile says

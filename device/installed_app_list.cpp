@@ -100,7 +100,7 @@ plat::ImagePtr largestIcon(const plat::DeviceRoot& root, const InstalledApp& app
     // past the decoder's pixel budget is passed over.
     std::optional<plat::Bytes> bestBytes;
     std::string bestName;
-    int bestWidth = 0;
+    int bestWidth = 0, bestHeight = 0;
     for (const std::string& name : root.contentsOfDirectory(app.folder)) {
         if (!name.starts_with("AppIcon") || !name.ends_with(".png")) continue;
         auto bytes = root.readFile(app.folder + "/" + name);
@@ -110,11 +110,15 @@ plat::ImagePtr largestIcon(const plat::DeviceRoot& root, const InstalledApp& app
             static_cast<long long>(size->first) * size->second > kIconDecodeBudget)
             continue;
         bestWidth = size->first;
+        bestHeight = size->second;
         bestBytes = std::move(bytes);
         bestName = name;
     }
     if (!bestBytes) return nullptr;
     const double scale = scaleOf(bestName);
+    // An icon of home-screen size goes out as the file it is, decoded only if someone draws it.
+    if (bestWidth <= kIconPixels && bestHeight <= kIconPixels)
+        return plat::Image::imageWithPngDeferred(std::move(*bestBytes), scale);
     if (auto icon = iconCache().find(*bestBytes, scale)) return icon;
     // Whatever the app ships, Settings gets an icon no larger than a home-screen icon: an app
     // with a poster-sized icon must not cost every root-page show a poster's memory.

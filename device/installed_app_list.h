@@ -29,7 +29,9 @@ const InstalledApp* findInstalledApp(const std::vector<InstalledApp>& apps,
                                      const std::string& bundleIdentifier);
 
 // The application's largest home-screen icon (AppIcon*.png), at the scale its file name
-// says; nullptr when it has none that decodes.
+// says; nullptr when it has none whose header reads. An icon no larger than a home-screen
+// icon is the file itself, decoded only when drawn (a damaged body draws transparent); a
+// larger one is decoded and drawn down.
 plat::ImagePtr largestIcon(const plat::DeviceRoot& root, const InstalledApp& app);
 
 }  // namespace velto::device

@@ -17,7 +17,7 @@ json optional(const std::optional<std::string>& text) {
 json pictureJson(const RowView::Icon& picture) {
     return {{"width", picture.width},
             {"height", picture.height},
-            {"hash", picture.image ? json(pixelHash(*picture.image)) : json(nullptr)}};
+            {"hash", picture.image ? json(pictureHash(*picture.image)) : json(nullptr)}};
 }
 
 json rowJson(const RowView& row) {

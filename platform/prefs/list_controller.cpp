@@ -1,6 +1,7 @@
 #include "platform/prefs/list_controller.h"
 
 #include <algorithm>
+#include <optional>
 
 #include "platform/foundation/errors.h"
 #include "platform/foundation/plist.h"
@@ -137,6 +138,20 @@ std::vector<std::ptrdiff_t> sectionStarts(const SpecifierArrayPtr& list) {
     return starts;
 }
 
+// Where one section opens, read only as far as that: a table asks once per cell, and a page
+// of thousands of rows must not be read whole for each of them. nullopt past the last section.
+std::optional<std::ptrdiff_t> sectionStart(const SpecifierArrayPtr& list, std::size_t group) {
+    if (!list) return std::nullopt;
+    const auto& items = list->items();
+    std::size_t seen = 0;
+    for (std::size_t i = 0; i < items.size(); ++i) {
+        const bool opens = items[i]->cellType() == PSGroupCell;
+        if (!opens && i != 0) continue;
+        if (seen++ == group) return opens ? static_cast<std::ptrdiff_t>(i) : -1;
+    }
+    return std::nullopt;
+}
+
 }  // namespace
 
 std::size_t ListController::numberOfGroups() const {
@@ -152,17 +167,17 @@ std::size_t ListController::rowsForGroup(std::size_t group) const {
 }
 
 std::size_t ListController::indexForRow(std::size_t row, std::size_t group) const {
-    const auto starts = sectionStarts(held_);
-    if (group >= starts.size())
+    const auto start = sectionStart(held_, group);
+    if (!start)
         throw RangeError("indexForRow:inGroup: group " + std::to_string(group) + " beyond " +
-                         std::to_string(starts.size()) + " groups");
-    return static_cast<std::size_t>(starts[group] + 1) + row;
+                         std::to_string(sectionStarts(held_).size()) + " groups");
+    return static_cast<std::size_t>(*start + 1) + row;
 }
 
 SpecifierPtr ListController::groupSpecifierForSection(std::size_t group) const {
-    const auto starts = sectionStarts(held_);
-    if (group >= starts.size() || starts[group] < 0) return nullptr;
-    return held_->objectAtIndex(static_cast<std::size_t>(starts[group]));
+    const auto start = sectionStart(held_, group);
+    if (!start || *start < 0) return nullptr;
+    return held_->objectAtIndex(static_cast<std::size_t>(*start));
 }
 
 void ListController::setPreferenceValue(const Value& value, const SpecifierPtr& specifier) {

@@ -258,6 +258,15 @@ bool pngHasAlpha(const Bytes& png) {
     const auto idat = std::search(png.begin(), png.end(), kIdat.begin(), kIdat.end());
     return std::search(png.begin(), idat, kTrns.begin(), kTrns.end()) != idat;
 }
+
+// Whether a PNG is already what encodePng would write for its picture: 8 bits a sample, not
+// interlaced, RGBA for a picture with alpha and RGB for one without. Such a file can stand as
+// the picture's PNG representation, so an icon read from disk is never decoded to be encoded.
+bool isRepresentationPng(const Bytes& png, bool hasAlpha) {
+    if (png.size() < 29) return false;
+    const std::uint8_t depth = png[24], colourType = png[25], interlace = png[28];
+    return depth == 8 && interlace == 0 && colourType == (hasAlpha ? 6 : 2);
+}
 }  // namespace
 
 Image::Image(cairo_surface_t* surface, double scale, bool hasAlpha)
@@ -270,15 +279,22 @@ Image::Image(cairo_surface_t* surface, double scale, bool hasAlpha)
 }
 
 Image::Image(Bytes png, int width, int height, double scale, bool hasAlpha)
-    : pendingPng_(std::move(png)),
-      width_(width),
-      height_(height),
-      scale_(scale),
-      hasAlpha_(hasAlpha) {}
+    : width_(width), height_(height), scale_(scale), hasAlpha_(hasAlpha) {
+    if (!keepAsRepresentation(png)) pendingPng_ = std::move(png);
+}
+
+bool Image::keepAsRepresentation(const Bytes& png) {
+    if (!isRepresentationPng(png, hasAlpha_)) return false;
+    png_ = png;
+    std::call_once(encoded_, [] {});
+    return true;
+}
 
 cairo_surface_t* Image::surface() const {
     std::call_once(decoded_, [this] {
-        surface_.reset(asArgb32(decodePng(pendingPng_)));
+        // A kept representation is the only copy of the file's bytes.
+        const Bytes& png = pendingPng_.empty() && png_ ? *png_ : pendingPng_;
+        surface_.reset(asArgb32(decodePng(png)));
         const bool sizeAsDeclared = surface_ &&
                                     cairo_image_surface_get_width(surface_.get()) == width_ &&
                                     cairo_image_surface_get_height(surface_.get()) == height_;
@@ -343,8 +359,11 @@ ImagePtr imageScaledToFit(const ImagePtr& image, int maxPixelSide) {
 }
 
 std::shared_ptr<Image> Image::imageWithData(const Bytes& bytes, double scale) {
-    if (startsWith(bytes, {0x89, 'P', 'N', 'G', '\r', '\n', 0x1a, '\n'}))
-        return adopt(decodePng(bytes), scale);  // RGB24 when the file has no alpha
+    if (startsWith(bytes, {0x89, 'P', 'N', 'G', '\r', '\n', 0x1a, '\n'})) {
+        auto image = adopt(decodePng(bytes), scale);  // RGB24 when the file has no alpha
+        if (image) image->keepAsRepresentation(bytes);
+        return image;
+    }
     if (startsWith(bytes, {0xff, 0xd8, 0xff})) return adopt(decodeJpeg(bytes), scale, false);
     return nullptr;
 }

@@ -70,9 +70,14 @@ class Image : public Object {
 
     friend std::optional<Bytes> UIImagePNGRepresentation(const Image* image);
 
+    // Keeps the PNG the picture was read from as its representation when the encoder would
+    // write the same kind of file; before the image is shared only.
+    bool keepAsRepresentation(const Bytes& png);
+
     mutable std::once_flag decoded_;
     // The PNG representation, made once: an image never changes, and the same icon is
-    // archived into reply after reply.
+    // archived into reply after reply. A picture read from a plain 8-bit RGB(A) PNG keeps that
+    // file instead (see keepAsRepresentation).
     mutable std::once_flag encoded_;
     mutable std::optional<Bytes> png_;
     struct SurfaceRelease {
@@ -99,7 +104,7 @@ std::optional<std::pair<int, int>> pngPixelSize(const Bytes& bytes);
 ImagePtr imageScaledToFit(const ImagePtr& image, int maxPixelSide);
 
 // UIImagePNGRepresentation: RGBA for an image with an alpha channel, RGB otherwise; nullopt
-// for a null image.
+// for a null image. A picture read from a PNG of that kind answers the file's own bytes.
 std::optional<Bytes> UIImagePNGRepresentation(const Image* image);
 
 }  // namespace plat

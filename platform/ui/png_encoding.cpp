@@ -44,9 +44,7 @@ void fillRow(const unsigned char* source, int width, bool alpha, std::vector<png
     }
 }
 
-}  // namespace
-
-Bytes encodePng(cairo_surface_t* surface, bool alpha) {
+Bytes encode(cairo_surface_t* surface, bool alpha, bool quickly) {
     if (!surface || cairo_surface_get_type(surface) != CAIRO_SURFACE_TYPE_IMAGE) return {};
     cairo_surface_flush(surface);
     const int width = cairo_image_surface_get_width(surface);
@@ -68,6 +66,10 @@ Bytes encodePng(cairo_surface_t* surface, bool alpha) {
         return {};
     }
     png_set_write_fn(png, &out, appendBytes, noFlush);
+    if (quickly) {
+        png_set_filter(png, PNG_FILTER_TYPE_BASE, PNG_FILTER_UP);
+        png_set_compression_level(png, 1);
+    }
     png_set_IHDR(png, info, static_cast<png_uint_32>(width), static_cast<png_uint_32>(height), 8,
                  alpha ? PNG_COLOR_TYPE_RGB_ALPHA : PNG_COLOR_TYPE_RGB, PNG_INTERLACE_NONE,
                  PNG_COMPRESSION_TYPE_BASE, PNG_FILTER_TYPE_BASE);
@@ -79,6 +81,16 @@ Bytes encodePng(cairo_surface_t* surface, bool alpha) {
     png_write_end(png, nullptr);
     png_destroy_write_struct(&png, &info);
     return out;
+}
+
+}  // namespace
+
+Bytes encodePng(cairo_surface_t* surface, bool alpha) {
+    return encode(surface, alpha, false);
+}
+
+Bytes encodePngQuickly(cairo_surface_t* surface, bool alpha) {
+    return encode(surface, alpha, true);
 }
 
 }  // namespace plat

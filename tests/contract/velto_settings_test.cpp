@@ -18,6 +18,15 @@ class VeltoSettingsTest : public ContractTest {
                 s->isLoggingEnabled()};
     }
     const std::vector<bool> allOff = {false, false, false, false};
+    // The exclusion list has a notification of its own: the settings-changed one would send
+    // the Excluded applications page back for the whole application list after each switch.
+    std::size_t exclusionPosts() {
+        std::size_t n = 0;
+        for (auto& name : device.notifications())
+            n += name == "com.norvale.veltoexcludedappschanged";
+        EXPECT_EQ(changedPosts(), 0u);
+        return n;
+    }
 };
 
 TEST_F(VeltoSettingsTest, FlagsFollowTheFileAndAnythingUnreadableReadsAllOff) {
@@ -86,7 +95,7 @@ TEST_F(VeltoSettingsTest, ExclusionsArePersistedOnceEachAndCountOnlyWhileTheMast
         settings->addToExcludedApps(id);
     EXPECT_TRUE(fileText(kMainFile).starts_with("bplist00"));
     EXPECT_EQ(device.mainSettings().objectForKey("VeltoExcludedApps").count(), 2u);
-    EXPECT_EQ(changedPosts(), 3u);
+    EXPECT_EQ(exclusionPosts(), 3u);
     // Both are in this process's copy at once, without a reload by the caller.
     for (bool ignoreAllOther : {false, true}) {
         EXPECT_TRUE(settings->isAppExcluded("mail", ignoreAllOther));
@@ -99,7 +108,7 @@ TEST_F(VeltoSettingsTest, ExclusionsArePersistedOnceEachAndCountOnlyWhileTheMast
     settings->removeFromExcludedApps("mail");
     settings->removeFromExcludedApps("absent");
     EXPECT_FALSE(settings->isAppExcluded("mail", true));
-    EXPECT_EQ(changedPosts(), 5u);
+    EXPECT_EQ(exclusionPosts(), 5u);
     Value file = device.mainSettings();
     EXPECT_EQ(file.objectForKey("VeltoExcludedApps"), Value::array({"chat"}));
     file.removeObjectForKey("VeltoExcludedApps");
@@ -110,7 +119,18 @@ TEST_F(VeltoSettingsTest, ExclusionsArePersistedOnceEachAndCountOnlyWhileTheMast
     settings->addToExcludedApps(std::nullopt);
     settings->removeFromExcludedApps(std::nullopt);
     EXPECT_EQ(fileText(kMainFile), before);
-    EXPECT_EQ(changedPosts(), 5u);
+    EXPECT_EQ(exclusionPosts(), 5u);
+
+    // Entries that are not bundle identifiers are someone else's: they survive every change
+    // in their places, and only the identifier's own string goes or comes.
+    const Value foreign = Value::array({"kept", Value::integer(7), Value::boolean(true)});
+    device.writePlist(kMainFile, Value::dictionary({{"VeltoExcludedApps", foreign}}));
+    settings->addToExcludedApps("new");
+    settings->addToExcludedApps("kept");
+    settings->removeFromExcludedApps("new");
+    EXPECT_EQ(device.mainSettings().objectForKey("VeltoExcludedApps"),
+              Value::array({Value::integer(7), Value::boolean(true), "kept"}));
+    EXPECT_TRUE(settings->isAppExcluded("kept", true));
 
     // Starting from no file at all gives a file holding just the list. The master switch is
     // off then: every app is excluded unless only the list counts.

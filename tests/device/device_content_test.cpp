@@ -12,6 +12,7 @@
 #include "device/package_database.h"
 #include "platform/system/process.h"
 #include "platform/ui/image.h"
+#include "platform/ui/png_encoding.h"
 #include "tests/support/test_device.h"
 
 namespace velto::device {
@@ -102,6 +103,13 @@ TEST(AppIcon, TheExtensionAnswersNoMoreThanAHomeScreenIconAndDecodesOnlyTheLarge
     icon = largestIcon(root, app);
     ASSERT_TRUE(icon);
     EXPECT_EQ(icon->pixelWidth(), 120);
+
+    // That icon goes out as the file it is: encoded otherwise than encodePng would, so a
+    // decode and re-encode on the way would show.
+    const plat::Bytes file =
+        plat::encodePngQuickly(drawAppIcon(app.bundleIdentifier, "q", 120, 2)->surface(), true);
+    ASSERT_TRUE(root.writeFile(app.folder + "/AppIcon60x60@2x.png", file, true));
+    EXPECT_EQ(plat::UIImagePNGRepresentation(largestIcon(root, app).get()), file);
 }
 
 TEST(PackageDatabase, VersionsOfInstalledPackagesOnlyAndTheDevicesDpkgQueryReadsIt) {
