@@ -24,7 +24,7 @@ tsan_flags=(-DCMAKE_BUILD_TYPE=RelWithDebInfo "-DCMAKE_CXX_FLAGS_RELWITHDEBINFO=
 
 # CPU-seconds of a first build of each tree (everything, cold compiler cache) on the reference
 # 2-core machine, for the notice a newcomer sees before waiting on one.
-declare -A first_build_cpu_seconds=([build]=260 [build-asan]=360 [build-tsan]=70)
+declare -A first_build_cpu_seconds=([build]=290 [build-asan]=410 [build-tsan]=85)
 
 # announce_first_build DIR: before a tree's first build, how long it takes here and on 2 cores.
 announce_first_build() {
