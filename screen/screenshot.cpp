@@ -2,7 +2,9 @@
 
 #include <cairo.h>
 
+#include <algorithm>
 #include <cmath>
+#include <limits>
 #include <stdexcept>
 
 #include "screen/bars.h"
@@ -16,8 +18,67 @@
 
 namespace screen {
 
-Screenshot drawScreenshot(plat::ListController& page, const Look& look,
-                          const SettingsEntry& entry) {
+namespace {
+
+// The whole table laid out from the top of an unbounded column, measured with a scratch
+// surface: where every row and footer lands before any scrolling.
+TableLayout unscrolledLayout(plat::ListController& page, const Look& look) {
+    Look unbounded = look;
+    unbounded.height = std::numeric_limits<double>::max() / 4;
+    cairo_surface_t* surface = cairo_image_surface_create(CAIRO_FORMAT_ARGB32, 1, 1);
+    cairo_t* cr = cairo_create(surface);
+    TableLayout layout;
+    try {
+        TextPainter text(cr);
+        layout = TableLayout::of(text, page, unbounded, look.statusBar + look.navigationBar);
+    } catch (...) {
+        cairo_destroy(cr);
+        cairo_surface_destroy(surface);
+        throw;
+    }
+    cairo_destroy(cr);
+    cairo_surface_destroy(surface);
+    return layout;
+}
+
+// Where the table's last group or footer ends.
+double tableBottom(const TableLayout& layout) {
+    double bottom = 0;
+    for (const LaidSection& section : layout.sections) {
+        bottom = std::max(bottom, section.ground.origin.y + section.ground.size.height);
+        if (section.footer)
+            bottom = std::max(bottom,
+                              section.footer->frame.origin.y + section.footer->frame.size.height);
+    }
+    return bottom;
+}
+
+// The gap Settings leaves under a table's last group.
+constexpr double kTableEndGap = 35;
+
+}  // namespace
+
+std::optional<double> offsetShowingRow(plat::ListController& page, const Look& look,
+                                       std::size_t index) {
+    const TableLayout layout = unscrolledLayout(page, look);
+    const LaidRow* row = layout.row(index);
+    if (!row) return std::nullopt;
+    const double top = look.statusBar + look.navigationBar;
+    const double rowTop = row->frame.origin.y, rowBottom = rowTop + row->frame.size.height;
+    const double offset = page.contentOffsetY();
+    // Scrolled past it: it comes down to the top; below the screen: up to the bottom.
+    if (rowTop - offset < top) return rowTop - top;
+    if (rowBottom - offset > look.contentBottom()) return rowBottom - look.contentBottom();
+    return offset;
+}
+
+Screenshot drawScreenshot(plat::ListController& page, const Look& screen,
+                          const SettingsEntry& entry, bool full) {
+    Look look = screen;
+    if (full)
+        look.height = std::max(look.height, tableBottom(unscrolledLayout(page, look)) +
+                                                kTableEndGap + look.homeIndicator);
+    const double offset = full ? 0 : page.contentOffsetY();
     Screenshot shot;
     shot.look = look;
     const int width = static_cast<int>(std::lround(look.width * look.scale));
@@ -35,7 +96,8 @@ Screenshot drawScreenshot(plat::ListController& page, const Look& look,
         TextPainter text(cr);
         fillRect(cr, plat::Rect{{0, 0}, {look.width, look.height}}, look.background);
         // The table scrolls under the bars, so they are drawn over it.
-        shot.table = TableLayout::of(text, page, look, look.statusBar + look.navigationBar);
+        shot.table =
+            TableLayout::of(text, page, look, look.statusBar + look.navigationBar - offset);
         paintTable(cr, text, page, shot.table, look);
         paintNavigationBar(cr, text, page, look);
         const Rgba pageInk = barInk(page, look);

@@ -34,8 +34,16 @@ struct Screenshot {
 // Reads the platform model only: the held rows, the cells the page's hooks configure (asked
 // for as the table asks when it draws), the navigation item and the presented controllers.
 // May raise what the page's own hooks raise.
+// The table starts scrolled as far as the page's content offset says. `full`: the picture is as
+// tall as the page's rows, from the top, instead of one screen.
 Screenshot drawScreenshot(plat::ListController& page, const Look& look,
-                          const SettingsEntry& entry = {});
+                          const SettingsEntry& entry = {}, bool full = false);
+
+// The content offset that brings the row at `index` of the page's list on screen, moving the
+// rows as little as they must from where the page is scrolled now; nullopt when the page
+// shows no such row.
+std::optional<double> offsetShowingRow(plat::ListController& page, const Look& look,
+                                       std::size_t index);
 
 // The picture as PNG bytes: the same page gives the same bytes on every run.
 plat::Bytes pngBytes(const Screenshot& shot);

@@ -21,16 +21,25 @@ screen::SettingsEntry settingsEntry(Session& session) {
 
 }  // namespace
 
-std::size_t writeScreenshot(Session& session, const std::string& file) {
+std::size_t writeScreenshot(Session& session, const std::string& file, bool full) {
     const auto look = screen::Look::forDevice(plat::DeviceFacts::read(session.process().root()));
-    const plat::Bytes png =
-        screen::pngBytes(screen::drawScreenshot(*session.topPage(), look, settingsEntry(session)));
+    const plat::Bytes png = screen::pngBytes(
+        screen::drawScreenshot(*session.topPage(), look, settingsEntry(session), full));
     if (png.empty()) throw StepError("cannot write " + file);
     // Beside the target and renamed over it: a full disk leaves the old picture whole, and a
     // FIFO or a device in its place is refused rather than written to (or waited on for ever).
     if (const auto written = writeHostFile(file, png, std::cout); !written)
         throw StepError(written.error());
     return png.size();
+}
+
+bool scrollToRow(Session& session, std::size_t index) {
+    auto page = session.topPage();
+    const auto look = screen::Look::forDevice(plat::DeviceFacts::read(session.process().root()));
+    const auto offset = screen::offsetShowingRow(*page, look, index);
+    if (!offset) return false;
+    page->setContentOffsetY(*offset);
+    return true;
 }
 
 }  // namespace velto::app

@@ -9,6 +9,11 @@ namespace velto::app {
 
 // Draws the top page, with what it presents, as the device shows it and writes the PNG to a
 // host file. Answers the number of bytes written; StepError when the file cannot be written.
-std::size_t writeScreenshot(Session& session, const std::string& file);
+// `full`: the whole page, as tall as its rows.
+std::size_t writeScreenshot(Session& session, const std::string& file, bool full = false);
+
+// Scrolls the top page so that the row at `index` of its list is on screen; false when the
+// page does not show that row.
+bool scrollToRow(Session& session, std::size_t index);
 
 }  // namespace velto::app

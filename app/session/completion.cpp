@@ -95,7 +95,9 @@ Completion argumentCompletion(const std::string& word, const std::string& argume
     if (word == "pick" || word == "screenshot" || word == "run")
         return fileCompletion(argument, start);
     std::vector<std::string> options;
-    if (word == "open") {
+    if (word == "scroll") {
+        options = rowNames(context, any);
+    } else if (word == "open") {
         options = rowNames(context, [](const auto& row) { return row.link; });
     } else if (word == "tap") {
         options = rowNames(context, [](const auto& row) { return row.button; });

@@ -20,7 +20,7 @@ struct StepWord {
     const char* what;  // what the argument is, for messages
 };
 
-constexpr std::array<StepWord, 19> kSteps = {{
+constexpr std::array<StepWord, 20> kSteps = {{
     {"show", StepKind::Show, Argument::None, ""},
     {"open", StepKind::Open, Argument::Required, "a row"},
     {"back", StepKind::Back, Argument::None, ""},
@@ -33,6 +33,7 @@ constexpr std::array<StepWord, 19> kSteps = {{
     {"notify", StepKind::Notify, Argument::Required, "a notification name"},
     {"wait", StepKind::Wait, Argument::None, ""},
     {"screenshot", StepKind::Screenshot, Argument::Required, "a PNG file to write"},
+    {"scroll", StepKind::Scroll, Argument::Required, "a row"},
     {"expect", StepKind::Expect, Argument::Required,
      "ROW on|off|shown|hidden, presented KIND, file PATH exists|missing or log TEXT"},
     {"help", StepKind::Help, Argument::None, ""},
@@ -59,6 +60,13 @@ bool hasPngExtension(const std::string& file) {
 
 }  // namespace
 
+ScreenshotRequest screenshotRequest(const std::string& argument) {
+    static const std::string kFull = " --full";
+    if (argument.size() > kFull.size() && argument.ends_with(kFull))
+        return {trim(argument.substr(0, argument.size() - kFull.size())), true};
+    return {argument, false};
+}
+
 std::optional<Step> parseStep(const std::string& line) {
     const std::string text = trim(line);
     if (text.empty() || text[0] == '#') return std::nullopt;
@@ -77,7 +85,7 @@ std::optional<Step> parseStep(const std::string& line) {
         if (step.kind == StepKind::Expect) parseExpectation(argument);
         // Pictures are written as PNG whatever the name says; a name that says otherwise
         // would mislead whoever opens the file.
-        if (step.kind == StepKind::Screenshot && !hasPngExtension(argument))
+        if (step.kind == StepKind::Screenshot && !hasPngExtension(screenshotRequest(argument).file))
             throw StepError("screenshot writes PNG pictures: name the file with .png, not '" +
                             argument + "'");
         return Step{step.kind, argument, text};
@@ -112,7 +120,10 @@ const char* stepHelp() {
            "  cancel               the photo picker, mail composer or share sheet is cancelled\n"
            "  notify NAME          another process posts the Darwin notification NAME\n"
            "  wait                 run the main queue until it is empty\n"
-           "  screenshot FILE      draw the page as the device shows it into a PNG file\n"
+           "  screenshot FILE [--full]\n"
+           "                       draw the page as the device shows it into a PNG file;\n"
+           "                       --full: the whole page, as tall as its rows\n"
+           "  scroll ROW           scroll the page until the row is on screen\n"
            "  expect ROW on|off|shown|hidden\n"
            "                       the switch shows on or off; the row is on the page or not\n"
            "  expect presented KIND\n"

@@ -29,6 +29,7 @@ enum class StepKind {
     // Check the page, what is presented, a device file or the log (see expect_step.h).
     Expect,
     Reload,  // the top page rebuilds its rows from the resources
+    Scroll,  // scroll the top page until a row (ROW) is on screen
     // Redraw the top page whenever the device's settings or the bundle change
     // ([--redraws N] [--timeout SECONDS]).
     Watch,
@@ -50,6 +51,13 @@ struct Step {
 // Reads one line. nullopt for a blank line or a '#' comment. Throws StepError for an unknown
 // step, a missing argument, or an argument given to a step that takes none.
 std::optional<Step> parseStep(const std::string& line);
+
+// "FILE" or "FILE --full": the screenshot step's file, and whether the whole page is drawn.
+struct ScreenshotRequest {
+    std::string file;
+    bool full = false;
+};
+ScreenshotRequest screenshotRequest(const std::string& argument);
 
 // Whether `word` begins a step ("open", "show"...), whatever follows it.
 bool isStepWord(const std::string& word);

@@ -206,8 +206,15 @@ void StepRunner::perform(const Step& step) {
             session_.process().darwin().postFromOtherProcess(step.argument);
             return;
         case StepKind::Screenshot: {
-            const std::string file = hostPath(step.folder, step.argument);
-            renderer_.screenshot(file, writeScreenshot(session_, file));
+            const ScreenshotRequest request = screenshotRequest(step.argument);
+            const std::string file = hostPath(step.folder, request.file);
+            renderer_.screenshot(file, writeScreenshot(session_, file, request.full));
+            return;
+        }
+        case StepKind::Scroll: {
+            const RowRef ref = requireRow(*page, step.argument);
+            if (!scrollToRow(session_, ref.index))
+                throw StepError("row " + shownName(ref) + " is not shown on the page");
             return;
         }
         case StepKind::Reload:

@@ -85,6 +85,10 @@ class ListController : public ViewController {
     // Where the user left a row's switch, until the row is redrawn.
     std::optional<bool> heldSwitchPosition(const SpecifierPtr& row) const;
 
+    // The table view's contentOffset.y: how far the user has scrolled the rows up, in points.
+    double contentOffsetY() const { return contentOffsetY_; }
+    void setContentOffsetY(double offset) { contentOffsetY_ = offset < 0 ? 0 : offset; }
+
     // tableView:cellForRowAtIndexPath: — makes the row's cell (the "cellClass" it names, or a
     // plain PSTableCell), records it under "cellObject" and sets a switch from the row's value.
     virtual TableCellPtr tableViewCellForRowAtIndexPath(std::size_t row, std::size_t section);
@@ -108,6 +112,7 @@ class ListController : public ViewController {
 
     SpecifierArrayPtr held_;
     std::vector<HeldSwitch> heldSwitches_;
+    double contentOffsetY_ = 0;
     SpecifierPtr parent_;
     Size contentSize_;
     std::vector<std::string> loadedResources_;

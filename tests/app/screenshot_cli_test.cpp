@@ -68,6 +68,28 @@ INSTANTIATE_TEST_SUITE_P(Devices, ScreenshotCliTest,
                              return std::string(info.param.family) + info.param.scale;
                          });
 
+TEST(ScreenshotCli, FullDrawsTheWholePageAndScrollBringsARowOnScreen) {
+    ScratchFolder scratch;
+    const std::string device = scratch / "device";
+    initDevice(device, {"--user-apps", "40"});
+    const auto bytes = [](const std::string& file) {
+        std::ifstream in(file, std::ios::binary);
+        return std::string(std::istreambuf_iterator<char>(in), {});
+    };
+    const auto result = runProgram(
+        {"--device", device, "toggle VeltoEnabled on", "open Excluded Applications",
+         "screenshot " + scratch / "screen.png", "screenshot " + scratch / "full.png --full",
+         "scroll #40", "screenshot " + scratch / "scrolled.png"});
+    ASSERT_EQ(result.status, 0) << result.err;
+    const auto screen = pngSize(scratch / "screen.png");
+    const auto full = pngSize(scratch / "full.png");
+    EXPECT_EQ(full.first, screen.first);
+    // 40 rows of 44 points do not fit one screen: the whole page is taller than the screen.
+    EXPECT_GT(full.second, screen.second + 40 * 3);
+    EXPECT_EQ(pngSize(scratch / "scrolled.png"), screen);
+    EXPECT_NE(bytes(scratch / "scrolled.png"), bytes(scratch / "screen.png"));
+}
+
 TEST(ScreenshotCli, AScaleTheFamilyNeverHadMakesNoDevice) {
     ScratchFolder scratch;
     const auto result =
