@@ -1,8 +1,8 @@
 #include "app/commands/defaults_command.h"
 
 #include "app/commands/defaults_values.h"
-#include "app/host_files.h"
 #include "app/exit_status.h"
+#include "app/host_files.h"
 #include "app/render/json_output.h"
 #include "contract/catalogue.h"
 #include "platform/foundation/plist.h"

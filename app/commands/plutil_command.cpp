@@ -2,9 +2,9 @@
 
 #include <nlohmann/json.hpp>
 
-#include "app/host_files.h"
 #include "app/commands/plist_forms.h"
 #include "app/exit_status.h"
+#include "app/host_files.h"
 #include "app/render/json_output.h"
 #include "platform/foundation/plist.h"
 
