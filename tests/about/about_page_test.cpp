@@ -33,6 +33,14 @@ TEST(AboutPageTest, FooterCarriesVersionAndYear) {
               "Version (null), © -1 Norvale, Inc. All rights reserved,");
 }
 
+TEST(AboutPageTest, OnlySystemsBeforeElevenGetThePagesOwnBackButton) {
+    AboutDevice device;
+    device.setSystemVersion("10.3");
+    EXPECT_NE(device.page()->customBackButton(), nullptr);
+    device.setSystemVersion("11.0");
+    EXPECT_EQ(device.page()->customBackButton(), nullptr);
+}
+
 TEST(AboutPageTest, HeaderCellTextAndLook) {
     AboutDevice device;
     velto::VeltoPackageHeaderCell cell;
