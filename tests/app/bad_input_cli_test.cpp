@@ -25,15 +25,6 @@ using plat::Value;
 
 const char* const kSettings = "var/mobile/Library/Preferences/com.norvale.velto.plist";
 
-std::string contents(const fs::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), {});
-}
-
-void write(const fs::path& path, const std::string& bytes) {
-    std::ofstream(path, std::ios::binary | std::ios::trunc) << bytes;
-}
-
 std::vector<fs::path> asideFiles(const fs::path& settings) {
     std::vector<fs::path> found;
     for (const auto& entry : fs::directory_iterator(settings.parent_path()))
@@ -64,11 +55,11 @@ TEST_F(BadInputCli, FilesOnlyATreeReaderRefusesAreKeptThroughAToggle) {
         {{"Keep", Value("me")}, {"VeltoEnabled", Value::boolean(true)}, {"Deep", deep}});
     for (const Value& stored : {deepSettings, shared}) {
         const auto bytes = plat::dataFromPropertyList(stored, plat::PropertyListFormat::Binary);
-        write(settings(), std::string(bytes->begin(), bytes->end()));
+        putFile(settings(), std::string(bytes->begin(), bytes->end()));
         const auto result = runProgram({"--device", device_, "toggle Enabled off"});
         EXPECT_EQ(result.status, 0) << result.err;
         const auto back = plat::propertyListFromData([&] {
-            auto s = contents(settings());
+            auto s = fileText(settings());
             return plat::Bytes(s.begin(), s.end());
         }());
         EXPECT_EQ(back.objectForKey("Keep").str(), "me");
@@ -89,12 +80,12 @@ TEST_F(BadInputCli, AnUnreadableFileIsMovedAsideBeforeAToggleOrDefaultsWriteRepl
     for (const auto& arguments : writers) {
         for (const fs::path& old : asideFiles(settings()))
             fs::remove(old);
-        write(settings(), xml);
+        putFile(settings(), xml);
         const auto result = runProgram(arguments);
         EXPECT_EQ(result.status, 0) << result.err;
         const auto aside = asideFiles(settings());
         ASSERT_EQ(aside.size(), 1u);
-        EXPECT_EQ(contents(aside[0]), xml);  // byte for byte
+        EXPECT_EQ(fileText(aside[0]), xml);  // byte for byte
         const std::string line =
             "Moved the unreadable property list "
             "/var/mobile/Library/Preferences/com.norvale.velto.plist aside to "
@@ -192,11 +183,11 @@ TEST_F(BadInputCli, ArgumentsThatAreNotUtf8GiveAJsonErrorAndNoAbort) {
 }
 
 TEST_F(BadInputCli, DeviceInitRefusesAFolderThatHoldsSomethingUnlessForcedAndNeverSlash) {
-    const std::string before = contents(settings());
+    const std::string before = fileText(settings());
     auto result = runProgram({"device", "init", device_});
     EXPECT_EQ(result.status, 1);
     EXPECT_NE(result.err.find("--force"), std::string::npos) << result.err;
-    EXPECT_EQ(contents(settings()), before);
+    EXPECT_EQ(fileText(settings()), before);
     result = runProgram({"device", "init", device_, "--force"});
     EXPECT_EQ(result.status, 0) << result.err;
     for (const auto& arguments : {std::vector<std::string>{"device", "init", "/"},

@@ -22,16 +22,6 @@ using plat::Value;
 
 const char* const kPreferences = "var/mobile/Library/Preferences";
 
-std::string fileBytes(const fs::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), {});
-}
-
-void putFile(const fs::path& path, const std::string& bytes) {
-    fs::create_directories(path.parent_path());
-    std::ofstream(path, std::ios::binary | std::ios::trunc) << bytes;
-}
-
 std::string binaryOf(const Value& value) {
     const auto bytes = plat::dataFromPropertyList(value, plat::PropertyListFormat::Binary);
     return std::string(bytes->begin(), bytes->end());
@@ -82,7 +72,7 @@ TEST_F(HardeningCli, ReadersStopAtTheirLimitAndBadArgumentsAreRefused) {
     const fs::path xml = scratch_ / "a.plist";
     putFile(xml, "<plist version=\"1.0\"><dict/></plist>");
     EXPECT_NE(run({"plutil", "-convert", "binary1", xml.string(), "-o"}).status, 0);
-    EXPECT_EQ(fileBytes(xml), "<plist version=\"1.0\"><dict/></plist>");
+    EXPECT_EQ(fileText(xml), "<plist version=\"1.0\"><dict/></plist>");
 }
 
 // Arrays that each hold the one before twice, 40 deep: 400 bytes stored, 2^40 objects printed.
@@ -123,7 +113,7 @@ TEST_F(HardeningCli, HostAndDeviceRewritesKeepModesAndLinksAndFreshNames) {
     fs::create_symlink(file, link);
     EXPECT_EQ(run({"plutil", "-convert", "binary1", link.string()}).status, 0);
     EXPECT_TRUE(fs::is_symlink(link));
-    EXPECT_TRUE(fileBytes(file).starts_with("bplist00"));
+    EXPECT_TRUE(fileText(file).starts_with("bplist00"));
     EXPECT_EQ(permissionsOf(file), 0600u);
     // The export's old scratch name, planted as a link by someone else, is not followed.
     const fs::path target = scratch_ / "export.plist", victim = scratch_ / "victim";
@@ -131,7 +121,7 @@ TEST_F(HardeningCli, HostAndDeviceRewritesKeepModesAndLinksAndFreshNames) {
     for (int pid = 1; pid < 4096; pid += 1)
         ::symlink(victim.c_str(), (scratch_ / (".export.plist." + std::to_string(pid))).c_str());
     EXPECT_EQ(run({"defaults", "export", "com.norvale.velto", target.string()}).status, 0);
-    EXPECT_EQ(fileBytes(victim), "untouched");
+    EXPECT_EQ(fileText(victim), "untouched");
 
     // Domain writes and toggles inside the device.
     ::chmod(domain("com.norvale.velto").c_str(), 0444);
@@ -186,7 +176,7 @@ TEST_F(HardeningCli, ConcurrentWritersKeepEachOthersKeysAndWaitForAHalfWrittenFi
     other.join();
     toggles.join();
     const Value shared = plat::propertyListFromData([&] {
-        const std::string s = fileBytes(domain("com.shared"));
+        const std::string s = fileText(domain("com.shared"));
         return plat::Bytes(s.begin(), s.end());
     }());
     EXPECT_EQ(shared.count(), 2u * kWrites);
@@ -215,7 +205,7 @@ TEST_F(HardeningCli, ScreenshotsReplaceWholeFilesAndRefuseAFifo) {
     putFile(shot, "old");
     ::chmod(shot.c_str(), 0600);
     EXPECT_EQ(run({"screenshot " + shot.string()}).status, 0);
-    EXPECT_TRUE(fileBytes(shot).starts_with("\x89PNG"));
+    EXPECT_TRUE(fileText(shot).starts_with("\x89PNG"));
     EXPECT_EQ(permissionsOf(shot), 0600u);
 }
 
@@ -246,7 +236,7 @@ TEST(HardeningImport, ImportsStayInsideTheCopyAndAFailureLeavesNothing) {
         const std::string device = scratch / ("device-" + fs::path(from).filename().string());
         const auto result = runProgram({"device", "init", device, "--from", from});
         ASSERT_EQ(result.status, 0) << result.err;
-        EXPECT_EQ(fileBytes(fs::path(device) / "var/lib/dpkg/status").find("host-secret"),
+        EXPECT_EQ(fileText(fs::path(device) / "var/lib/dpkg/status").find("host-secret"),
                   std::string::npos);
         // In the archive the second name is a file of its own; in the folder it is a link.
         if (from == copy.string()) {

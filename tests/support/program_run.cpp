@@ -11,6 +11,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
+#include <fstream>
 #include <sstream>
 
 extern char** environ;
@@ -176,6 +177,16 @@ const nlohmann::json* row(const nlohmann::json& page, const std::string& idOrLab
     for (const auto& shown : page.at("rows"))
         if (shown.at("id") == idOrLabel || shown.at("label") == idOrLabel) return &shown;
     return nullptr;
+}
+
+std::string fileText(const std::filesystem::path& path) {
+    std::ifstream in(path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), {});
+}
+
+void putFile(const std::filesystem::path& path, const std::string& bytes) {
+    if (path.has_parent_path()) std::filesystem::create_directories(path.parent_path());
+    std::ofstream(path, std::ios::binary | std::ios::trunc) << bytes;
 }
 
 }  // namespace apptest

@@ -44,6 +44,11 @@ class ScratchFolder {
     std::filesystem::path path_;
 };
 
+// A host file's bytes as a string; empty when it cannot be read.
+std::string fileText(const std::filesystem::path& path);
+// Writes a host file whole, making its folder first.
+void putFile(const std::filesystem::path& path, const std::string& bytes);
+
 // The row of a page record with this identifier or label; null when there is none.
 const nlohmann::json* row(const nlohmann::json& page, const std::string& idOrLabel);
 
