@@ -8,6 +8,8 @@
 #include <cstring>
 #include <filesystem>
 
+#include "platform/system/host_file_writes.h"
+
 namespace velto::app {
 
 namespace {
@@ -16,17 +18,6 @@ const std::string kTooLarge = "larger than 64 MB, the most a property list may h
 
 plat::PortResult<plat::Bytes> unreadable(std::string why) {
     return plat::PortResult<plat::Bytes>::failure(std::move(why));
-}
-
-bool writeAll(int fd, const plat::Bytes& bytes) {
-    std::size_t done = 0;
-    while (done < bytes.size()) {
-        const ssize_t n = ::write(fd, bytes.data() + done, bytes.size() - done);
-        if (n < 0 && errno == EINTR) continue;
-        if (n < 0) return false;
-        done += static_cast<std::size_t>(n);
-    }
-    return true;
 }
 
 mode_t currentUmask() {
@@ -103,23 +94,9 @@ plat::PortStatus writeHostFile(const std::string& path, const plat::Bytes& bytes
         if (!S_ISREG(info.st_mode)) return refused("not a regular file");
         mode = info.st_mode & 07777;
     }
-    const fs::path folder = target.has_parent_path() ? target.parent_path() : fs::path(".");
-    std::string temp = (folder / ("." + target.filename().string() + ".XXXXXX")).string();
-    const int fd = ::mkstemp(temp.data());
-    if (fd < 0) return refused(std::strerror(errno));
-    bool ok = ::fchmod(fd, mode) == 0 && writeAll(fd, bytes);
-    int error = ok ? 0 : errno;
-    if (::close(fd) != 0 && ok) {
-        ok = false;
-        error = errno;
-    }
-    if (ok && ::rename(temp.c_str(), target.c_str()) != 0) {
-        ok = false;
-        error = errno;
-    }
-    if (ok) return plat::portSuccess();
-    ::unlink(temp.c_str());
-    return refused(std::strerror(error));
+    if (const int error = plat::replaceHostFile(target, bytes, mode))
+        return refused(std::strerror(error));
+    return plat::portSuccess();
 }
 
 }  // namespace velto::app

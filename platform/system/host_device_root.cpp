@@ -14,6 +14,8 @@
 #include <map>
 #include <system_error>
 
+#include "platform/system/host_file_writes.h"
+
 namespace plat {
 
 namespace fs = std::filesystem;
@@ -108,19 +110,6 @@ bool isWithin(const fs::path& path, const fs::path& folder) {
 
 std::string errnoText(int error) {
     return std::strerror(error);
-}
-
-bool writeAll(int fd, const Bytes& bytes) {
-    std::size_t done = 0;
-    while (done < bytes.size()) {
-        ssize_t n = ::write(fd, bytes.data() + done, bytes.size() - done);
-        if (n < 0) {
-            if (errno == EINTR) continue;
-            return false;
-        }
-        done += static_cast<std::size_t>(n);
-    }
-    return true;
 }
 
 // "Cannot read /var/x: No such file or directory".
@@ -289,26 +278,8 @@ PortStatus HostDeviceRoot::writeFile(std::string_view devicePath, const Bytes& b
     mode_t mode = 0644;
     if (::stat(target.c_str(), &existing) == 0 && S_ISREG(existing.st_mode))
         mode = existing.st_mode & 07777;
-    // Built by appending: GCC 12 at -O3 takes `"." + name` for an overlapping copy.
-    std::string temp = target.parent_path() / ".";
-    temp += target.filename().string();
-    temp += ".XXXXXX";
-    int fd = ::mkstemp(temp.data());
-    if (fd < 0) return failed("write", devicePath, errnoText(errno));
-    bool ok = ::fchmod(fd, mode) == 0 && writeAll(fd, bytes);
-    int error = ok ? 0 : errno;
-    if (::close(fd) != 0 && ok) {
-        ok = false;
-        error = errno;
-    }
-    if (ok && ::rename(temp.c_str(), target.c_str()) != 0) {
-        ok = false;
-        error = errno;
-    }
-    if (!ok) {
-        ::unlink(temp.c_str());
+    if (const int error = replaceHostFile(target, bytes, mode))
         return failed("write", devicePath, errnoText(error));
-    }
     return portSuccess();
 }
 
