@@ -23,10 +23,12 @@ TEST(VersionLookupTest, PackageVersionIsWhatDpkgQueryPrints) {
 
 TEST(VersionLookupTest, ACharacterCutByTheReadBecomesReplacementCharactersAndTheRestStays) {
     AboutDevice device;
-    // fgets reads 1023 bytes a time: the "é" falls across the first two reads.
-    const std::string head(1022, '1');
-    device.installPackage("com.norvale.velto2", head + "\u00e9-2");
-    EXPECT_EQ(velto::packageVersion("com.norvale.velto2"), head + "\uFFFD\uFFFD-2");
+    // fgets reads 1023 bytes a time: the "é" falls across the first two reads, and the
+    // characters of two, three and four bytes around it are kept whole.
+    const std::string head(1019, '1');
+    device.installPackage("com.norvale.velto2", head + "\u20ac\u00e9\U0001F600\u00fc-2");
+    EXPECT_EQ(velto::packageVersion("com.norvale.velto2"),
+              head + "\u20ac\uFFFD\uFFFD\U0001F600\u00fc-2");
 }
 
 TEST(VersionLookupTest, QuoteInIdentifierIsPassedOnUnchanged) {

@@ -1,6 +1,5 @@
 // The Excluded applications page through velto-settings --json: the `notify` step reaching an
-// open page and only that page, and `device init --user-apps` filling the page. The page's own
-// rules are checked in-process.
+// open page and only that page. The page's own rules are checked in-process.
 
 #include <gtest/gtest.h>
 
@@ -39,25 +38,6 @@ TEST(DisabledAppsSimulatorTest, NotifyRefreshesTheOpenPageOnly) {
     EXPECT_EQ(fetches(shows[0]), 2);  // one when opened, one for the notification
     EXPECT_EQ(shows[1].at("page"), "VeltoSettingsController");
     EXPECT_EQ(fetches(shows[1]), 0);
-}
-
-TEST(DisabledAppsSimulatorTest, UserAppsOptionFillsThePage) {
-    apptest::ScratchFolder scratch;
-    const std::string root = scratch / "many";
-    apptest::initDevice(root, {"--user-apps", "30", "--scale", "2"});
-    const auto shows =
-        steps(root, {"toggle VeltoEnabled on", "open Excluded Applications", "show"});
-    ASSERT_EQ(shows.size(), 1u);
-    const auto& rows = shows[0].at("rows");
-    ASSERT_EQ(rows.size(), 31u);
-    EXPECT_EQ(rows.at(0).at("label"), "User Applications");
-    bool lower = false, upper = false;  // names of both cases, for the page's sort to fold
-    for (std::size_t i = 1; i < rows.size(); ++i) {
-        const char first = rows.at(i).at("label").get<std::string>().at(0);
-        lower |= first >= 'a' && first <= 'z';
-        upper |= first >= 'A' && first <= 'Z';
-    }
-    EXPECT_TRUE(lower && upper);
 }
 
 }  // namespace

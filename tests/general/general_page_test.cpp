@@ -83,6 +83,26 @@ TEST_F(GeneralPageTest, MonogramRowAndFooterFollowTheSwitch) {
     EXPECT_EQ(fresh->heldSpecifiers(), nullptr);
 }
 
+TEST_F(GeneralPageTest, TheMonogramAndRoundedSwitchesStoreAndSynchronizeFirst) {
+    auto shown = page();
+    for (const auto* key : {"VeltoEnabledMonogram", "VeltoEnabledRoundedPictures"}) {
+        plat::SpecifierPtr toggle;
+        for (const auto& row : *shown->specifiers())
+            if (row->propertyForKey("key").isString() && row->propertyForKey("key").str() == key)
+                toggle = row;
+        ASSERT_TRUE(toggle) << key;
+        const auto mark = device.journal().size();
+        plat::Runtime::shared().perform(*shown, toggle->setter(),
+                                        {Value::boolean(true), Value(toggle)});
+        const auto done = effects(mark);
+        ASSERT_GE(done.size(), 3u) << key;
+        EXPECT_EQ(Ids(done.begin(), done.begin() + 3),
+                  (Ids{"preference-write", "notification", "synchronize"}))
+            << key;
+        EXPECT_TRUE(device.mainSettings().objectForKey(key).boolValue()) << key;
+    }
+}
+
 TEST_F(GeneralPageTest, ContinueStoresThenRestartsCancelStoresTheOldValue) {
     device.writeSettings({{kLocalCache, true}});
     auto shown = page();
