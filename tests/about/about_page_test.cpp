@@ -3,6 +3,10 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <cstdlib>
+#include <ctime>
+
 #include "about/velto_package_header_cell.h"
 #include "contract/velto_utils.h"
 #include "platform/prefs/runtime.h"
@@ -23,7 +27,13 @@ TEST(AboutPageTest, FooterCarriesVersionAndYear) {
     auto page = device.page();
     EXPECT_EQ(page->copryRightSpecifierText(2020),
               "Version 2.0, © 2020 Norvale, Inc. All rights reserved,");
-    // The base puts this year's text on the copyright group.
+    // The base puts this year's text on the copyright group. The year is the calendar's, in
+    // the device's time zone, here the one every clock agrees on.
+    ::setenv("TZ", "UTC", 1);
+    ::tzset();
+    const auto today = std::chrono::floor<std::chrono::days>(std::chrono::system_clock::now());
+    EXPECT_EQ(velto::NVMiscSettingsViewController::currentYear(),
+              static_cast<int>(std::chrono::year_month_day(today).year()));
     const auto footer = page->copyRightSpecifier()->propertyForKey("footerText").str();
     EXPECT_EQ(footer,
               page->copryRightSpecifierText(velto::NVMiscSettingsViewController::currentYear()));

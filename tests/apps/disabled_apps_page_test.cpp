@@ -34,10 +34,10 @@ class DisabledAppsPageTest : public ::testing::Test {
 TEST_F(DisabledAppsPageTest, SystemGroupFirstEachSortedIgnoringCase) {
     device.answerRecords(Value::array(
         {record("com.apple.mobilenotes", "Notes", true), record("com.apple.Maps", "Maps", true),
-         record("com.bank", "bank", false), record("com.alpha", "Alpha", false)}));
-    EXPECT_EQ(
-        AppsDevice::names(device.page()->specifiers()),
-        (Names{"System Applications", "Maps", "Notes", "User Applications", "Alpha", "bank"}));
+         record("com.bank", "bank", false), record("com.zeta", "Zeta", false)}));
+    // By bytes "Zeta" comes before "bank"; ignoring case it follows.
+    EXPECT_EQ(AppsDevice::names(device.page()->specifiers()),
+              (Names{"System Applications", "Maps", "Notes", "User Applications", "bank", "Zeta"}));
 
     // An empty group leaves with its title.
     device.answerRecords(Value::array({record("com.bank", "bank", false)}));
@@ -74,14 +74,14 @@ TEST_F(DisabledAppsPageTest, HiddenApplicationsStayHiddenAndMatchCaseSensitively
     for (const auto& id : hidden)
         records.addObject(record(id, id, true));
     for (const auto* shown :
-         {"com.apple.mobilesms", "com.apple.MobilePhone", "com.norvale.RingLedger"})
+         {"com.apple.mobilesms", "com.apple.MobilePhone", "com.norvale.RingLedger", ""})
         records.addObject(record(shown, shown, false));
     // Excluded or not, a hidden application stays hidden.
     settings()->addToExcludedApps("com.apple.mobilemail");
     settings()->addToExcludedApps("com.norvale.RingLedger2");
     device.answerRecords(records);
     EXPECT_EQ(AppsDevice::ids(device.page()->specifiers()),
-              (Names{"User Applications", "com.apple.MobilePhone", "com.apple.mobilesms",
+              (Names{"User Applications", "", "com.apple.MobilePhone", "com.apple.mobilesms",
                      "com.norvale.RingLedger"}));
 }
 

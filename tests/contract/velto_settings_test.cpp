@@ -1,6 +1,7 @@
 #include <vector>
 
 #include "contract/velto_settings.h"
+#include "platform/prefs/runtime.h"
 #include "tests/contract/contract_fixture.h"
 
 namespace {
@@ -32,6 +33,8 @@ class VeltoSettingsTest : public ContractTest {
 TEST_F(VeltoSettingsTest, FlagsFollowTheFileAndAnythingUnreadableReadsAllOff) {
     auto settings = VeltoSettings::sharedSettings();
     EXPECT_EQ(flags(), allOff);  // no file at all
+    // Code that does not link the library finds the class by its name.
+    EXPECT_TRUE(plat::Runtime::shared().isSubclass("VeltoSettings", "NSObject"));
 
     // Each key on its own, stored with the kinds of value boolValue accepts.
     device.writePlist(kMainFile, Value::dictionary({{"VeltoEnabled", Value::boolean(true)},

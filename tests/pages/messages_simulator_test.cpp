@@ -58,13 +58,18 @@ TEST_F(MessagesSimulatorTest, PickingAPhotoAndRestoringTheStockPicture) {
     const std::string photo =
         root + "/System/Library/PreferenceBundles/VeltoSettings.bundle/recent@3x.png";
 
-    const auto result = apptest::runProgram(
-        {"--device", root, "--json", "toggle VeltoEnabled on", "open Messages",
-         "toggle MessagesEnabled on", "tap ChooseAvatar", "pick " + photo + " --original-only",
-         "show", "tap ChooseAvatar", "pick " + photo, "show"});
+    const auto result =
+        apptest::runProgram({"--device", root, "--json", "toggle VeltoEnabled on", "open Messages",
+                             "toggle MessagesEnabled on", "tap ChooseAvatar", "show",
+                             "pick " + photo + " --original-only", "show", "tap ChooseAvatar",
+                             "pick " + photo, "show"});
     ASSERT_EQ(result.status, 0) << result.err;
-    const auto shows = result.outLines();
-    ASSERT_EQ(shows.size(), 2u);
+    auto shows = result.outLines();
+    ASSERT_EQ(shows.size(), 3u);
+    // On the iPad the picker is a popover at its button.
+    EXPECT_EQ(shows[0].at("presented").at("popover"), true);
+    EXPECT_EQ(shows[0].at("presented").at("anchor"), "ChooseAvatar");
+    shows.erase(shows.begin());
 
     // Only the original came back: nothing written, nobody told, the picker gone.
     const auto first = posted(shows[0]);
@@ -90,8 +95,19 @@ TEST_F(MessagesSimulatorTest, PickingAPhotoAndRestoringTheStockPicture) {
     ASSERT_EQ(restored.size(), 2u);
     // The sheet is up at its button.
     EXPECT_EQ(restored[0].at("presented").at("anchor"), "RestoreAvatar");
-    // Restored: both files gone from both folders; the extension falls back on its own.
+    // Restored: both files gone from both folders, before the extension is told, so that it
+    // falls back on its own picture.
     EXPECT_EQ(posted(restored[1]), std::vector<std::string>{kChanged});
+    bool told = false;
+    int removals = 0;
+    for (const auto& e : restored[1].at("journal")) {
+        told |= e.at("kind") == "notification";
+        if (e.at("kind") == "log" && e.at("text").get<std::string>().starts_with("Removed")) {
+            EXPECT_FALSE(told) << e;
+            ++removals;
+        }
+    }
+    EXPECT_EQ(removals, 4);
     EXPECT_EQ(restored[1].at("presented"), nullptr);
     for (const std::string& name : kFiles)
         EXPECT_FALSE(fs::exists(cache() / name) || fs::exists(container() / name)) << name;
