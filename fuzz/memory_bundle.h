@@ -1,5 +1,5 @@
-// A bundle folder on an in-memory device, so that a run costs what the parser costs, not what
-// the file system does. One per fuzz target, made on the first run and kept.
+// A process on an in-memory device with a bundle folder, so that a run costs what the parser
+// costs, not what the file system does. One per fuzz target, made on the first run and kept.
 #pragma once
 
 #include <cstdlib>
@@ -31,6 +31,7 @@ class MemoryBundle {
     }
 
     plat::Bundle bundle() const { return plat::Bundle(kPath); }
+    plat::Process& process() { return *process_; }
 
     // Keeps the journal from growing over a long run.
     void forgetJournal() { process_->journal().clear(); }

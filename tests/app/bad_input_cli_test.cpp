@@ -14,14 +14,12 @@
 #include <mutex>
 #include <thread>
 
-#include "platform/foundation/plist.h"
 #include "tests/support/program_run.h"
 
 namespace apptest {
 namespace {
 
 namespace fs = std::filesystem;
-using plat::Value;
 
 const char* const kSettings = "var/mobile/Library/Preferences/com.norvale.velto.plist";
 
@@ -42,33 +40,6 @@ class BadInputCli : public ::testing::Test {
     const std::string device_ = scratch_ / "device";
 };
 
-TEST_F(BadInputCli, FilesOnlyATreeReaderRefusesAreKeptThroughAToggle) {
-    Value deep = Value::array();
-    for (int i = 0; i < 600; ++i)
-        deep = Value::array({deep});
-    Value shared =
-        Value::dictionary({{"Keep", Value("me")}, {"VeltoEnabled", Value::boolean(true)}});
-    const Value list = Value::array({Value("a"), Value::integer(1), Value::boolean(true)});
-    for (int i = 0; i < 300; ++i)
-        shared.setValueForKey("K" + std::to_string(i), list);
-    const Value deepSettings = Value::dictionary(
-        {{"Keep", Value("me")}, {"VeltoEnabled", Value::boolean(true)}, {"Deep", deep}});
-    for (const Value& stored : {deepSettings, shared}) {
-        const auto bytes = plat::dataFromPropertyList(stored, plat::PropertyListFormat::Binary);
-        putFile(settings(), std::string(bytes->begin(), bytes->end()));
-        const auto result = runProgram({"--device", device_, "toggle Enabled off"});
-        EXPECT_EQ(result.status, 0) << result.err;
-        const auto back = plat::propertyListFromData([&] {
-            auto s = fileText(settings());
-            return plat::Bytes(s.begin(), s.end());
-        }());
-        EXPECT_EQ(back.objectForKey("Keep").str(), "me");
-        EXPECT_FALSE(back.objectForKey("VeltoEnabled").boolValue());
-        EXPECT_EQ(back.count(), stored.count());
-        EXPECT_TRUE(asideFiles(settings()).empty());
-    }
-}
-
 TEST_F(BadInputCli, AnUnreadableFileIsMovedAsideBeforeAToggleOrDefaultsWriteReplacesIt) {
     const std::string xml =
         "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\"><dict>"
@@ -86,12 +57,9 @@ TEST_F(BadInputCli, AnUnreadableFileIsMovedAsideBeforeAToggleOrDefaultsWriteRepl
         const auto aside = asideFiles(settings());
         ASSERT_EQ(aside.size(), 1u);
         EXPECT_EQ(fileText(aside[0]), xml);  // byte for byte
-        const std::string line =
-            "Moved the unreadable property list "
-            "/var/mobile/Library/Preferences/com.norvale.velto.plist aside to "
-            "/var/mobile/Library/Preferences/" +
-            aside[0].filename().string();
-        EXPECT_NE((result.out + result.err).find(line), std::string::npos) << result.err;
+        // The line's wording is the platform's (SetAside); here, that the user sees it.
+        EXPECT_NE((result.out + result.err).find(aside[0].filename().string()), std::string::npos)
+            << result.err;
     }
 }
 

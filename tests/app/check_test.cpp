@@ -6,13 +6,14 @@
 #include <algorithm>
 #include <fstream>
 #include <functional>
-#include <iterator>
 #include <map>
 
 #include "app/check/check_run.h"
 #include "app/check/check_static.h"
 #include "bundle/bundle_classes.h"
 #include "platform/foundation/plist.h"
+#include "platform/system/host_device_root.h"
+#include "platform/system/plist_file.h"
 #include "tests/support/program_run.h"
 #include "tests/support/record_schema.h"
 
@@ -20,7 +21,6 @@ namespace apptest {
 namespace {
 
 namespace fs = std::filesystem;
-using velto::app::CheckOutcome;
 using velto::app::DeviceConfig;
 using velto::app::Finding;
 
@@ -35,19 +35,13 @@ class BrokenResources {
     fs::path path() const { return scratch_.path() / "resources"; }
 
     void edit(const std::string& list, const std::function<void(plat::Value& items)>& change) {
-        const fs::path file = path() / (list + ".plist");
-        std::ifstream in(file, std::ios::binary);
-        plat::Value root = plat::propertyListFromData(
-            plat::Bytes(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()));
-        plat::Value items = root.objectForKey("items");
+        const plat::HostDeviceRoot root(path());
+        plat::Value file = plat::dictionaryWithContentsOfFile(root, "/" + list + ".plist");
+        plat::Value items = file.objectForKey("items");
         ASSERT_TRUE(items.isArray()) << list;
         change(items);
-        root.setValueForKey("items", items);
-        auto bytes = plat::dataFromPropertyList(root, plat::PropertyListFormat::XML);
-        ASSERT_TRUE(bytes);
-        std::ofstream(file, std::ios::binary)
-            .write(reinterpret_cast<const char*>(bytes->data()),
-                   static_cast<std::streamsize>(bytes->size()));
+        file.setValueForKey("items", items);
+        ASSERT_TRUE(plat::writePropertyListToFile(root, file, "/" + list + ".plist", false));
     }
 
     // Keeps the first `count` rows.
@@ -90,10 +84,10 @@ std::vector<DeviceConfig> devices(plat::DeviceFamily family, std::vector<unsigne
     return configs;
 }
 
-const Finding* find(const CheckOutcome& outcome, const std::string& kind,
-                    const std::string& resource, const std::string& step = "") {
-    for (const Finding& f : outcome.findings.all())
-        if (f.kind == kind && f.resource == resource && (step.empty() || f.step == step)) return &f;
+const Finding* find(const velto::app::FindingSet& findings, const std::string& kind,
+                    const std::string& resource) {
+    for (const Finding& f : findings.all())
+        if (f.kind == kind && f.resource == resource) return &f;
     return nullptr;
 }
 
@@ -114,7 +108,7 @@ TEST(Check, AFaultTwoStepsAwayIsFoundWithTheStepsThatReplayIt) {
 
     const auto phone =
         velto::app::checkBundle(broken.path(), devices(plat::DeviceFamily::iPhone, {0}));
-    const Finding* favourites = find(phone, "range-error", "PhoneApp");
+    const Finding* favourites = find(phone.findings, "range-error", "PhoneApp");
     ASSERT_NE(favourites, nullptr);
     EXPECT_EQ(favourites->page, "PhoneAppSettingsController");
     const std::vector<std::string> steps{"open Phone", "toggle Enabled on",
@@ -124,10 +118,10 @@ TEST(Check, AFaultTwoStepsAwayIsFoundWithTheStepsThatReplayIt) {
     EXPECT_EQ(std::count_if(phone.findings.all().begin(), phone.findings.all().end(),
                             [](const Finding& f) { return f.error() && f.resource == "PhoneApp"; }),
               1);
-    const Finding* setter = find(phone, "missing-setter", "MailApp");
+    const Finding* setter = find(phone.findings, "missing-setter", "MailApp");
     ASSERT_NE(setter, nullptr);
     EXPECT_NE(setter->reason.find("mailAppNowhere:specifier:"), std::string::npos);
-    EXPECT_NE(find(phone, "unrecognized-selector", "MailApp"), nullptr);
+    EXPECT_NE(find(phone.findings, "unrecognized-selector", "MailApp"), nullptr);
 
     // The steps replay on a device made as the finding says.
     ScratchFolder scratch;
@@ -150,7 +144,7 @@ TEST(Check, AFaultTwoStepsAwayIsFoundWithTheStepsThatReplayIt) {
 
     const auto pad =
         velto::app::checkBundle(broken.path(), devices(plat::DeviceFamily::iPad, {0, kRecents}));
-    const Finding* recents = find(pad, "range-error", "VeltoiPad");
+    const Finding* recents = find(pad.findings, "range-error", "VeltoiPad");
     ASSERT_NE(recents, nullptr);
     // Recents alone is the smallest device that shows it; without it the list builds.
     EXPECT_NE(recents->state.find("iPad, iOS 13.0, FaceTime, recents;"), std::string::npos)
@@ -163,7 +157,7 @@ TEST(Check, APictureThatDoesNotDecodeIsAnErrorNamingTheFile) {
     std::ofstream(broken.path() / "avatar_group@3x.png", std::ios::binary) << "not a picture";
     const auto outcome =
         velto::app::checkBundle(broken.path(), devices(plat::DeviceFamily::iPhone, {0}));
-    const Finding* picture = find(outcome, "bad-image", "avatar_group@3x.png");
+    const Finding* picture = find(outcome.findings, "bad-image", "avatar_group@3x.png");
     ASSERT_NE(picture, nullptr);
     EXPECT_TRUE(picture->error());
 }
@@ -176,20 +170,13 @@ velto::app::FindingSet staticFindings(const fs::path& resources) {
     return findings;
 }
 
-const Finding* findIn(const velto::app::FindingSet& findings, const std::string& kind,
-                      const std::string& resource) {
-    for (const Finding& f : findings.all())
-        if (f.kind == kind && f.resource == resource) return &f;
-    return nullptr;
-}
-
 TEST(Check, AListThatDoesNotParseSaysItsLineAndColumn) {
     BrokenResources broken;
     std::ofstream(broken.path() / "Recents.plist")
         << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\">\n<dict>\n"
            "\t<key>items</key>\n\t<array><string>x</strng>\n\t</array>\n</dict>\n</plist>\n";
     const auto findings = staticFindings(broken.path());
-    const Finding* list = findIn(findings, "unreadable-list", "Recents");
+    const Finding* list = find(findings, "unreadable-list", "Recents");
     ASSERT_NE(list, nullptr);
     EXPECT_TRUE(list->error());
     EXPECT_NE(list->reason.find("line 5, column 26"), std::string::npos) << list->reason;
@@ -204,11 +191,11 @@ TEST(Check, ARowIconOrStockAvatarOfTheWrongSizeIsAWarningWithBothSizes) {
     fs::copy_file(shippedResources() / "nav@3x.png", broken.path() / "recent@3x.png",
                   fs::copy_options::overwrite_existing);
     const auto findings = staticFindings(broken.path());
-    const Finding* icon = findIn(findings, "image-size", "icon_nc@3x.png");
+    const Finding* icon = find(findings, "image-size", "icon_nc@3x.png");
     ASSERT_NE(icon, nullptr);
     EXPECT_FALSE(icon->error());
     EXPECT_NE(icon->reason.find("29x29 pixels where 87x87"), std::string::npos) << icon->reason;
-    const Finding* avatar = findIn(findings, "image-size", "recent@3x.png");
+    const Finding* avatar = find(findings, "image-size", "recent@3x.png");
     ASSERT_NE(avatar, nullptr);
     EXPECT_NE(avatar->reason.find("120x120 pixels where 180x180"), std::string::npos)
         << avatar->reason;

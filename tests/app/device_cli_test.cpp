@@ -1,4 +1,4 @@
-// Devices made with `device init` (the demo, bad options, imports from a real device), and
+// Devices made with `device init` (bad options, imports from a real device), and
 // `defaults` and `plutil` on a device's files.
 
 #include <gtest/gtest.h>
@@ -14,24 +14,6 @@ namespace {
 
 using nlohmann::json;
 
-TEST(DeviceCli, WithoutADeviceARichDemoIsMadeOnFirstUseUnderTheStateFolder) {
-    ScratchFolder state;
-    const std::map<std::string, std::string> environment{{"XDG_STATE_HOME", state.path().string()}};
-    for (int run = 0; run < 2; ++run) {
-        const auto result = runProgram({"--json", "show"}, "", environment);
-        ASSERT_EQ(result.status, 0) << result.err;
-        const json page = result.outLines().at(0);
-        ASSERT_NE(row(page, "VeltoEnabled"), nullptr);
-        EXPECT_EQ(row(page, "VeltoEnabled")->at("value"), true);
-        EXPECT_NE(row(page, "biteSMS"), nullptr);
-    }
-    EXPECT_TRUE(std::filesystem::exists(state.path() / "velto-settings/demo/DeviceProfile.plist"));
-    // `device init --demo` makes the same device anywhere.
-    initDevice(state / "demo", {"--demo"});
-    EXPECT_TRUE(std::filesystem::exists(
-        state.path() / "demo/var/mobile/Library/Preferences/com.norvale.velto.plist"));
-}
-
 // What makes an --app or --package value bad is AppChoice's and PackageChoice's to say.
 TEST(DeviceCli, BadOptionsAreRefusedWithoutADevice) {
     ScratchFolder scratch;
@@ -39,6 +21,7 @@ TEST(DeviceCli, BadOptionsAreRefusedWithoutADevice) {
                                                     {"--package", "novalue"},
                                                     {"--family", "watch"},
                                                     {"--scale", "4"},
+                                                    {"--family", "ipad", "--scale", "3"},
                                                     {"--system-version", "fourteen"}}) {
         std::vector<std::string> arguments{"device", "init", scratch / "device"};
         arguments.insert(arguments.end(), options.begin(), options.end());
@@ -85,11 +68,6 @@ TEST(DeviceCli, ARealDevicesFilesAreImportedFromAFolderOrATar) {
         EXPECT_EQ(std::string(std::istreambuf_iterator<char>(database), {}), status);
         EXPECT_FALSE(std::filesystem::exists(device + "/Applications/biteSMS.app/biteSMS"));
     }
-    // A source that holds none of a device's files fails the command.
-    EXPECT_EQ(
-        runProgram({"device", "init", scratch / "none", "--from", scratch / "phone/Applications"})
-            .status,
-        1);
 }
 
 class DefaultsCli : public ::testing::Test {

@@ -196,26 +196,6 @@ TEST_F(NavigationCli, WithoutJsonThePageIsForPeopleAndErrorsNameTheStep) {
     EXPECT_EQ(result.outLines()[0]["page"], "VeltoSettingsController");
 }
 
-TEST_F(NavigationCli, KillingBackboarddRestartsTheInterfaceWithoutReachingTheHost) {
-    velto::app::Session session(device_);
-    std::weak_ptr<plat::ListController> before = session.topPage();
-    const std::size_t centers = session.process().messageCenters().centersMade();
-    session.takeJournal();
-
-    EXPECT_EQ(session.process().shell().system("killall backboardd"), 0);
-    session.settle();
-    EXPECT_TRUE(before.expired());
-    ASSERT_NE(session.topPage(), nullptr);
-    EXPECT_EQ(session.depth(), 1u);
-    EXPECT_EQ(session.restarts(), 1);
-    // A new Settings application: the root page made its message center afresh.
-    EXPECT_EQ(session.process().messageCenters().centersMade(), centers + 1);
-    const auto journal = session.takeJournal();
-    ASSERT_FALSE(journal.empty());
-    ASSERT_TRUE(std::holds_alternative<plat::journal::Shell>(journal[0]));
-    EXPECT_EQ(std::get<plat::journal::Shell>(journal[0]).command, "killall backboardd");
-}
-
 TEST(UiRestart, OnlyCommandsThatEndTheInterfaceRestartItAndNoKillallReachesTheHost) {
     int restarts = 0;
     const auto status = [&](const std::string& command) {

@@ -52,11 +52,11 @@ inline std::vector<unsigned char> exifBlock(int orientation) {
             0,    0,   0,   0,   0, 0, 0};  // no next IFD
 }
 
-// A baseline JPEG made by libjpeg itself, each pixel 0xRRGGBB from colourAt, with an EXIF
-// orientation block unless orientation is 0.
+// A JPEG made by libjpeg itself, baseline unless asked for progressive, each pixel 0xRRGGBB
+// from colourAt, with an EXIF orientation block unless orientation is 0.
 template <class ColourAt>
-std::vector<std::uint8_t> encodeJpeg(int width, int height, ColourAt colourAt,
-                                     int orientation = 0) {
+std::vector<std::uint8_t> encodeJpeg(int width, int height, ColourAt colourAt, int orientation = 0,
+                                     bool progressive = false) {
     jpeg_compress_struct info;
     jpeg_error_mgr error;
     info.err = jpeg_std_error(&error);
@@ -70,6 +70,7 @@ std::vector<std::uint8_t> encodeJpeg(int width, int height, ColourAt colourAt,
     info.in_color_space = JCS_RGB;
     jpeg_set_defaults(&info);
     jpeg_set_quality(&info, 95, TRUE);
+    if (progressive) jpeg_simple_progression(&info);
     jpeg_start_compress(&info, TRUE);
     if (orientation) {
         const auto exif = exifBlock(orientation);

@@ -1,5 +1,5 @@
-// Files Apple's reader takes that a tree-building reader cannot: shared objects and deep
-// nesting. And the one write path that never replaces what it could not read.
+// Files Apple's reader takes that a tree-building reader cannot: shared objects. And the one write
+// path that never replaces what it could not read.
 
 #include <gtest/gtest.h>
 
@@ -8,7 +8,6 @@
 #include <iterator>
 
 #include "platform/foundation/plist.h"
-#include "platform/system/log.h"
 #include "platform/system/plist_file.h"
 #include "tests/support/test_device.h"
 
@@ -16,30 +15,6 @@ namespace {
 
 using plat::PropertyListFormat;
 using plat::Value;
-
-// {"Keep": "me", "Deep": [[[... depth ...]]]}
-Value deepSettings(int depth) {
-    Value inner = Value::array();
-    for (int i = 1; i < depth; ++i)
-        inner = Value::array({inner});
-    return Value::dictionary({{"Keep", Value("me")}, {"Deep", inner}});
-}
-
-TEST(PlistReach, DeepNestingReadsAndWritesWithoutAStackLimit) {
-    for (int depth : {600, 10000}) {
-        const auto bytes =
-            plat::dataFromPropertyList(deepSettings(depth), PropertyListFormat::Binary);
-        ASSERT_TRUE(bytes) << depth;
-        const Value back = plat::propertyListFromData(*bytes);
-        ASSERT_TRUE(back.isDictionary()) << depth;
-        EXPECT_EQ(back.objectForKey("Keep").str(), "me");
-        int levels = 0;
-        for (Value v = back.objectForKey("Deep"); v.isArray();
-             v = v.count() ? v.objectAtIndex(0) : Value())
-            ++levels;
-        EXPECT_EQ(levels, depth);
-    }
-}
 
 TEST(PlistReach, SharedObjectsStayShared) {
     // 300 keys refer to one array of 50 items: a few KB on disk, 15000 items when expanded.
@@ -69,13 +44,6 @@ TEST(PlistReach, SharedObjectsStayShared) {
 // Writes over what is at the path; answers what the folder holds afterwards besides it.
 class SetAside : public ::testing::Test {
   protected:
-    std::vector<std::string> logLines() const {
-        std::vector<std::string> lines;
-        for (const auto& entry : device.journal().entries())
-            if (const auto* log = std::get_if<plat::journal::Log>(&entry))
-                lines.push_back(log->text);
-        return lines;
-    }
     std::vector<std::string> asideFiles() const {
         std::vector<std::string> names;
         for (const auto& entry : std::filesystem::directory_iterator(device.host("/var")))
@@ -104,7 +72,7 @@ TEST_F(SetAside, AnUnreadableFileIsMovedAsideByteForByteWithOneLogLine) {
         ASSERT_EQ(aside.size(), 1u) << content;
         std::ifstream in(device.host("/var/" + aside[0]), std::ios::binary);
         EXPECT_EQ(std::string(std::istreambuf_iterator<char>(in), {}), content);
-        const auto lines = logLines();
+        const auto lines = device.logLines();
         ASSERT_EQ(lines.size(), 1u);
         EXPECT_EQ(lines[0],
                   "Moved the unreadable property list /var/s.plist aside to /var/" + aside[0]);
@@ -117,7 +85,7 @@ TEST_F(SetAside, AReadableFileOrNoneIsReplacedInPlace) {
     device.writePlist("/var/s.plist", Value::dictionary({{"B", Value::boolean(true)}}), true);
     ASSERT_TRUE(plat::writeDataToFile(fresh, "/var/s.plist", true));
     EXPECT_TRUE(asideFiles().empty());
-    EXPECT_TRUE(logLines().empty());
+    EXPECT_TRUE(device.logLines().empty());
 }
 
 }  // namespace

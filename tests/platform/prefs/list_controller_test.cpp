@@ -159,12 +159,4 @@ TEST_F(PrefsTest, CellsComeFromTheirCellClassAndShowStoredOrDefaultValues) {
     EXPECT_EQ(page->readPreferenceValue(page->specifierAtIndex(6)), Value::boolean(true));
 }
 
-TEST_F(PrefsTest, UnknownSelectorsAndClassesAreReportedNotFatal) {
-    auto page = openToy();
-    EXPECT_THROW(plat::Runtime::shared().perform(*page, "noSuchThing:"), plat::DispatchError);
-    EXPECT_EQ(plat::Runtime::shared().instantiate("ToyDetailController"), nullptr);
-    EXPECT_TRUE(plat::Runtime::shared().isSubclass("ToyController", "UIViewController"));
-    EXPECT_EQ(plat::Runtime::shared().bundlePathForClass("ToyController"), toy::kBundle);
-}
-
 }  // namespace

@@ -1,17 +1,13 @@
 #include "platform/ui/image.h"
 
 #include <cstddef>
-#include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-// After the standard headers: jpeglib.h expects size_t and FILE to be declared already.
 #include <gtest/gtest.h>
-#include <jpeglib.h>
 
 #include "platform/system/bundle.h"
 #include "platform/ui/image_context.h"
@@ -77,27 +73,8 @@ TEST(ImageData, UndecodableBytesGiveNoImage) {
 // A grey 8 × 8 progressive JPEG whose frame header then claims 9000 × 9000: its scans run
 // out at once, and libjpeg fills in the rest, all 240 MB of coefficients of it.
 Bytes forgedProgressiveJpeg() {
-    jpeg_compress_struct info;
-    jpeg_error_mgr error;
-    info.err = jpeg_std_error(&error);
-    jpeg_create_compress(&info);
-    unsigned char* buffer = nullptr;
-    unsigned long size = 0;
-    jpeg_mem_dest(&info, &buffer, &size);
-    info.image_width = info.image_height = 8;
-    info.input_components = 3;
-    info.in_color_space = JCS_RGB;
-    jpeg_set_defaults(&info);
-    jpeg_simple_progression(&info);
-    jpeg_start_compress(&info, TRUE);
-    std::vector<unsigned char> row(8 * 3, 128);
-    JSAMPROW rows[] = {row.data()};
-    while (info.next_scanline < info.image_height)
-        jpeg_write_scanlines(&info, rows, 1);
-    jpeg_finish_compress(&info);
-    jpeg_destroy_compress(&info);
-    Bytes forged(buffer, buffer + size);
-    std::free(buffer);
+    Bytes forged = testsupport::encodeJpeg(
+        8, 8, [](int, int) { return 0x808080u; }, 0, true);
     for (std::size_t at = 2; at + 9 < forged.size();
          at += 2 + (forged[at + 2] << 8 | forged[at + 3]))
         if (forged[at] == 0xff && forged[at + 1] == 0xc2)

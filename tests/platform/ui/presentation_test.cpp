@@ -111,26 +111,20 @@ TEST_F(Presentation, TappingAnActionDismissesTheSheetThenRunsItsHandler) {
                   "present UIAlertController Sure?", "dismiss UIAlertController action"}));
 }
 
-TEST_F(Presentation, AnchoredSheetOnAnIPadIsAPopoverThatATapOutsideCloses) {
+// An anchored sheet on an iPad, a popover a tap outside closes, is the Mail page's to show with
+// its journal; here, what makes a sheet a popover and when a tap outside can reach it.
+TEST_F(Presentation, OnlyAnAnchoredSheetOnAnIPadIsAPopoverAndOnlyOnScreenATapOutsideCloses) {
     auto cell = std::make_shared<plat::View>();
     auto makeSheet = [&](int style, bool anchored) {
         auto sheet = alert(std::nullopt, style);
         sheet->addAction(AlertAction::actionWithTitle(
             "Default Picture", plat::UIAlertActionStyleDestructive,
             [](AlertAction&) { FAIL() << "a tap outside runs no handler"; }));
-        if (anchored) {
-            sheet->popoverPresentationController().setSourceView(cell);
-            sheet->popoverPresentationController().setSourceRect(cell->bounds());
-        }
+        if (anchored) sheet->popoverPresentationController().setSourceView(cell);
         return sheet;
     };
-
     device.setProfile("iPhone", 3);
-    auto phoneSheet = makeSheet(plat::UIAlertControllerStyleActionSheet, true);
-    page->presentViewController(phoneSheet, true, nullptr);
-    EXPECT_FALSE(phoneSheet->presentsAsPopover() || phoneSheet->dismissByTappingOutside());
-    page->dismissViewControllerAnimated(true, nullptr);
-
+    EXPECT_FALSE(makeSheet(plat::UIAlertControllerStyleActionSheet, true)->presentsAsPopover());
     device.setProfile("iPad", 2);
     EXPECT_FALSE(makeSheet(plat::UIAlertControllerStyleActionSheet, false)->presentsAsPopover());
     EXPECT_FALSE(makeSheet(plat::UIAlertControllerStyleAlert, true)->presentsAsPopover());
@@ -140,11 +134,6 @@ TEST_F(Presentation, AnchoredSheetOnAnIPadIsAPopoverThatATapOutsideCloses) {
     page->presentViewController(padSheet, true, nullptr);
     EXPECT_TRUE(padSheet->dismissByTappingOutside());
     EXPECT_FALSE(page->presentedViewController());
-    EXPECT_EQ(
-        presentations(),
-        (std::vector<std::string>{
-            "present UIAlertController", "dismiss UIAlertController dismissViewControllerAnimated",
-            "present UIAlertController", "dismiss UIAlertController tap-outside"}));
 }
 
 // A page that is the picker's delegate, dismissing it the two ways pages do. How those
@@ -173,18 +162,15 @@ TEST_F(Presentation, PickerHandsThePicturesToItsDelegateWhileItLives) {
     delegate->presentViewController(picker, true, nullptr);
     EXPECT_TRUE(picker->pick(edited, original));
     delegate->presentViewController(picker, true, nullptr);
-    EXPECT_TRUE(picker->pick(nullptr, original));
-    delegate->presentViewController(picker, true, nullptr);
     EXPECT_TRUE(picker->cancel());
 
     using plat::UIImagePickerControllerEditedImage, plat::UIImagePickerControllerOriginalImage;
-    ASSERT_EQ(delegate->infos.size(), 3u);
+    ASSERT_EQ(delegate->infos.size(), 2u);
     EXPECT_EQ(delegate->infos[0].objectForKey(UIImagePickerControllerEditedImage).asObject(),
               edited);
     EXPECT_EQ(delegate->infos[0].objectForKey(UIImagePickerControllerOriginalImage).asObject(),
               original);
-    EXPECT_TRUE(delegate->infos[1].objectForKey(UIImagePickerControllerEditedImage).isNil());
-    EXPECT_EQ(delegate->infos[2].str(), "cancelled");
+    EXPECT_EQ(delegate->infos[1].str(), "cancelled");
 
     // The delegate is weak: once the page is gone the user's pick reaches no one.
     delegate.reset();
