@@ -125,11 +125,28 @@ TEST_F(RootPageTest, IPadListKeepsItsOwnRingLedgerRule) {
     device.setProfile("iPad");
     device.installBiteSMS();
     // No call-log row on the iPad list and no fallback: nothing else is removed for it.
-    EXPECT_EQ(rootIds(),
-              (Ids{"VeltoHeader", "VeltoEnabled", "ApplicationsGroup", "Messages", "Mail",
-                   "FaceTime", "Lock Screen", "Notification Center", "Contacts", "OptionsGroup",
-                   "General", "Custom Applications", "biteSMS", "ExclusionsGroup",
-                   "Excluded Applications", "SupportGroup", "About"}));
+    const Ids ipadList = {"VeltoHeader",
+                          "VeltoEnabled",
+                          "ApplicationsGroup",
+                          "Messages",
+                          "Mail",
+                          "FaceTime",
+                          "Lock Screen",
+                          "Notification Center",
+                          "Contacts",
+                          "OptionsGroup",
+                          "General",
+                          "Custom Applications",
+                          "biteSMS",
+                          "ExclusionsGroup",
+                          "Excluded Applications",
+                          "SupportGroup",
+                          "About"};
+    EXPECT_EQ(rootIds(), ipadList);
+    // The biteSMS row is found by its identifier, not at the phone list's index.
+    std::filesystem::remove_all(device.host("/Applications/biteSMS.app"));
+    device.installUserApp("net.whatsapp.WhatsApp", "WhatsApp");
+    EXPECT_EQ(rootIds(), without(ipadList, {"biteSMS"}));
 
     // A call-log row standing at index 0 is not removed either.
     auto ipad = device.readPlist(std::string(device.kBundle) + "/VeltoiPad.plist");
