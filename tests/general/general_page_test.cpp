@@ -110,6 +110,7 @@ TEST_F(GeneralPageTest, ContinueStoresThenRestartsCancelStoresTheOldValue) {
     ASSERT_TRUE(flipLocalCache(*shown, false)->tapAction("Cancel"));
     EXPECT_EQ(effects(mark),
               (Ids{"present", "preference-write", "notification", "synchronize", "reload"}));
+    EXPECT_EQ(device.listOperations(mark), Ids{"~5a"});  // the switch turns back, animated
     const Value stored = device.mainSettings().objectForKey(kLocalCache);
     EXPECT_TRUE(stored.isInteger());
     EXPECT_TRUE(stored.boolValue());

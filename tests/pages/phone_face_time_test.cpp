@@ -71,10 +71,16 @@ TEST_F(PhoneFaceTimeTest, PhoneSwitchesInsertAndRemoveWithoutLookingAtWhatIsShow
     EXPECT_EQ(device.listOperations(mark), (Ids{"-2", "+2a", "+3a", "+4a", "+5a", "+6a", "+7a"}));
     EXPECT_EQ(page->specifiers()->count(), 8u + 5u);
 
-    // Favourites off: row 2 goes and file row 3 comes back at 3, both without animation.
+    // Favourites off: row 2 goes and file row 3 comes back at 3, both without animation. The
+    // group's footer is taken off the file's group, never off the row that comes back.
+    auto phoneFile = device.readPlist(std::string(device.kBundle) + "/PhoneApp.plist");
+    phoneFile.objectForKey("items").objectAtIndex(3).setValueForKey("footerText", "kept");
+    device.writeResource("PhoneApp", phoneFile);
     mark = device.journal().size();
     flip(*page, "favoritesEnabledOrDisabled:specifier:", 3, false);
     EXPECT_EQ(device.listOperations(mark), (Ids{"-2", "+3"}));
+    EXPECT_EQ(page->specifierAtIndex(3)->identifier(), "Favorites");
+    EXPECT_EQ(page->specifierAtIndex(3)->propertyForKey("footerText").str(), "kept");
     EXPECT_FALSE(device.mainSettings().objectForKey("ShowFavoritesContactImage").boolValue());
 
     // Off removes every row from the last down to 2.
