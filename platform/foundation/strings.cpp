@@ -165,42 +165,13 @@ std::string replaceLiteral(std::string_view subject, std::string_view target,
     return out;
 }
 
-// Expands an NSRegularExpression template for one match. A backslash takes the next character
-// literally (a trailing lone backslash disappears). "$" followed by digits names a group; it
-// reads at most as many digits as the group count has, so with 3 groups "$12" is group 1 and a
-// literal "2". A group that does not exist or did not take part inserts nothing. A "$" with no
-// digit after it is literal. ICU's own appendReplacement reads digits greedily and fails on a
-// group it does not have, which is not what NSRegularExpression's templates do.
-void expandTemplate(const icu::UnicodeString& templ, icu::RegexMatcher& match,
-                    icu::UnicodeString& out) {
-    const int32_t groups = match.groupCount();
-    int32_t maxDigits = 1;
-    for (int32_t magnitude = 10; magnitude < groups + 1; magnitude *= 10)
-        ++maxDigits;
-    for (int32_t i = 0; i < templ.length();) {
-        const UChar c = templ.charAt(i);
-        if (c == u'\\') {
-            if (i + 1 < templ.length()) out.append(templ.charAt(i + 1));
-            i += 2;
-            continue;
-        }
-        if (c == u'$') {
-            int32_t j = i + 1, group = 0;
-            while (j < templ.length() && j - (i + 1) < maxDigits && templ.charAt(j) >= u'0' &&
-                   templ.charAt(j) <= u'9') {
-                group = group * 10 + (templ.charAt(j) - u'0');
-                ++j;
-            }
-            if (j > i + 1) {
-                UErrorCode status = U_ZERO_ERROR;
-                if (group <= groups && match.start(group, status) >= 0 && U_SUCCESS(status))
-                    out.append(match.group(group, status));
-                i = j;
-                continue;
-            }
-        }
-        out.append(c);
-        ++i;
+// Expands an NSRegularExpression template: a backslash takes the next character literally (a
+// trailing lone backslash disappears). Group references ("$1") are not modelled, as the
+// bundle's one template only escapes a quote; a "$" is copied as written.
+void expandTemplate(const icu::UnicodeString& templ, icu::UnicodeString& out) {
+    for (int32_t i = 0; i < templ.length(); ++i) {
+        if (templ.charAt(i) == u'\\' && ++i == templ.length()) break;
+        out.append(templ.charAt(i));
     }
 }
 
@@ -227,7 +198,7 @@ std::string replaceRegex(std::string_view subject, std::string_view pattern, std
         if (U_FAILURE(status)) break;
         out.append(text, copied, begin - copied);
         copied = end;
-        expandTemplate(wideTemplate, *matcher, out);
+        expandTemplate(wideTemplate, out);
     }
     // A match that ran out of ICU's time or stack limits leaves the receiver as it was, as a
     // failed replacement would.

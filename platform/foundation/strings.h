@@ -37,7 +37,7 @@ ComparisonResult compare(std::string_view a, std::string_view b, unsigned option
 
 // stringByReplacingOccurrencesOfString:withString:options:range: over the whole string. With
 // NSRegularExpressionSearch the target is a regular expression and the replacement a template
-// ($0, $1... and backslash escapes); otherwise both are literal.
+// of backslash escapes (group references are not modelled); otherwise both are literal.
 std::string stringByReplacingOccurrences(std::string_view subject, std::string_view target,
                                          std::string_view replacement, unsigned options);
 

@@ -152,45 +152,30 @@ TEST(Check, AFaultTwoStepsAwayIsFoundWithTheStepsThatReplayIt) {
     EXPECT_TRUE(recents->steps.empty());
 }
 
-TEST(Check, APictureThatDoesNotDecodeIsAnErrorNamingTheFile) {
-    BrokenResources broken;
-    std::ofstream(broken.path() / "avatar_group@3x.png", std::ios::binary) << "not a picture";
-    const auto outcome =
-        velto::app::checkBundle(broken.path(), devices(plat::DeviceFamily::iPhone, {0}));
-    const Finding* picture = find(outcome.findings, "bad-image", "avatar_group@3x.png");
-    ASSERT_NE(picture, nullptr);
-    EXPECT_TRUE(picture->error());
-}
-
 // The static checks alone: what they find needs no device.
-velto::app::FindingSet staticFindings(const fs::path& resources) {
+TEST(Check, BrokenListsAndPicturesAreFoundWithoutADeviceSayingWhereAndWhatSize) {
     velto::registerBundleClasses();
-    velto::app::FindingSet findings;
-    velto::app::checkResources(resources, {}, findings);
-    return findings;
-}
-
-TEST(Check, AListThatDoesNotParseSaysItsLineAndColumn) {
     BrokenResources broken;
     std::ofstream(broken.path() / "Recents.plist")
         << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\">\n<dict>\n"
            "\t<key>items</key>\n\t<array><string>x</strng>\n\t</array>\n</dict>\n</plist>\n";
-    const auto findings = staticFindings(broken.path());
-    const Finding* list = find(findings, "unreadable-list", "Recents");
-    ASSERT_NE(list, nullptr);
-    EXPECT_TRUE(list->error());
-    EXPECT_NE(list->reason.find("line 5, column 26"), std::string::npos) << list->reason;
-}
-
-TEST(Check, ARowIconOrStockAvatarOfTheWrongSizeIsAWarningWithBothSizes) {
-    BrokenResources broken;
+    std::ofstream(broken.path() / "avatar_group@3x.png", std::ios::binary) << "not a picture";
     // Pictures of the right form but the wrong size: an icon drawn at 1x where 3x belongs,
     // and a 3x stock avatar made at 2x.
     fs::copy_file(broken.path() / "icon_nc.png", broken.path() / "icon_nc@3x.png",
                   fs::copy_options::overwrite_existing);
     fs::copy_file(shippedResources() / "nav@3x.png", broken.path() / "recent@3x.png",
                   fs::copy_options::overwrite_existing);
-    const auto findings = staticFindings(broken.path());
+    velto::app::FindingSet findings;
+    velto::app::checkResources(broken.path(), {}, findings);
+
+    const Finding* list = find(findings, "unreadable-list", "Recents");
+    ASSERT_NE(list, nullptr);
+    EXPECT_TRUE(list->error());
+    EXPECT_NE(list->reason.find("line 5, column 26"), std::string::npos) << list->reason;
+    const Finding* picture = find(findings, "bad-image", "avatar_group@3x.png");
+    ASSERT_NE(picture, nullptr);
+    EXPECT_TRUE(picture->error());
     const Finding* icon = find(findings, "image-size", "icon_nc@3x.png");
     ASSERT_NE(icon, nullptr);
     EXPECT_FALSE(icon->error());

@@ -31,27 +31,31 @@ TEST(DeviceCli, BadOptionsAreRefusedWithoutADevice) {
     }
 }
 
-TEST(DeviceCli, ARealDevicesFilesAreImportedFromAFolderOrATar) {
+// A copy keeps /var as /private/var; its var/lib leads to the host's, a hard link reaches a
+// file outside, and an archive that holds nothing wanted fails: the wanted files come in from a
+// folder or a tar, nothing of the host does, and a failure leaves nothing behind.
+TEST(DeviceCli, ARealDevicesFilesAreImportedAndNothingOfTheHostComesIn) {
     ScratchFolder scratch;
-    const std::filesystem::path source = scratch.path() / "phone";
-    const auto put = [&](const std::string& path, const std::string& text) {
-        std::filesystem::create_directories((source / path).parent_path());
-        std::ofstream(source / path) << text;
-    };
+    namespace fs = std::filesystem;
+    const fs::path source = scratch.path() / "phone", secret = scratch.path() / "secret";
     const std::string plist = "<?xml version=\"1.0\"?><plist version=\"1.0\"><dict>";
-    // /var is /private/var on the device, and a copy may keep it that way.
-    put("private/var/mobile/Library/Preferences/com.norvale.velto.plist",
-        plist + "<key>VeltoEnabled</key><true/></dict></plist>");
-    put("Applications/biteSMS.app/Info.plist",
-        plist + "<key>CFBundleIdentifier</key><string>com.bitesms</string></dict></plist>");
-    put("Applications/biteSMS.app/biteSMS", "the program, which is not wanted");
+    const std::string preferences = "private/var/mobile/Library/Preferences/";
+    putFile(source / preferences / "com.norvale.velto.plist",
+            plist + "<key>VeltoEnabled</key><true/></dict></plist>");
+    putFile(source / "Applications/biteSMS.app/Info.plist",
+            plist + "<key>CFBundleIdentifier</key><string>com.bitesms</string></dict></plist>");
+    putFile(source / "Applications/biteSMS.app/biteSMS", "the program, which is not wanted");
     const std::string status =
         "Package: com.norvale.velto2\nStatus: install ok installed\nVersion: 3.0.0-1\n\n";
-    put("var/lib/dpkg/status", status);
-    ASSERT_EQ(
-        std::system(
-            ("tar -czf '" + scratch / "phone.tar.gz" + "' -C '" + source.string() + "' .").c_str()),
-        0);
+    putFile(source / "private/var/lib/dpkg/status", status);
+    putFile(secret / "dpkg/status", "Package: host-secret\n");
+    fs::create_directories(source / "var");
+    fs::create_symlink(secret, source / "var/lib");
+    fs::create_hard_link(secret / "dpkg/status", source / preferences / "linked.plist");
+    const auto tar = [&](const std::string& archive, const fs::path& folder) {
+        return std::system(("tar -czf '" + archive + "' -C '" + folder.string() + "' .").c_str());
+    };
+    ASSERT_EQ(tar(scratch / "phone.tar.gz", source), 0);
 
     for (const std::string& from : {source.string(), scratch / "phone.tar.gz"}) {
         const std::string device = scratch / ("device-" + std::to_string(from.size()));
@@ -64,10 +68,25 @@ TEST(DeviceCli, ARealDevicesFilesAreImportedFromAFolderOrATar) {
         ASSERT_NE(row(page, "VeltoEnabled"), nullptr) << from;
         EXPECT_EQ(row(page, "VeltoEnabled")->at("value"), true) << from;
         EXPECT_NE(row(page, "biteSMS"), nullptr) << from;
-        std::ifstream database(device + "/var/lib/dpkg/status");
-        EXPECT_EQ(std::string(std::istreambuf_iterator<char>(database), {}), status);
-        EXPECT_FALSE(std::filesystem::exists(device + "/Applications/biteSMS.app/biteSMS"));
+        EXPECT_EQ(fileText(device + "/var/lib/dpkg/status"), status) << from;
+        EXPECT_FALSE(fs::exists(device + "/Applications/biteSMS.app/biteSMS"));
+        // In the archive the second name is a file of its own; in the folder it is a link.
+        if (from == source.string()) {
+            EXPECT_FALSE(fs::exists(device + "/var/mobile/Library/Preferences/linked.plist"));
+        }
     }
+
+    putFile(scratch / "empty/readme", "nothing of a device");
+    ASSERT_EQ(tar(scratch / "empty.tar.gz", scratch / "empty"), 0);
+    fs::create_directories(scratch / "tmp");
+    const std::string device = scratch / "failed";
+    const auto failed = runProgram({"device", "init", device, "--from", scratch / "empty.tar.gz"},
+                                   "", {{"TMPDIR", scratch / "tmp"}});
+    EXPECT_NE(failed.status, 0);
+    EXPECT_FALSE(fs::exists(device));
+    EXPECT_TRUE(fs::is_empty(scratch / "tmp"));
+    for (const auto& entry : fs::directory_iterator(scratch.path()))
+        EXPECT_FALSE(entry.path().filename().string().starts_with(".failed")) << entry.path();
 }
 
 class DefaultsCli : public ::testing::Test {

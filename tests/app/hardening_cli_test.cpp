@@ -207,46 +207,5 @@ TEST_F(HardeningCli, RecentsKeepsItsTitleThroughAReload) {
     EXPECT_EQ(lines.back()["title"], "Recents 2") << lines.back().dump();
 }
 
-// A copy whose var/lib leads to the host's, a hard link to a file outside, and an archive that
-// holds nothing wanted: nothing of the host comes in, and a failure leaves nothing behind.
-TEST(HardeningImport, ImportsStayInsideTheCopyAndAFailureLeavesNothing) {
-    ScratchFolder scratch;
-    const fs::path copy = scratch / "copy", secret = scratch / "secret";
-    putFile(secret / "dpkg/status", "Package: host-secret\n");
-    putFile(copy / kPreferences / "com.a.plist", binaryOf(Value::dictionary({{"A", Value("1")}})));
-    fs::create_directories(copy / "var");
-    fs::create_symlink(secret, copy / "var/lib");
-    fs::create_hard_link(secret / "dpkg/status", copy / kPreferences / "linked.plist");
-    ASSERT_EQ(
-        ::system(("tar -cf " + (scratch / "copy.tar") + " -C " + copy.string() + " .").c_str()), 0);
-    for (const std::string& from : {copy.string(), scratch / "copy.tar"}) {
-        const std::string device = scratch / ("device-" + fs::path(from).filename().string());
-        const auto result = runProgram({"device", "init", device, "--from", from});
-        ASSERT_EQ(result.status, 0) << result.err;
-        EXPECT_EQ(fileText(fs::path(device) / "var/lib/dpkg/status").find("host-secret"),
-                  std::string::npos);
-        // In the archive the second name is a file of its own; in the folder it is a link.
-        if (from == copy.string()) {
-            EXPECT_FALSE(fs::exists(fs::path(device) / kPreferences / "linked.plist"));
-        }
-        EXPECT_TRUE(fs::exists(fs::path(device) / kPreferences / "com.a.plist"));
-    }
-
-    putFile(scratch / "empty/readme", "nothing of a device");
-    ASSERT_EQ(
-        ::system(
-            ("tar -cf " + (scratch / "empty.tar") + " -C " + (scratch / "empty") + " .").c_str()),
-        0);
-    fs::create_directories(scratch / "tmp");
-    const std::string device = scratch / "failed";
-    const auto failed = runProgram({"device", "init", device, "--from", scratch / "empty.tar"}, "",
-                                   {{"TMPDIR", scratch / "tmp"}});
-    EXPECT_NE(failed.status, 0);
-    EXPECT_FALSE(fs::exists(device));
-    EXPECT_TRUE(fs::is_empty(scratch / "tmp"));
-    for (const auto& entry : fs::directory_iterator(scratch.path()))
-        EXPECT_FALSE(entry.path().filename().string().starts_with(".failed")) << entry.path();
-}
-
 }  // namespace
 }  // namespace apptest

@@ -117,7 +117,8 @@ class ShellTty : public ::testing::Test {
     std::string device_ = scratch_ / "device";
 };
 
-TEST_F(ShellTty, TabCompletesStepsRowsAndValuesAndTheHistoryOutlivesTheSession) {
+TEST_F(ShellTty,
+       TabCompletesStepsRowsValuesAndFilesCtrlCDropsALineAndTheHistoryOutlivesTheSession) {
     {
         Terminal terminal(scratch_, device_);
         ASSERT_TRUE(terminal.started());
@@ -145,8 +146,20 @@ TEST_F(ShellTty, TabCompletesStepsRowsAndValuesAndTheHistoryOutlivesTheSession) 
     terminal.type("\033[A\033[A\033[A\r");
     ASSERT_TRUE(terminal.waitFor("PhoneAppSettingsController")) << terminal.output();
     ASSERT_TRUE(terminal.waitFor("velto>")) << terminal.output();
+    // Ctrl-C throws away the line being typed, as in a shell, and the session goes on.
+    terminal.type("toggle Enab\003");
+    ASSERT_TRUE(terminal.waitFor("velto>")) << terminal.output();
+    // Tab completes file names after the steps that take one. The editor redraws only what
+    // Tab added, so the file written shows what it completed.
+    std::filesystem::create_directories(scratch_.path() / "shots-folder");
+    terminal.type("screenshot " + scratch_ / "shots-f\t");
+    terminal.type("a.png\r");
+    ASSERT_TRUE(terminal.waitFor("wrote ")) << terminal.output();
+    ASSERT_TRUE(terminal.waitFor("velto>")) << terminal.output();
     terminal.type("\004");  // Ctrl-D on an empty line ends the session
     EXPECT_TRUE(terminal.waitForExit()) << terminal.output();
+    EXPECT_TRUE(std::filesystem::exists(scratch_.path() / "shots-folder/a.png"));
+    EXPECT_EQ(terminal.output().find("com.norvale.velto VeltoEnabled"), std::string::npos);
 }
 
 TEST_F(ShellTty, AHistoryFileThatIsDamagedOrNotAFileNeitherHangsNorBreaksTheStart) {
@@ -182,26 +195,6 @@ TEST_F(ShellTty, ColourUnlessNoColourCtrlLClearsTheScreenAndErrorsDoNotEndTheSes
         terminal.type("quit\r");
         EXPECT_TRUE(terminal.waitForExit()) << terminal.output();
     }
-}
-
-// Ctrl-C throws away the line being typed, as in a shell, and the session goes on; Tab
-// completes the names of files after the steps that take one.
-TEST_F(ShellTty, CtrlCClearsTheLineAndTabCompletesFileNames) {
-    std::filesystem::create_directories(scratch_.path() / "shots-folder");
-    Terminal terminal(scratch_, device_);
-    ASSERT_TRUE(terminal.waitFor("velto>")) << terminal.output();
-    terminal.type("toggle Enab\003");
-    ASSERT_TRUE(terminal.waitFor("velto>")) << terminal.output();
-    // The editor redraws only what Tab added, so the file written shows what it completed.
-    terminal.type("screenshot " + scratch_ / "shots-f\t");
-    terminal.type("a.png\r");
-    ASSERT_TRUE(terminal.waitFor("wrote ")) << terminal.output();
-    ASSERT_TRUE(terminal.waitFor("velto>")) << terminal.output();
-    terminal.type("quit\r");
-    EXPECT_TRUE(terminal.waitForExit()) << terminal.output();
-    EXPECT_TRUE(std::filesystem::exists(scratch_.path() / "shots-folder/a.png"));
-    // The thrown-away line never ran.
-    EXPECT_EQ(terminal.output().find("com.norvale.velto VeltoEnabled"), std::string::npos);
 }
 
 }  // namespace

@@ -64,18 +64,6 @@ TEST_F(Presentation, PresentAndBothWaysOfDismissingAreJournaled) {
     EXPECT_FALSE(device.entries<plat::journal::Present>()[1].animated);
 }
 
-TEST(PresentationWithoutProcess, WorksAndLeavesNoTrace) {
-    auto page = std::make_shared<ViewController>();
-    auto alert = AlertController::alertControllerWithTitle("T", std::nullopt,
-                                                           plat::UIAlertControllerStyleAlert);
-    int ran = 0;
-    alert->addAction(AlertAction::actionWithTitle("OK", plat::UIAlertActionStyleDefault,
-                                                  [&](AlertAction&) { ++ran; }));
-    page->presentViewController(alert, true, nullptr);
-    EXPECT_TRUE(alert->tapAction("OK") && ran == 1);
-    EXPECT_FALSE(page->presentedViewController());
-}
-
 TEST_F(Presentation, TappingAnActionDismissesTheSheetThenRunsItsHandler) {
     auto sheet = alert(std::nullopt, plat::UIAlertControllerStyleActionSheet);
     std::vector<std::string> ran;
