@@ -92,6 +92,11 @@ TEST_F(RootPageTest, NoCustomApplicationRemovesTheGroupAndEveryMember) {
     EXPECT_EQ(rootIds(), without(kFullIPhoneList,
                                  {"Custom Applications", "biteSMS", "RingLedger", "Recents"}));
 
+    // Any one of the applications keeps the group, the recents one too.
+    device.installSystemApp("com.norvale.recents", "Recents");
+    EXPECT_EQ(rootIds(), without(kFullIPhoneList, {"biteSMS", "RingLedger"}));
+    std::filesystem::remove_all(device.host("/Applications/Recents.app"));
+
     // WhatsApp has no row of its own but keeps the group.
     device.installUserApp("net.whatsapp.WhatsApp", "WhatsApp");
     EXPECT_EQ(rootIds(), without(kFullIPhoneList, {"biteSMS", "RingLedger", "Recents"}));
