@@ -34,10 +34,13 @@ class DisabledAppsPageTest : public ::testing::Test {
 TEST_F(DisabledAppsPageTest, SystemGroupFirstEachSortedIgnoringCase) {
     device.answerRecords(Value::array(
         {record("com.apple.mobilenotes", "Notes", true), record("com.apple.Maps", "Maps", true),
-         record("com.bank", "bank", false), record("com.zeta", "Zeta", false)}));
-    // By bytes "Zeta" comes before "bank"; ignoring case it follows.
+         record("com.bank", "bank", false), record("com.zeta", "Zeta", false),
+         record("com.emile", "\u00c9mile", false)}));
+    // By bytes "Zeta" comes before "bank"; ignoring case it follows. "É" compares as its
+    // decomposition, an "e" and an accent, so it falls between them.
     EXPECT_EQ(AppsDevice::names(device.page()->specifiers()),
-              (Names{"System Applications", "Maps", "Notes", "User Applications", "bank", "Zeta"}));
+              (Names{"System Applications", "Maps", "Notes", "User Applications", "bank",
+                     "\u00c9mile", "Zeta"}));
 
     // An empty group leaves with its title.
     device.answerRecords(Value::array({record("com.bank", "bank", false)}));
