@@ -89,6 +89,12 @@ std::string PreviewServer::url() const {
 }
 
 int PreviewServer::start(int port) {
+    // The library's own options add SO_REUSEPORT, with which a second server would share the
+    // port and take half of the requests meant for this one: a port in use must be refused.
+    server_->set_socket_options([](socket_t sock) {
+        const int yes = 1;
+        ::setsockopt(sock, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
+    });
     port_ = port == 0 ? server_->bind_to_any_port("127.0.0.1")
                       : (server_->bind_to_port("127.0.0.1", port) ? port : -1);
     if (port_ < 0) return -1;
