@@ -18,6 +18,7 @@
 #include "app/render/human_renderer.h"
 #include "app/render/json_output.h"
 #include "app/render/json_renderer.h"
+#include "app/serve/serve_command.h"
 #include "app/session/batch_run.h"
 #include "app/session/interactive.h"
 #include "app/session/session.h"
@@ -34,6 +35,8 @@ static_assert(kCheckClean == kExitOk && kCheckFound == kExitFailed &&
 // What the command line asked for.
 struct CommandLineOptions {
     std::optional<std::string> device;
+    // Every --device given: serve switches among them, the rest take one.
+    std::vector<std::string> devices;
     bool json = false;
     std::vector<std::string> steps;
     std::string runFile;
@@ -46,6 +49,7 @@ struct CommandLineOptions {
     std::optional<long> watchRedraws;
     std::optional<double> watchTimeout;
     std::string colour = "auto";
+    ServeRequest serve;
 };
 
 namespace {
@@ -329,6 +333,7 @@ struct CommandLine::Parts {
     CLI::App* reset = nullptr;
     CLI::App* watch = nullptr;
     CLI::App* check = nullptr;
+    CLI::App* serve = nullptr;
 
     int dispatch();
 };
@@ -338,8 +343,10 @@ CommandLine::CommandLine() : parts_(std::make_unique<Parts>()) {
     CLI::App& app = parts_->app;
     app.fallthrough();
     app.set_version_flag("--version", std::string("velto-settings ") + VELTO_VERSION);
-    app.add_option("--device", options.device, "device root folder (default: the demo device)")
-        ->type_name("DIR");
+    app.add_option("--device", options.devices,
+                   "device root folder (default: the demo device); serve switches among several")
+        ->type_name("DIR")
+        ->allow_extra_args(false);  // one folder each time, so that steps may follow
     app.add_flag("--json", options.json, "JSON Lines output");
     app.add_option("--screenshots", options.screenshots,
                    "also draw every shown page into DIR as 001.png, 002.png...")
@@ -371,6 +378,9 @@ CommandLine::CommandLine() : parts_(std::make_unique<Parts>()) {
     parts_->check = app.add_subcommand(
         "check", "prove that the bundle's resources cannot crash the Settings application");
     declareCheck(*parts_->check, options.check);
+    parts_->serve = app.add_subcommand(
+        "serve", "serve the simulator to a browser on 127.0.0.1, redrawn as files change");
+    declareServe(*parts_->serve, options.serve);
 
     // Set last: subcommands made after it would inherit the list of steps as their footer.
     app.footer(std::string(stepHelp()) + exitStatusHelp());
@@ -393,6 +403,14 @@ int CommandLine::run(int argc, char** argv) {
 
 int CommandLine::Parts::dispatch() {
     Options options = this->options;
+    if (serve->parsed()) {
+        if (!options.steps.empty())
+            return trouble(options.json, "serve takes no steps: the browser gives them",
+                           kExitUsage);
+        return runServe(options.devices, options.serve);
+    }
+    // The last --device given is the one, as with any option given twice.
+    if (!options.devices.empty()) options.device = options.devices.back();
     if (check->parsed()) {
         // The check makes its own devices; a device or steps given with it are a mistake.
         if (!options.steps.empty() || options.device) {

@@ -34,8 +34,8 @@ Rgba barInk(const plat::ListController& page, const Look& look) {
     return isDark(barColor(page, look)) ? kWhite : kBlack;
 }
 
-double paintNavigationBar(cairo_t* cr, TextPainter& text, const plat::ListController& page,
-                          const Look& look) {
+std::optional<plat::Rect> paintNavigationBar(cairo_t* cr, TextPainter& text,
+                                             const plat::ListController& page, const Look& look) {
     const auto& item = page.navigationItem();
     const Rgba bar = barColor(page, look);
     const bool dark = isDark(bar);
@@ -51,6 +51,7 @@ double paintNavigationBar(cairo_t* cr, TextPainter& text, const plat::ListContro
 
     const double middle = barTop + look.navigationBar / 2;
     double leftEnd = left + 8;
+    std::optional<plat::Rect> backButton;
     if (auto back = backTitle(page, look)) {
         const Rgba tint = dark ? kWhite : look.tint;
         auto button = item.leftBarButtonItem();
@@ -65,6 +66,7 @@ double paintNavigationBar(cairo_t* cr, TextPainter& text, const plat::ListContro
             text.draw(*back, style, left + 27, middle - 10.5, textWidth + 1);
             leftEnd = left + 27 + textWidth;
         }
+        backButton = plat::Rect{{left, barTop}, {leftEnd - left + 8, look.navigationBar}};
     }
 
     const double titleWidth = width - 2 * std::max(leftEnd - left + 8, 80.0);
@@ -75,7 +77,7 @@ double paintNavigationBar(cairo_t* cr, TextPainter& text, const plat::ListContro
         TextStyle style{17, Weight::Semibold, ink, PANGO_ALIGN_CENTER, 1};
         text.draw(*item.title(), style, titleX, middle - 10.5, titleWidth);
     }
-    return bottom;
+    return backButton;
 }
 
 void paintHomeIndicator(cairo_t* cr, const Look& look) {

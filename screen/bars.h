@@ -14,9 +14,9 @@ Rgba barInk(const plat::ListController& page, const Look& look);
 // The navigation bar of the page over its column, its colour running up under the status bar:
 // its title or title image and its back button. The bundle's root page is reached from
 // Settings' own list, so on a phone it goes back to "Settings"; beside the sidebar of an iPad
-// it has no back button. Answers where the content starts.
-double paintNavigationBar(cairo_t* cr, TextPainter& text, const plat::ListController& page,
-                          const Look& look);
+// it has no back button. Answers where the back button is, when there is one.
+std::optional<plat::Rect> paintNavigationBar(cairo_t* cr, TextPainter& text,
+                                             const plat::ListController& page, const Look& look);
 // The home indicator of devices without a Home button, in the middle of the bottom inset.
 void paintHomeIndicator(cairo_t* cr, const Look& look);
 

@@ -106,6 +106,7 @@ class PresentedPainter {
             }
             fillRect(cr_, plat::Rect{row.origin, {row.size.width, 0.5}}, kLine);
             actionLabel(*actions[i], row, 17);
+            shot_.buttons.push_back({actions[i]->title(), row});
         }
     }
 
@@ -126,6 +127,7 @@ class PresentedPainter {
             setColor(cr_, kWhite);
             cairo_fill(cr_);
             actionLabel(*cancel.front(), box, 20);
+            shot_.buttons.push_back({cancel.front()->title(), box});
             bottom -= kSheetRow + 8;
         }
         if (mainHeight <= 0) return;
@@ -137,7 +139,9 @@ class PresentedPainter {
         double top = y + head;
         for (std::size_t i = 0; i < main.size(); ++i, top += kSheetRow) {
             if (i > 0 || head > 0) fillRect(cr_, plat::Rect{{x, top}, {width, 0.5}}, kLine);
-            actionLabel(*main[i], plat::Rect{{x, top}, {width, kSheetRow}}, 20);
+            const plat::Rect row{{x, top}, {width, kSheetRow}};
+            actionLabel(*main[i], row, 20);
+            shot_.buttons.push_back({main[i]->title(), row});
         }
     }
 
@@ -212,7 +216,9 @@ class PresentedPainter {
             double top = boxY + head;
             for (std::size_t i = 0; i < actions.size(); ++i, top += kSheetRow) {
                 if (i > 0 || head > 0) fillRect(cr_, plat::Rect{{boxX, top}, {width, 0.5}}, kLine);
-                actionLabel(*actions[i], plat::Rect{{boxX, top}, {width, kSheetRow}}, 20);
+                const plat::Rect row{{boxX, top}, {width, kSheetRow}};
+                actionLabel(*actions[i], row, 20);
+                shot_.buttons.push_back({actions[i]->title(), row});
             }
         } else {
             cairo_save(cr_);
@@ -236,7 +242,8 @@ class PresentedPainter {
         cairo_save(cr_);
         roundedPath(cr_, card, 10, true, false);
         cairo_clip(cr_);
-        paintShareSheet(cr_, text_, share, look_, card, true);
+        if (auto close = paintShareSheet(cr_, text_, share, look_, card, true))
+            shot_.buttons.push_back({"Cancel", *close});
         cairo_restore(cr_);
     }
 
@@ -278,6 +285,8 @@ class PresentedPainter {
         text_.draw(title, titleStyle, card.origin.x + 90, barTop + 17, card.size.width - 180);
         const TextStyle cancelStyle{17, Weight::Regular, look_.tint, PANGO_ALIGN_RIGHT, 1};
         text_.draw("Cancel", cancelStyle, card.origin.x + card.size.width - 116, barTop + 17, 100);
+        shot_.buttons.push_back(
+            {"Cancel", plat::Rect{{card.origin.x + card.size.width - 116, barTop}, {116, 56}}});
         const double below = bar.origin.y + bar.size.height;
         if (auto* mail = dynamic_cast<const plat::MailComposeViewController*>(&controller))
             mailDraft(*mail, card, below);

@@ -20,17 +20,16 @@ namespace screen {
 
 namespace {
 
-// The whole table laid out from the top of an unbounded column, measured with a scratch
-// surface: where every row and footer lands before any scrolling.
-TableLayout unscrolledLayout(plat::ListController& page, const Look& look) {
-    Look unbounded = look;
-    unbounded.height = std::numeric_limits<double>::max() / 4;
+// The page's table laid out from `top` in the look's column, measured with a scratch surface
+// scaled as the picture is, so that text measures as it does when drawn.
+TableLayout measuredLayout(plat::ListController& page, const Look& look, double top) {
     cairo_surface_t* surface = cairo_image_surface_create(CAIRO_FORMAT_ARGB32, 1, 1);
     cairo_t* cr = cairo_create(surface);
+    cairo_scale(cr, look.scale, look.scale);
     TableLayout layout;
     try {
         TextPainter text(cr);
-        layout = TableLayout::of(text, page, unbounded, look.statusBar + look.navigationBar);
+        layout = TableLayout::of(text, page, look, top);
     } catch (...) {
         cairo_destroy(cr);
         cairo_surface_destroy(surface);
@@ -39,6 +38,19 @@ TableLayout unscrolledLayout(plat::ListController& page, const Look& look) {
     cairo_destroy(cr);
     cairo_surface_destroy(surface);
     return layout;
+}
+
+// Where the table starts on screen, scrolled by `offset`; the table scrolls under the bars.
+double tableTop(const Look& look, double offset) {
+    return look.statusBar + look.navigationBar - offset;
+}
+
+// The whole table laid out from the top of an unbounded column: where every row and footer
+// lands before any scrolling.
+TableLayout unscrolledLayout(plat::ListController& page, const Look& look) {
+    Look unbounded = look;
+    unbounded.height = std::numeric_limits<double>::max() / 4;
+    return measuredLayout(page, unbounded, tableTop(look, 0));
 }
 
 // Where the table's last group or footer ends.
@@ -57,6 +69,10 @@ double tableBottom(const TableLayout& layout) {
 constexpr double kTableEndGap = 35;
 
 }  // namespace
+
+TableLayout layoutOnScreen(plat::ListController& page, const Look& look) {
+    return measuredLayout(page, look, tableTop(look, page.contentOffsetY()));
+}
 
 std::optional<double> offsetShowingRow(plat::ListController& page, const Look& look,
                                        std::size_t index) {
@@ -96,10 +112,9 @@ Screenshot drawScreenshot(plat::ListController& page, const Look& screen,
         TextPainter text(cr);
         fillRect(cr, plat::Rect{{0, 0}, {look.width, look.height}}, look.background);
         // The table scrolls under the bars, so they are drawn over it.
-        shot.table =
-            TableLayout::of(text, page, look, look.statusBar + look.navigationBar - offset);
+        shot.table = TableLayout::of(text, page, look, tableTop(look, offset));
         paintTable(cr, text, page, shot.table, look);
-        paintNavigationBar(cr, text, page, look);
+        shot.backButton = paintNavigationBar(cr, text, page, look);
         const Rgba pageInk = barInk(page, look);
         if (look.sidebarWidth > 0) shot.selectedEntry = paintSidebar(cr, text, look, entry);
         paintStatusBar(cr, text, look, look.sidebarWidth > 0 ? kBlack : pageInk, pageInk);

@@ -2,6 +2,8 @@
 
 #include <cstddef>
 #include <optional>
+#include <string>
+#include <vector>
 
 #include "platform/foundation/geometry.h"
 #include "platform/foundation/value.h"
@@ -19,6 +21,12 @@ struct PopoverFrame {
     std::optional<std::size_t> anchorRow;
 };
 
+// A button of what is presented over the page, by its title, where it was drawn.
+struct ButtonFrame {
+    std::string title;
+    plat::Rect frame;
+};
+
 // A picture and where things landed in it, in points.
 struct Screenshot {
     plat::ImagePtr image;  // at the device's scale
@@ -27,6 +35,10 @@ struct Screenshot {
     // On an iPad, the bundle's row in Settings' sidebar.
     std::optional<plat::Rect> selectedEntry;
     std::optional<PopoverFrame> popover;
+    // The navigation bar's back button, when the page has one.
+    std::optional<plat::Rect> backButton;
+    // The presented controller's buttons: an alert's or sheet's actions, a sheet's Cancel.
+    std::vector<ButtonFrame> buttons;
 };
 
 // Draws the page as the Settings app shows it on top of its navigation stack, with what it
@@ -38,6 +50,11 @@ struct Screenshot {
 // tall as the page's rows, from the top, instead of one screen.
 Screenshot drawScreenshot(plat::ListController& page, const Look& look,
                           const SettingsEntry& entry = {}, bool full = false);
+
+// Where drawScreenshot (one screen, scrolled as the page is) puts the page's rows, without
+// drawing them: for those who point at rows, such as a tap at a point or a record of frames.
+// May raise what the page's own hooks raise.
+TableLayout layoutOnScreen(plat::ListController& page, const Look& look);
 
 // The content offset that brings the row at `index` of the page's list on screen, moving the
 // rows as little as they must from where the page is scrolled now; nullopt when the page

@@ -110,8 +110,9 @@ double shareSheetHeight(const plat::ActivityViewController& sheet) {
     return kHeader + kTargets + kAction * static_cast<double>(actionsFor(sheet).size()) + 16;
 }
 
-void paintShareSheet(cairo_t* cr, TextPainter& text, const plat::ActivityViewController& sheet,
-                     const Look& look, plat::Rect box, bool closable) {
+std::optional<plat::Rect> paintShareSheet(cairo_t* cr, TextPainter& text,
+                                          const plat::ActivityViewController& sheet,
+                                          const Look& look, plat::Rect box, bool closable) {
     const double x = box.origin.x, width = box.size.width;
     double y = box.origin.y;
     fillRect(cr, box, kSheetGround);
@@ -129,8 +130,10 @@ void paintShareSheet(cairo_t* cr, TextPainter& text, const plat::ActivityViewCon
     text.draw(sheet.text().value_or(sheet.image() ? "Image" : ""),
               TextStyle{15, Weight::Semibold, kBlack, PANGO_ALIGN_LEFT, 2}, textX, y + 22,
               textWidth);
+    std::optional<plat::Rect> close;
     if (closable) {
         const double cx = x + width - 32, cy = y + 30;
+        close = plat::Rect{{cx - 15, cy - 15}, {30, 30}};
         cairo_arc(cr, cx, cy, 15, 0, 2 * kPi);
         setColor(cr, Rgba{0.46, 0.46, 0.5, 0.12});
         cairo_fill(cr);
@@ -179,6 +182,7 @@ void paintShareSheet(cairo_t* cr, TextPainter& text, const plat::ActivityViewCon
             fillRect(cr, plat::Rect{{x + 32, y + kAction - 0.5}, {width - 48, 0.5}},
                      look.separator);
     }
+    return close;
 }
 
 }  // namespace screen

@@ -1,5 +1,7 @@
 #include "app/render/json_output.h"
 
+#include <cmath>
+
 #include "app/render/content_hash.h"
 #include "platform/foundation/keyed_archive.h"
 #include "platform/ui/image.h"
@@ -20,6 +22,14 @@ json pictureJson(const RowView::Icon& picture) {
             {"hash", picture.image ? json(pictureHash(*picture.image)) : json(nullptr)}};
 }
 
+// Points to the hundredth: enough to hit a row, short enough to read.
+json frameJson(const std::optional<plat::Rect>& frame) {
+    if (!frame) return nullptr;
+    const auto round = [](double points) { return std::round(points * 100) / 100; };
+    return json::array({round(frame->origin.x), round(frame->origin.y), round(frame->size.width),
+                        round(frame->size.height)});
+}
+
 json rowJson(const RowView& row) {
     json out = {{"index", row.index},
                 {"cell", row.cell},
@@ -33,7 +43,8 @@ json rowJson(const RowView& row) {
                 {"key", optional(row.key)},
                 {"defaults", optional(row.defaults)},
                 {"notification", optional(row.notification)},
-                {"icon", nullptr}};
+                {"icon", nullptr},
+                {"frame", frameJson(row.frame)}};
     if (row.icon) out["icon"] = pictureJson(*row.icon);
     return out;
 }

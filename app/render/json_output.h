@@ -17,7 +17,7 @@ std::string jsonText(const Json& json) {
 
 // The version of the record's shape, on every line as "schema". docs/json.md describes it;
 // a change to a field's meaning or a removal changes the version.
-inline constexpr int kJsonSchema = 3;
+inline constexpr int kJsonSchema = 4;
 
 // The start of every line: {"type": type, "schema": kJsonSchema}.
 nlohmann::ordered_json recordLine(const char* type);

@@ -17,6 +17,7 @@ class JsonRenderer : public Renderer {
     void errorAt(const std::string& step, const std::string& message, std::size_t line) override;
     void note(const std::string& text) override;
     void screenshot(const std::string& path, std::size_t bytes) override;
+    bool wantsFrames() const override { return true; }
 
   private:
     std::ostream& out_;

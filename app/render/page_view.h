@@ -34,6 +34,9 @@ struct RowView {
         std::shared_ptr<const plat::Image> image;
     };
     std::optional<Icon> icon;
+    // Where the row is drawn on screen, in points: a group row by its heading. nullopt for a
+    // row off screen, a group without a heading, or a view made without a layout.
+    std::optional<plat::Rect> frame;
     bool group() const { return cell == "PSGroupCell"; }
 };
 

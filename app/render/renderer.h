@@ -22,6 +22,8 @@ class Renderer {
         error(step, line ? "line " + std::to_string(line) + ": " + message : message);
     }
     virtual void note(const std::string& text) = 0;
+    // Whether pages reach it with their rows' frames, which cost a layout of the page.
+    virtual bool wantsFrames() const { return false; }
     // A picture of the page was written to `path`.
     virtual void screenshot(const std::string& path, std::size_t bytes) {
         note("wrote " + path + " (" + std::to_string(bytes) + " bytes)\n");

@@ -5,7 +5,6 @@
 #include "app/host_files.h"
 #include "app/session/step_error.h"
 #include "platform/system/device_facts.h"
-#include "screen/screenshot.h"
 
 namespace velto::app {
 
@@ -21,10 +20,17 @@ screen::SettingsEntry settingsEntry(Session& session) {
 
 }  // namespace
 
-std::size_t writeScreenshot(Session& session, const std::string& file, bool full) {
+screen::Screenshot drawTopPage(Session& session, bool full) {
     const auto look = screen::Look::forDevice(plat::DeviceFacts::read(session.process().root()));
-    const plat::Bytes png = screen::pngBytes(
-        screen::drawScreenshot(*session.topPage(), look, settingsEntry(session), full));
+    return screen::drawScreenshot(*session.topPage(), look, settingsEntry(session), full);
+}
+
+plat::Bytes screenshotPng(Session& session, bool full) {
+    return screen::pngBytes(drawTopPage(session, full));
+}
+
+std::size_t writeScreenshot(Session& session, const std::string& file, bool full) {
+    const plat::Bytes png = screenshotPng(session, full);
     if (png.empty()) throw StepError("cannot write " + file);
     // Beside the target and renamed over it: a full disk leaves the old picture whole, and a
     // FIFO or a device in its place is refused rather than written to (or waited on for ever).

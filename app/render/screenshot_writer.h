@@ -4,8 +4,16 @@
 #include <string>
 
 #include "app/session/session.h"
+#include "screen/screenshot.h"
 
 namespace velto::app {
+
+// Draws the top page, with what it presents, as the device shows it: one screen, scrolled as
+// the page is, or (`full`) the whole page. May raise what the page's hooks raise.
+screen::Screenshot drawTopPage(Session& session, bool full = false);
+
+// The same picture as PNG bytes; empty when it cannot be encoded.
+plat::Bytes screenshotPng(Session& session, bool full = false);
 
 // Draws the top page, with what it presents, as the device shows it and writes the PNG to a
 // host file. Answers the number of bytes written; StepError when the file cannot be written.

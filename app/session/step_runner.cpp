@@ -7,6 +7,7 @@
 
 #include "app/render/journal_rows.h"
 #include "app/render/page_view.h"
+#include "app/render/row_frames.h"
 #include "app/render/screenshot_writer.h"
 #include "app/session/expect_step.h"
 #include "app/session/row_lookup.h"
@@ -98,7 +99,7 @@ bool cancelComposer(const std::shared_ptr<plat::ViewController>& presented) {
 // library would hand over. `pick /dev/zero` or a FIFO must fail the step, not fill memory or
 // wait for ever.
 plat::Bytes readHostFile(const std::string& file) {
-    constexpr std::uintmax_t kPictureLimit = std::uintmax_t{64} << 20;
+    constexpr std::uintmax_t kPictureLimit = kPickLimit;
     std::error_code error;
     const auto status = std::filesystem::status(file, error);
     if (error || !std::filesystem::exists(status)) throw StepError("no file " + file);
@@ -162,6 +163,7 @@ void StepRunner::show() {
     const auto stack = session_.pages();
     for (const auto& shown : stack)
         view.stack.push_back(shown->className());
+    if (renderer_.wantsFrames()) placeRowFrames(session_, view);
     auto journal = session_.takeJournal();
     placeInsertions(journal, stack);
     renderer_.page(view, journal);

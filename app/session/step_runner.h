@@ -6,9 +6,14 @@
 #include "app/session/step.h"
 #include "app/session/watch_run.h"
 
+#include <cstdint>
 #include <string>
 
 namespace velto::app {
+
+// The most a picture handed to the photo picker (`pick`) may weigh: what a phone's photo
+// library would hand over, and never the machine's memory.
+inline constexpr std::uintmax_t kPickLimit = std::uintmax_t{64} << 20;
 
 // Carries out steps on a session as the user of the Settings application would, and shows
 // pages through a renderer.

@@ -4,19 +4,15 @@
 #include <signal.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <csignal>
 #include <sstream>
 
 #include "app/render/renderer.h"
-#include "app/session/change_watch.h"
+#include "app/session/device_watch.h"
 #include "app/session/step_error.h"
 #include "app/session/step_runner.h"
-#include "contract/catalogue.h"
-#include "device/bundle_install.h"
-#include "platform/system/host_device_root.h"
 
 namespace velto::app {
 
@@ -24,11 +20,8 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr const char* kSettingsFolder = folders::kPreferences;
-// How often the folders are looked at, and how long a save is given to finish.
+// How often the folders are looked at.
 constexpr int kLookMilliseconds = 200;
-constexpr int kSettleMilliseconds = 100;
-constexpr int kSettleLooks = 10;
 
 volatile std::sig_atomic_t interrupted = 0;
 
@@ -54,21 +47,6 @@ class InterruptScope {
   private:
     struct sigaction previous_ {};
 };
-
-fs::path under(const fs::path& root, const char* devicePath) {
-    return root / fs::path(devicePath).relative_path();
-}
-
-bool inside(const fs::path& path, const fs::path& folder) {
-    const auto [end, rest] = std::mismatch(folder.begin(), folder.end(), path.begin(), path.end());
-    return end == folder.end();
-}
-
-// A device path for what is on the device, the host path for the rest.
-std::string shown(const fs::path& path, const fs::path& device) {
-    if (inside(path, device)) return "/" + path.lexically_relative(device).generic_string();
-    return path.string();
-}
 
 // Waits one look's time; false when the input ended.
 bool waitForLook(int& input, int milliseconds) {
@@ -112,10 +90,7 @@ WatchLimits parseWatchLimits(const std::string& argument) {
 
 void watchTopPage(StepRunner& runner, Renderer& renderer, const WatchPlaces& places,
                   const WatchLimits& limits) {
-    const fs::path bundle = under(places.device, device::kInstalledBundle);
-    std::vector<fs::path> folders{under(places.device, kSettingsFolder), bundle};
-    if (places.resources) folders.push_back(*places.resources);
-    ChangeWatch watch(folders);
+    DeviceWatch watch(places);
     InterruptScope interruptible;
     int input = places.input;
 
@@ -129,33 +104,17 @@ void watchTopPage(StepRunner& runner, Renderer& renderer, const WatchPlaces& pla
     long redraws = 0;
     while (!interrupted && !timedOut()) {
         if (!waitForLook(input, kLookMilliseconds)) break;
-        std::vector<fs::path> changed = watch.changes();
+        const auto changed = watch.settledChanges([] { return interrupted != 0; });
         if (changed.empty()) continue;
-        for (int look = 0; look < kSettleLooks && !interrupted; ++look) {
-            ::poll(nullptr, 0, kSettleMilliseconds);
-            const auto more = watch.changes();
-            if (more.empty()) break;
-            changed.insert(changed.end(), more.begin(), more.end());
-        }
-
-        std::string note = "changed:";
-        bool resourcesChanged = false;
-        for (const fs::path& path : changed) {
-            note += " " + shown(path, places.device);
-            resourcesChanged = resourcesChanged || !inside(path, folders.front());
-        }
-        renderer.note(note + "\n");
-        if (resourcesChanged && places.resources) {
-            try {
-                device::installBundle(plat::HostDeviceRoot(places.device), *places.resources);
-            } catch (const std::exception& e) {
-                renderer.error("watch", e.what());
-            }
+        renderer.note(watch.note(changed));
+        try {
+            watch.reinstallIfNeeded(changed);
+        } catch (const std::exception& e) {
+            renderer.error("watch", e.what());
         }
         // The page is made again from what is stored now, as the developer wants to see it.
         runner.run(Step{StepKind::Reload, "", "reload"});
-        // What the rebuild wrote is not a change; what anyone writes once the page is out is.
-        watch.changes();
+        watch.forget();
         runner.run(showStep());
         if (limits.redraws && ++redraws >= *limits.redraws) break;
     }
