@@ -117,6 +117,9 @@ TEST_F(LogMailingTest, LoggingOnComposesWithTheLogAttached) {
     ASSERT_TRUE(mail);
     EXPECT_EQ(mail->toRecipients(), std::vector<std::string>{"support@norvale.com"});
     EXPECT_EQ(mail->subject(), "Velto 2 log");
+    // Support's first question: which device and system the log comes from.
+    EXPECT_TRUE(mail->messageBody().starts_with("Device: iPhone (iPhone")) << mail->messageBody();
+    EXPECT_NE(mail->messageBody().find("\nSystem version: "), std::string::npos);
     ASSERT_EQ(mail->attachments().size(), 1u);
     EXPECT_EQ(mail->attachments()[0].fileName, "Velto.log");
     EXPECT_EQ(mail->attachments()[0].data.size(), 9u);

@@ -70,9 +70,21 @@ TEST_F(DisabledAppsPageTest, RowCarriesTheRecordAsTheDataModelSays) {
 }
 
 TEST_F(DisabledAppsPageTest, HiddenApplicationsStayHiddenAndMatchCaseSensitively) {
-    // A few of the table's entries, two of them a case apart from shown identifiers.
-    const Names hidden = {"com.apple.MobileSMS", "com.apple.mobilephone", "com.apple.mobilemail",
-                          "com.norvale.RingLedger2"};
+    // A misspelt entry would show the page of an application the bundle covers itself, and
+    // only the list itself can tell: it is here in full.
+    const Names hidden = {"com.apple.mobilephone",
+                          "com.apple.facetime",
+                          "com.apple.MobileSMS",
+                          "com.apple.mobilesms.notification",
+                          "com.apple.MobileSMS.MessagesNotificationExtension",
+                          "net.whatsapp.WhatsApp",
+                          "com.apple.MobileAddressBook",
+                          "com.apple.mobilemail",
+                          "com.norvale.RingLedger10",
+                          "com.apple.ContactsUI.ContactsViewService",
+                          "com.apple.MobileAddressBook.ContactsViewService",
+                          "com.norvale.RingLedger2",
+                          "com.norvale.RingLedgerKit"};
     Value records = Value::array();
     for (const auto& id : hidden)
         records.addObject(record(id, id, true));

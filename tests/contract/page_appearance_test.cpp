@@ -1,9 +1,13 @@
+#include "about/velto_misc_controller.h"
+#include "apps/velto_disabled_apps_settings_controller.h"
 #include "contract/appearance.h"
 #include "contract/list_categories.h"
 #include "contract/nv_control_table_cell.h"
 #include "contract/nv_misc_settings_view_controller.h"
 #include "contract/velto_base_settings_controller.h"
 #include "contract/velto_utils.h"
+#include "core/velto_settings_controller.h"
+#include "core/velto_switch_cell.h"
 #include "platform/prefs/runtime.h"
 #include "platform/ui/alert_controller.h"
 #include "platform/ui/navigation_controller.h"
@@ -175,6 +179,25 @@ TEST_F(PageAppearanceTest, ControlCellsTintTheSwitchWithTheSubclassColour) {
     auto text = page->tableViewCellForRowAtIndexPath(2, 0);
     ASSERT_TRUE(text);
     EXPECT_FALSE(text->control());
+}
+
+// Every page class and the switch cell ask for the bundle's swatch by name; its colour, not
+// the one the code falls back on, is what they show.
+TEST_F(PageAppearanceTest, BundlePagesAndSwitchesTakeTheSwatchsColour) {
+    const auto red = plat::UIImagePNGRepresentation(paint(120, 120, 3, {1, 0, 0}).get());
+    device.writeText(std::string(kBundle) + "/nav@3x.png", std::string(red->begin(), red->end()));
+    EXPECT_EQ(hexOf(device.open<velto::VeltoSettingsController>("VeltoSettingsController")
+                        ->customNavigationBarColor()),
+              "#FF0000FF");
+    EXPECT_EQ(hexOf(device
+                        .open<velto::VeltoDisabledAppsSettingsController>(
+                            "VeltoDisabledAppsSettingsController")
+                        ->customNavigationBarColor()),
+              "#FF0000FF");
+    EXPECT_EQ(hexOf(device.open<velto::VeltoMiscController>("VeltoMiscController")
+                        ->customNavigationBarColor()),
+              "#FF0000FF");
+    EXPECT_EQ(hexOf(velto::VeltoSwitchCell().switchCellOnTintColor()), "#FF0000FF");
 }
 
 }  // namespace

@@ -35,6 +35,7 @@ TEST_F(VeltoSettingsTest, FlagsFollowTheFileAndAnythingUnreadableReadsAllOff) {
     EXPECT_EQ(flags(), allOff);  // no file at all
     // Code that does not link the library finds the class by its name.
     EXPECT_TRUE(plat::Runtime::shared().isSubclass("VeltoSettings", "NSObject"));
+    EXPECT_TRUE(plat::Runtime::shared().classExists("NVControlTableCell"));
 
     // Each key on its own, stored with the kinds of value boolValue accepts.
     device.writePlist(kMainFile, Value::dictionary({{"VeltoEnabled", Value::boolean(true)},

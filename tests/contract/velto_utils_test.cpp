@@ -1,3 +1,7 @@
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
 #include <fstream>
 #include <string>
 #include <vector>
@@ -103,7 +107,12 @@ TEST_F(VeltoUtilsTest, LogMessagesAreJournaledAndFiledOnlyWhileLoggingIsOn) {
         velto::VeltoSettings::sharedSettings()->loadSettings();
     };
     setLogging(true);
+    ::setenv("TZ", "UTC", 1);
+    ::tzset();
+    const auto before =
+        std::chrono::floor<std::chrono::milliseconds>(std::chrono::system_clock::now());
     VeltoUtils::logMessage("first kept");
+    const auto after = std::chrono::system_clock::now();
     VeltoUtils::logMessage("second kept");
     setLogging(false);
     VeltoUtils::logMessage("after logging");
@@ -111,7 +120,22 @@ TEST_F(VeltoUtilsTest, LogMessagesAreJournaledAndFiledOnlyWhileLoggingIsOn) {
     std::ifstream in(device.host(VeltoUtils::kLogFilePath));
     std::string first, second, third;
     ASSERT_TRUE(std::getline(in, first) && std::getline(in, second));
-    EXPECT_TRUE(first.ends_with("first kept")) << first;
+    // "2026-11-25 22:19:57.123 [process] message", stamped when it was logged.
+    std::tm tm{};
+    int ms = -1;
+    char process[64] = "";
+    ASSERT_EQ(
+        std::sscanf(first.c_str(), "%d-%d-%d %d:%d:%d.%3d [%63[^]]] first kept", &tm.tm_year,
+                    &tm.tm_mon, &tm.tm_mday, &tm.tm_hour, &tm.tm_min, &tm.tm_sec, &ms, process),
+        8)
+        << first;
+    tm.tm_year -= 1900;
+    tm.tm_mon -= 1;
+    const auto stamped =
+        std::chrono::system_clock::from_time_t(::timegm(&tm)) + std::chrono::milliseconds(ms);
+    EXPECT_TRUE(stamped >= before && stamped <= after) << first;
+    EXPECT_EQ(process, device.process().name());
+    EXPECT_TRUE(first.ends_with("] first kept")) << first;
     EXPECT_TRUE(second.ends_with("second kept")) << second;
     EXPECT_FALSE(std::getline(in, third)) << third;
     EXPECT_EQ(device.logLines(), (std::vector<std::string>{"before logging", "first kept",

@@ -178,6 +178,16 @@ TEST_F(RootPageTest, FallbackIndexesApplyWhenAnIdentifierIsMissing) {
     EXPECT_THROW(openRoot()->specifiers(), plat::RangeError);
 }
 
+TEST_F(RootPageTest, WithoutItsIdentifierTheRecentsRowIsStillRemovedAtItsIndex) {
+    device.writeSettings({{"VeltoEnabled", true}});
+    device.installBiteSMS();
+    device.installUserApp("com.norvale.RingLedger10", "RingLedger");
+    auto velto = device.readPlist(std::string(device.kBundle) + "/Velto.plist");
+    velto.objectForKey("items").objectAtIndex(15).removeObjectForKey("id");
+    device.writeResource("Velto", velto);
+    EXPECT_EQ(rootIds(), without(kFullIPhoneList, {"Recents"}));
+}
+
 TEST_F(RootPageTest, MasterSwitchAnimatesTheMiddleAndRebuilds) {
     device.installBiteSMS();
     auto root = openRoot();
@@ -196,6 +206,8 @@ TEST_F(RootPageTest, MasterSwitchAnimatesTheMiddleAndRebuilds) {
     EXPECT_EQ(device.listOperations(mark), expectedOps);
     EXPECT_TRUE(device.mainSettings().objectForKey("VeltoEnabled").boolValue());
     EXPECT_EQ(device.notifications(), Ids{"com.norvale.veltosettingschanged"});
+    const Ids lines = device.journalLines(mark);
+    EXPECT_EQ(std::count(lines.begin(), lines.end(), "synchronize"), 1);
     EXPECT_EQ(testsupport::BundleDevice::ids(root->heldSpecifiers()),
               without(kFullIPhoneList, {"RingLedger", "Recents"}));
 

@@ -111,6 +111,9 @@ TEST_F(GeneralPageTest, ContinueStoresThenRestartsCancelStoresTheOldValue) {
     EXPECT_EQ(effects(mark),
               (Ids{"present", "preference-write", "notification", "synchronize", "reload"}));
     EXPECT_EQ(device.listOperations(mark), Ids{"~5a"});  // the switch turns back, animated
+    ASSERT_TRUE(flipLocalCache(*shown, true)->tapAction("Cancel"));
+    EXPECT_EQ(device.mainSettings().objectForKey(kLocalCache), Value::integer(0));
+    ASSERT_TRUE(flipLocalCache(*shown, false)->tapAction("Cancel"));
     const Value stored = device.mainSettings().objectForKey(kLocalCache);
     EXPECT_TRUE(stored.isInteger());
     EXPECT_TRUE(stored.boolValue());

@@ -70,6 +70,8 @@ TEST_P(LockScreenNCTest, OnInsertsEveryFileRowOffLeavesTheHead) {
     for (std::size_t i = 2; i < fileRows(); ++i)
         inserted.push_back("+" + std::to_string(i) + "a");
     EXPECT_EQ(device.listOperations(mark), inserted);
+    const Ids lines = device.journalLines(mark);
+    EXPECT_EQ(std::count(lines.begin(), lines.end(), "synchronize"), 1);
     EXPECT_TRUE(device.mainSettings().objectForKey(GetParam().key).boolValue());
     EXPECT_EQ(device.notifications().back(), "com.norvale.veltosettingschanged");
 

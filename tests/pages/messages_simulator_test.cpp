@@ -78,8 +78,11 @@ TEST_F(MessagesSimulatorTest, PickingAPhotoAndRestoringTheStockPicture) {
         EXPECT_NE(e.at("kind"), "log") << e;
     EXPECT_EQ(shows[0].at("presented"), nullptr);
 
-    // Picked: both files in both folders, alike.
+    // Picked: both files in both folders, alike, and the extension told so.
     EXPECT_EQ(posted(shows[1]), std::vector<std::string>{kChanged});
+    EXPECT_TRUE(std::any_of(
+        shows[1].at("journal").begin(), shows[1].at("journal").end(),
+        [](const json& e) { return e.value("text", "") == "Posting notification...."; }));
     ASSERT_FALSE(container().empty());
     for (const std::string& name : kFiles) {
         const plat::Bytes bytes = readBytes(cache() / name);
