@@ -70,6 +70,7 @@ TEST_F(PhoneFaceTimeTest, PhoneSwitchesInsertAndRemoveWithoutLookingAtWhatIsShow
     flip(*page, "favoritesEnabledOrDisabled:specifier:", 3, true);
     EXPECT_EQ(device.listOperations(mark), (Ids{"-2", "+2a", "+3a", "+4a", "+5a", "+6a", "+7a"}));
     EXPECT_EQ(page->specifiers()->count(), 8u + 5u);
+    EXPECT_TRUE(device.mainSettings().objectForKey("ShowFavoritesContactImage").boolValue());
 
     // Favourites off: row 2 goes and file row 3 comes back at 3, both without animation. The
     // group's footer is taken off the file's group, never off the row that comes back.
@@ -100,6 +101,7 @@ TEST_F(PhoneFaceTimeTest, SwitchesFlippedBeforeTheListIsBuiltOnlyStore) {
     EXPECT_TRUE(device.listOperations(mark).empty());
     EXPECT_EQ(page->heldSpecifiers(), nullptr);
     EXPECT_TRUE(device.mainSettings().objectForKey("VeltoEnabledFacetime").boolValue());
+    EXPECT_TRUE(device.mainSettings().objectForKey("ShowFavoritesContactImage").boolValue());
 }
 
 TEST_F(PhoneFaceTimeTest, FaceTimeClearsTheMonogramRangeOnceOrTwice) {
