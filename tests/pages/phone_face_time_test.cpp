@@ -94,10 +94,10 @@ TEST_F(PhoneFaceTimeTest, PhoneSwitchesInsertAndRemoveWithoutLookingAtWhatIsShow
 
 TEST_F(PhoneFaceTimeTest, SwitchesFlippedBeforeTheListIsBuiltOnlyStore) {
     auto page = faceTime();
-    auto toggle = page->loadSpecifiersFromPlistName("FaceTimeiPhone", page)->objectAtIndex(1);
+    const auto file = page->loadSpecifiersFromPlistName("FaceTimeiPhone", page);
     const auto mark = device.journal().size();
-    page->faceTimeAppEnabledOrDisabled(Value::boolean(true), toggle);
-    page->favoritesEnabledOrDisabled(Value::boolean(true), toggle);
+    page->faceTimeAppEnabledOrDisabled(Value::boolean(true), file->objectAtIndex(1));
+    page->favoritesEnabledOrDisabled(Value::boolean(true), file->objectAtIndex(3));
     EXPECT_TRUE(device.listOperations(mark).empty());
     EXPECT_EQ(page->heldSpecifiers(), nullptr);
     EXPECT_TRUE(device.mainSettings().objectForKey("VeltoEnabledFacetime").boolValue());
