@@ -1,12 +1,10 @@
 #include "app/serve/serve_command.h"
 
 #include <poll.h>
-#include <signal.h>
 #include <spawn.h>
 #include <sys/wait.h>
 
 #include <CLI/CLI.hpp>
-#include <csignal>
 #include <cstdlib>
 #include <iostream>
 #include <thread>
@@ -14,6 +12,7 @@
 #include "app/commands/device_location.h"
 #include "app/exit_status.h"
 #include "app/serve/preview_server.h"
+#include "app/session/stop_signals.h"
 
 extern char** environ;
 
@@ -23,35 +22,6 @@ namespace {
 
 // How often the device's files are looked at.
 constexpr int kServeLookMilliseconds = 200;
-
-volatile std::sig_atomic_t serveStopRequested = 0;
-
-void onServeStop(int) {
-    serveStopRequested = 1;
-}
-
-// Ctrl-C (or a polite kill) ends the server, which then closes its streams and its session.
-class StopSignals {
-  public:
-    StopSignals() {
-        serveStopRequested = 0;
-        struct sigaction action {};
-        action.sa_handler = onServeStop;
-        sigemptyset(&action.sa_mask);
-        ::sigaction(SIGINT, &action, &interrupt_);
-        ::sigaction(SIGTERM, &action, &terminate_);
-    }
-    ~StopSignals() {
-        ::sigaction(SIGINT, &interrupt_, nullptr);
-        ::sigaction(SIGTERM, &terminate_, nullptr);
-    }
-    StopSignals(const StopSignals&) = delete;
-    StopSignals& operator=(const StopSignals&) = delete;
-
-  private:
-    struct sigaction interrupt_ {};
-    struct sigaction terminate_ {};
-};
 
 // The desktop's browser, through xdg-open (or $BROWSER); false when there is none.
 bool openBrowser(const std::string& url) {
@@ -109,7 +79,7 @@ int runServe(const std::vector<std::string>& devices, const ServeRequest& reques
         return serveTrouble(e.what(), kExitFailed);
     }
     PreviewServer server(*session, hub);
-    StopSignals signals;
+    StopSignals signals({SIGINT, SIGTERM});
     if (server.start(request.port) < 0)
         return serveTrouble("cannot listen on 127.0.0.1:" + std::to_string(request.port) +
                                 " (in use? --port 0 picks a free port)",
@@ -119,7 +89,7 @@ int runServe(const std::vector<std::string>& devices, const ServeRequest& reques
         std::cerr << "velto-settings: no browser to open (set BROWSER); visit " << server.url()
                   << "\n";
 
-    const auto stop = [] { return serveStopRequested != 0; };
+    const auto stop = [] { return StopSignals::requested(); };
     while (!stop()) {
         ::poll(nullptr, 0, kServeLookMilliseconds);
         try {

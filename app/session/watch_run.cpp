@@ -1,18 +1,17 @@
 #include "app/session/watch_run.h"
 
 #include <poll.h>
-#include <signal.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <chrono>
-#include <csignal>
 #include <sstream>
 
 #include "app/render/renderer.h"
 #include "app/session/device_watch.h"
 #include "app/session/step_error.h"
 #include "app/session/step_runner.h"
+#include "app/session/stop_signals.h"
 
 namespace velto::app {
 
@@ -22,31 +21,6 @@ namespace {
 
 // How often the folders are looked at.
 constexpr int kLookMilliseconds = 200;
-
-volatile std::sig_atomic_t interrupted = 0;
-
-void onInterrupt(int) {
-    interrupted = 1;
-}
-
-// Ctrl-C ends the watch, not the program, for as long as the watch lasts.
-class InterruptScope {
-  public:
-    InterruptScope() {
-        interrupted = 0;
-        struct sigaction action {};
-        action.sa_handler = onInterrupt;
-        sigemptyset(&action.sa_mask);
-        action.sa_flags = 0;  // no restart: a wait ends at once
-        ::sigaction(SIGINT, &action, &previous_);
-    }
-    ~InterruptScope() { ::sigaction(SIGINT, &previous_, nullptr); }
-    InterruptScope(const InterruptScope&) = delete;
-    InterruptScope& operator=(const InterruptScope&) = delete;
-
-  private:
-    struct sigaction previous_ {};
-};
 
 // Waits one look's time; false when the input ended.
 bool waitForLook(int& input, int milliseconds) {
@@ -91,7 +65,7 @@ WatchLimits parseWatchLimits(const std::string& argument) {
 void watchTopPage(StepRunner& runner, Renderer& renderer, const WatchPlaces& places,
                   const WatchLimits& limits) {
     DeviceWatch watch(places);
-    InterruptScope interruptible;
+    StopSignals interruptible;
     int input = places.input;
 
     runner.run(showStep());
@@ -102,9 +76,9 @@ void watchTopPage(StepRunner& runner, Renderer& renderer, const WatchPlaces& pla
                    *limits.seconds;
     };
     long redraws = 0;
-    while (!interrupted && !timedOut()) {
+    while (!StopSignals::requested() && !timedOut()) {
         if (!waitForLook(input, kLookMilliseconds)) break;
-        const auto changed = watch.settledChanges([] { return interrupted != 0; });
+        const auto changed = watch.settledChanges(StopSignals::requested);
         if (changed.empty()) continue;
         renderer.note(watch.note(changed));
         try {
