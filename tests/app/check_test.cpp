@@ -127,14 +127,12 @@ TEST(Check, AFaultTwoStepsAwayIsFoundWithTheStepsThatReplayIt) {
     ScratchFolder scratch;
     const std::string device = (scratch.path() / "device").string();
     const std::map<std::string, std::string> env{{"VELTO_RESOURCES", broken.path().string()}};
-    std::vector<std::string> init{"device", "init", device};
-    init.insert(init.end(), favourites->device.begin(), favourites->device.end());
-    ASSERT_EQ(runProgram(init, "", env).status, 0);
-    for (const auto& write : favourites->defaults) {
-        std::vector<std::string> command{"--device", device, "defaults", "write"};
-        command.insert(command.end(), write.begin(), write.end());
-        ASSERT_EQ(runProgram(command, "", env).status, 0);
-    }
+    ASSERT_EQ(runProgram(joined({"device", "init", device}, favourites->device), "", env).status,
+              0);
+    for (const auto& write : favourites->defaults)
+        ASSERT_EQ(
+            runProgram(joined({"--device", device, "defaults", "write"}, write), "", env).status,
+            0);
     std::string script;
     for (const std::string& step : favourites->steps)
         script += step + "\n";

@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
-#include <iterator>
 #include <regex>
 
 #include "app/exit_status.h"
@@ -16,8 +15,7 @@ namespace apptest {
 namespace {
 
 std::string sourceFile(const std::string& name) {
-    std::ifstream in(std::filesystem::path(VELTO_SOURCE_DIR) / name);
-    return std::string(std::istreambuf_iterator<char>(in), {});
+    return fileText(std::filesystem::path(VELTO_SOURCE_DIR) / name);
 }
 
 TEST(ConventionsCli, VersionIsTheProjectsAndMistypedWordsGetTheClosestOne) {
@@ -69,9 +67,7 @@ TEST(ConventionsCli, AFolderThatIsNotADeviceIsRefusedWithTheCommandThatMakesOne)
              {scratch / "bare", "device init --force " + scratch / "bare"}}) {
         for (const std::vector<std::string>& rest :
              {std::vector<std::string>{"show"}, {"defaults", "domains"}}) {
-            std::vector<std::string> arguments{"--device", folder};
-            arguments.insert(arguments.end(), rest.begin(), rest.end());
-            const auto result = runProgram(arguments);
+            const auto result = runProgram(joined({"--device", folder}, rest));
             EXPECT_EQ(result.status, 5) << folder;
             EXPECT_NE(result.err.find(advice), std::string::npos) << result.err;
             if (folder != scratch / "bare") {
@@ -87,9 +83,8 @@ TEST(ConventionsCli, AFolderThatIsNotADeviceIsRefusedWithTheCommandThatMakesOne)
 // A script names its files beside itself, whatever folder it is run from; it may come from an
 // editor that begins it with a byte order mark; an error in it says its line.
 TEST(ConventionsCli, AStepsFileFindsItsFilesBesideItselfAndErrorsSayTheirLine) {
-    ScratchFolder scratch;
-    const std::string device = scratch / "device";
-    initDevice(device, {"--demo"});
+    ScratchDevice scratch({"--demo"});
+    const std::string& device = scratch.device;
     const auto folder = scratch.path() / "scripts";
     std::filesystem::create_directories(folder);
     std::filesystem::copy_file(
@@ -118,9 +113,8 @@ TEST(ConventionsCli, AStepsFileFindsItsFilesBesideItselfAndErrorsSayTheirLine) {
 }
 
 TEST(ConventionsCli, PicturesAreWrittenOnlyAsPngAndOnlyIntoFoldersThatExist) {
-    ScratchFolder scratch;
-    const std::string device = scratch / "device";
-    initDevice(device);
+    ScratchDevice scratch;
+    const std::string& device = scratch.device;
     auto result = runProgram({"--device", device, "show", "screenshot " + scratch / "page.jpg"});
     EXPECT_EQ(result.status, 2);
     EXPECT_TRUE(result.out.empty()) << "refused before anything ran";
@@ -134,9 +128,8 @@ TEST(ConventionsCli, PicturesAreWrittenOnlyAsPngAndOnlyIntoFoldersThatExist) {
 }
 
 TEST(ConventionsCli, ColourIsAskedForOrRefusedOutright) {
-    ScratchFolder scratch;
-    const std::string device = scratch / "device";
-    initDevice(device);
+    ScratchDevice scratch;
+    const std::string& device = scratch.device;
     const auto always = runProgram({"--device", device, "--color=always", "show", "open Nowhere"});
     EXPECT_NE(always.out.find("\033["), std::string::npos);
     EXPECT_NE(always.err.find("\033["), std::string::npos);

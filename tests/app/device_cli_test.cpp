@@ -23,9 +23,8 @@ TEST(DeviceCli, BadOptionsAreRefusedWithoutADevice) {
                                                     {"--scale", "4"},
                                                     {"--family", "ipad", "--scale", "3"},
                                                     {"--system-version", "fourteen"}}) {
-        std::vector<std::string> arguments{"device", "init", scratch / "device"};
-        arguments.insert(arguments.end(), options.begin(), options.end());
-        EXPECT_EQ(runProgram(arguments).status, 2) << options[1];
+        EXPECT_EQ(runProgram(joined({"device", "init", scratch / "device"}, options)).status, 2)
+            << options[1];
         EXPECT_FALSE(std::filesystem::exists(scratch.path() / "device/DeviceProfile.plist"))
             << options[1];
     }
@@ -91,19 +90,15 @@ TEST(DeviceCli, ARealDevicesFilesAreImportedAndNothingOfTheHostComesIn) {
 
 class DefaultsCli : public ::testing::Test {
   protected:
-    void SetUp() override { initDevice(device_); }
-
     ProgramResult defaults(const std::vector<std::string>& arguments) {
-        std::vector<std::string> all{"--device", device_, "--json", "defaults"};
-        all.insert(all.end(), arguments.begin(), arguments.end());
-        return runProgram(all);
+        return runProgram(joined({"--device", device_, "--json", "defaults"}, arguments));
     }
     json read(const std::string& domain, const std::string& key) {
         return defaults({"read", domain, key}).outLines().at(0);
     }
 
-    ScratchFolder scratch_;
-    std::string device_ = scratch_ / "device";
+    ScratchDevice scratch_;
+    const std::string& device_ = scratch_.device;
 };
 
 TEST_F(DefaultsCli, WrittenValuesReadBackWithTheirTypesFromWhereTheBundleReadsThem) {
@@ -143,9 +138,7 @@ TEST_F(DefaultsCli, BadValuesAreRefusedAndDeleteRemovesAKeyOrTheWholeDomain) {
                                                   {"-float", ""},
                                                   {"-date", "now"},
                                                   {}}) {
-        std::vector<std::string> arguments{"write", "com.norvale.velto", "Key"};
-        arguments.insert(arguments.end(), value.begin(), value.end());
-        const auto result = defaults(arguments);
+        const auto result = defaults(joined({"write", "com.norvale.velto", "Key"}, value));
         EXPECT_EQ(result.status, 1);
         EXPECT_EQ(result.errLines().size(), 1u);
     }
@@ -169,9 +162,7 @@ TEST_F(DefaultsCli, ContainersDataAndDatesRoundTripThroughExportAndImport) {
           {"Map", "-dict", "k", "v", "n", "-float", "1.5"},
           {"Map", "-dict-add", "blob", "-data", "<0a0b 0c>"},
           {"When", "-date", "2001-01-02 00:00:00 +0000"}}) {
-        std::vector<std::string> arguments{"write", domain};
-        arguments.insert(arguments.end(), write.begin(), write.end());
-        ASSERT_EQ(defaults(arguments).status, 0) << write[1];
+        ASSERT_EQ(defaults(joined({"write", domain}, write)).status, 0) << write[1];
     }
     const json all = {{"List", {"a", 2, true}},
                       {"Map", {{"k", "v"}, {"n", 1.5}, {"blob", {{"data", "CgsM"}}}}},

@@ -35,7 +35,6 @@ mode_t permissionsOf(const fs::path& path) {
 
 class HardeningCli : public ::testing::Test {
   protected:
-    void SetUp() override { initDevice(device_, {"--demo"}); }
     fs::path domain(const std::string& name) const {
         return fs::path(device_) / kPreferences / (name + ".plist");
     }
@@ -43,8 +42,8 @@ class HardeningCli : public ::testing::Test {
         arguments.insert(arguments.begin(), {"--device", device_});
         return runProgram(arguments, input);
     }
-    ScratchFolder scratch_;
-    const std::string device_ = scratch_ / "device";
+    ScratchDevice scratch_{{"--demo"}};
+    const std::string& device_ = scratch_.device;
 };
 
 TEST_F(HardeningCli, ReadersStopAtTheirLimitAndBadArgumentsAreRefused) {

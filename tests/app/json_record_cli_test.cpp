@@ -16,13 +16,6 @@ namespace {
 using nlohmann::json;
 using ::testing::IsEmpty;
 
-std::vector<json> entries(const json& page, const std::string& kind) {
-    std::vector<json> found;
-    for (const auto& entry : page.at("journal"))
-        if (entry.at("kind") == kind) found.push_back(entry);
-    return found;
-}
-
 TEST(JsonRecordCli, EveryLineIsAsDocumentedAndSaysWhatHappened) {
     ASSERT_GE(documentedSchema(), 1);
     ScratchFolder scratch;
@@ -58,13 +51,13 @@ TEST(JsonRecordCli, EveryLineIsAsDocumentedAndSaysWhatHappened) {
     const json& mail = pages[1];
 
     // What the master switch wrote, in order (where it stores is its resource's to say).
-    const auto writes = entries(root, "preference-write");
+    const auto writes = journalOf(root, "preference-write");
     ASSERT_EQ(writes.size(), 2u);
     EXPECT_EQ(writes[0].at("value"), false);
     EXPECT_EQ(writes[1].at("value"), true);
 
     // Rows inserted and then rebuilt are named where the page shows them.
-    const auto inserts = entries(root, "insert");
+    const auto inserts = journalOf(root, "insert");
     ASSERT_FALSE(inserts.empty());
     for (const json& insert : inserts) {
         if (insert.at("index").is_null()) continue;
@@ -75,7 +68,7 @@ TEST(JsonRecordCli, EveryLineIsAsDocumentedAndSaysWhatHappened) {
 
     // An icon request names its application; the reply decodes to the picture the row shows.
     bool phoneIcon = false;
-    for (const json& request : entries(root, "request")) {
+    for (const json& request : journalOf(root, "request")) {
         if (request.at("userInfo").value("VeltoServiceMessageData", "") != "com.apple.mobilephone")
             continue;
         const json picture =

@@ -24,13 +24,6 @@ json rowWithId(const json& page, const std::string& id) {
     return nullptr;
 }
 
-std::vector<json> journalOf(const json& page, const std::string& kind) {
-    std::vector<json> entries;
-    for (const auto& entry : page.at("journal"))
-        if (entry.at("kind") == kind) entries.push_back(entry);
-    return entries;
-}
-
 // Points the last row of a device's root list (About, which a new device shows with the master
 // switch off) at `pageClass` and, given one, gives the master switch another setter. The list
 // loses its title, so a page shows the title of the row that opened it, or none.
@@ -48,15 +41,13 @@ void editRootList(const std::string& device, const std::string& pageClass,
 
 class NavigationCli : public ::testing::Test {
   protected:
-    void SetUp() override { initDevice(device_, {"--app", "bitesms"}); }
-
     ProgramResult run(std::vector<std::string> steps, const std::string& input = "") {
         steps.insert(steps.begin(), {"--device", device_, "--json"});
         return runProgram(steps, input);
     }
 
-    ScratchFolder scratch_;
-    std::string device_ = scratch_ / "device";
+    ScratchDevice scratch_{{"--app", "bitesms"}};
+    const std::string& device_ = scratch_.device;
 };
 
 TEST_F(NavigationCli, EachShowCarriesThePageAndOnlyTheJournalSinceTheLastShow) {

@@ -47,9 +47,8 @@ TEST(ScreenshotCli, StepAndFolderWritePicturesOfTheDevicesSize) {
 }
 
 TEST(ScreenshotCli, FullDrawsTheWholePageAndScrollBringsARowOnScreen) {
-    ScratchFolder scratch;
-    const std::string device = scratch / "device";
-    initDevice(device, {"--user-apps", "40"});
+    ScratchDevice scratch({"--user-apps", "40"});
+    const std::string& device = scratch.device;
     const auto result = runProgram(
         {"--device", device, "toggle VeltoEnabled on", "open Excluded Applications",
          "screenshot " + scratch / "screen.png", "screenshot " + scratch / "full.png --full",

@@ -15,9 +15,8 @@ using velto::app::PreviewServer;
 using velto::app::PreviewSession;
 
 TEST(ServeGuard, ForeignHostsOriginsBigBodiesAndPathsAreRefusedAndChangeNothing) {
-    ScratchFolder scratch;
-    const std::string device = scratch / "device";
-    initDevice(device, {"--demo"});
+    ScratchDevice scratch({"--demo"});
+    const std::string& device = scratch.device;
     EventHub hub;
     PreviewSession session({{device, std::nullopt}}, hub);
     PreviewServer server(session, hub);

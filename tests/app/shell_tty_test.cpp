@@ -112,9 +112,8 @@ class Terminal {
 
 class ShellTty : public ::testing::Test {
   protected:
-    void SetUp() override { initDevice(device_, {"--demo"}); }
-    ScratchFolder scratch_;
-    std::string device_ = scratch_ / "device";
+    ScratchDevice scratch_{{"--demo"}};
+    const std::string& device_ = scratch_.device;
 };
 
 TEST_F(ShellTty,

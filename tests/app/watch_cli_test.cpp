@@ -44,9 +44,8 @@ class Watching {
 };
 
 TEST(WatchCli, RedrawsWhenAnotherProcessChangesASettingOrAPicture) {
-    ScratchFolder scratch;
-    const std::string device = scratch / "device";
-    initDevice(device, {"--demo"});
+    ScratchDevice scratch({"--demo"});
+    const std::string& device = scratch.device;
     // The timeout only keeps a broken watch from hanging the suite.
     Watching watch("'" + programPath().string() + "' --device '" + device +
                    "' --json watch --redraws 2 --timeout 120 </dev/null");

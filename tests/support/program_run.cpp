@@ -167,10 +167,21 @@ ScratchFolder::~ScratchFolder() {
 }
 
 void initDevice(const std::string& folder, const std::vector<std::string>& options) {
-    std::vector<std::string> arguments{"device", "init", folder};
-    arguments.insert(arguments.end(), options.begin(), options.end());
-    const ProgramResult result = runProgram(arguments);
+    const ProgramResult result = runProgram(joined({"device", "init", folder}, options));
     ASSERT_EQ(result.status, 0) << result.err;
+}
+
+std::vector<nlohmann::json> journalOf(const nlohmann::json& page, const std::string& kind) {
+    std::vector<nlohmann::json> entries;
+    for (const auto& entry : page.at("journal"))
+        if (entry.at("kind") == kind) entries.push_back(entry);
+    return entries;
+}
+
+std::vector<std::string> joined(std::vector<std::string> arguments,
+                                const std::vector<std::string>& more) {
+    arguments.insert(arguments.end(), more.begin(), more.end());
+    return arguments;
 }
 
 const nlohmann::json* row(const nlohmann::json& page, const std::string& idOrLabel) {

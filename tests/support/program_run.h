@@ -44,6 +44,24 @@ class ScratchFolder {
     std::filesystem::path path_;
 };
 
+// `velto-settings device init FOLDER options...`, failing the test when it fails.
+void initDevice(const std::string& folder, const std::vector<std::string>& options = {});
+
+// A scratch folder holding a device made by `device init` with the options.
+struct ScratchDevice : ScratchFolder {
+    explicit ScratchDevice(const std::vector<std::string>& options = {}) {
+        initDevice(device, options);
+    }
+    const std::string device = *this / "device";
+};
+
+// The entries of a page record's journal of one kind, in order.
+std::vector<nlohmann::json> journalOf(const nlohmann::json& page, const std::string& kind);
+
+// The arguments, then more.
+std::vector<std::string> joined(std::vector<std::string> arguments,
+                                const std::vector<std::string>& more);
+
 // A host file's bytes as a string; empty when it cannot be read.
 std::string fileText(const std::filesystem::path& path);
 // Writes a host file whole, making its folder first.
@@ -51,8 +69,5 @@ void putFile(const std::filesystem::path& path, const std::string& bytes);
 
 // The row of a page record with this identifier or label; null when there is none.
 const nlohmann::json* row(const nlohmann::json& page, const std::string& idOrLabel);
-
-// `velto-settings device init FOLDER options...`, failing the test when it fails.
-void initDevice(const std::string& folder, const std::vector<std::string>& options = {});
 
 }  // namespace apptest
