@@ -16,8 +16,6 @@ const std::string kAvatar = "/var/mobile/Library/Mail/Velto/default_avatar_mail@
 
 class ExpectCli : public ::testing::Test {
   protected:
-    void SetUp() override { initDevice(device_, {"--demo"}); }
-
     ProgramResult run(std::vector<std::string> arguments, bool json = true) {
         arguments.insert(arguments.begin(), {"--device", device_});
         if (json) arguments.insert(arguments.begin(), "--json");
@@ -29,35 +27,32 @@ class ExpectCli : public ::testing::Test {
         return file;
     }
 
-    ScratchFolder scratch_;
-    std::string device_ = scratch_ / "device";
+    ScratchDevice scratch_{{"--demo"}};
+    const std::string& device_ = scratch_.device;
 };
 
 TEST_F(ExpectCli, AScriptTestsTheResourcesAndTheFirstUnmetExpectationExitsThreeNamingIt) {
     const std::string picture =
         device_ + "/System/Library/PreferenceBundles/VeltoSettings.bundle/recent@3x.png";
-    const std::string script =
-        "# Mail's default avatar, picked\n"
-        "expect Enabled on\n"
-        "open Mail\n"
-        "expect file " +
-        kAvatar +
-        " missing\n"
-        "tap Choose Default Avatar...\n"
-        "expect presented picker\n"
-        "pick " +
-        picture +
-        "\n"
-        "expect presented nothing\n"
-        "expect log Posting notification\n"
-        "expect file " +
-        kAvatar +
-        " exists\n"
-        "back\n"
-        "toggle Enabled off\n"
-        "expect Enabled off\n"
-        "expect Phone hidden\n"
-        "expect About shown\n";
+    std::string script = R"(# Mail's default avatar, picked
+expect Enabled on
+open Mail
+expect file AVATAR missing
+tap Choose Default Avatar...
+expect presented picker
+pick PICTURE
+expect presented nothing
+expect log Posting notification
+expect file AVATAR exists
+back
+toggle Enabled off
+expect Enabled off
+expect Phone hidden
+expect About shown
+)";
+    for (const auto& [name, path] : {std::pair{"AVATAR", kAvatar}, {"PICTURE", picture}})
+        for (std::size_t at; (at = script.find(name)) != std::string::npos;)
+            script.replace(at, std::string(name).size(), path);
     const auto passed = run({"run", scriptFile(script)});
     EXPECT_EQ(passed.status, 0) << passed.err;
     EXPECT_EQ(passed.err, "");
@@ -75,19 +70,18 @@ TEST_F(ExpectCli, AScriptTestsTheResourcesAndTheFirstUnmetExpectationExitsThreeN
         const auto json = run({"run", scriptFile("show\n" + step + "\nshow\n")});
         EXPECT_EQ(json.status, 3) << step << json.err;
         ASSERT_EQ(json.errLines().size(), 1u) << json.err;
-        EXPECT_EQ(json.errLines()[0]["step"], step);
-        EXPECT_EQ(json.errLines()[0]["line"], 2);
-        EXPECT_EQ(json.errLines()[0]["error"].get<std::string>().rfind("expectation not met: ", 0),
-                  0u)
-            << json.err;
+        const auto error = json.errLines()[0];
+        EXPECT_EQ(error["step"], step);
+        EXPECT_EQ(error["line"], 2);
+        EXPECT_TRUE(error["error"].get<std::string>().starts_with("expectation not met: "));
         EXPECT_NE(json.err.find(says), std::string::npos) << json.err;
         EXPECT_EQ(json.outLines().size(), 1u);
     }
     // The human form says the same on one line.
     const auto human = run({"run", scriptFile(unmet[0].first + "\n")}, false);
     EXPECT_EQ(human.status, 3);
-    EXPECT_EQ(human.err.rfind("error: " + unmet[0].first + ": line 1: expectation not met: ", 0),
-              0u)
+    EXPECT_TRUE(
+        human.err.starts_with("error: " + unmet[0].first + ": line 1: expectation not met: "))
         << human.err;
     // A malformed expectation is a broken script, found before anything runs.
     const auto broken = run({"expect Enabled maybe"});
