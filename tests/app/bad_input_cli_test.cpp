@@ -8,10 +8,8 @@
 
 #include <atomic>
 #include <chrono>
-#include <condition_variable>
 #include <fstream>
-#include <iterator>
-#include <mutex>
+#include <future>
 #include <thread>
 
 #include "tests/support/program_run.h"
@@ -34,10 +32,9 @@ std::vector<fs::path> asideFiles(const fs::path& settings) {
 
 class BadInputCli : public ::testing::Test {
   protected:
-    void SetUp() override { initDevice(device_, {"--demo"}); }
     fs::path settings() const { return fs::path(device_) / kSettings; }
-    ScratchFolder scratch_;
-    const std::string device_ = scratch_ / "device";
+    ScratchDevice scratch_{{"--demo"}};
+    const std::string& device_ = scratch_.device;
 };
 
 TEST_F(BadInputCli, AnUnreadableFileIsMovedAsideBeforeAToggleOrDefaultsWriteReplacesIt) {
@@ -83,28 +80,22 @@ TEST_F(BadInputCli, NonRegularAndHugeFilesReadAsMissingWithoutHanging) {
         fs::remove(fifo);
         ASSERT_EQ(::mkfifo(fifo.c_str(), 0644), 0) << fifo;
     }
-    std::mutex mutex;
-    std::condition_variable done;
-    bool finished = false;
+    std::promise<void> finished;
     std::atomic<bool> released{false};
-    std::thread watchdog([&] {
-        std::unique_lock lock(mutex);
-        if (done.wait_for(lock, std::chrono::seconds(30), [&] { return finished; })) return;
+    std::thread watchdog([&, done = finished.get_future()] {
+        const auto ended = [&](auto wait) {
+            return done.wait_for(wait) == std::future_status::ready;
+        };
+        if (ended(std::chrono::seconds(30))) return;
         released = true;
-        for (int round = 0; round < 100 && !finished; ++round) {
-            lock.unlock();
+        for (int round = 0; round < 100; ++round) {
             for (const fs::path& fifo : fifos)
                 if (int fd = ::open(fifo.c_str(), O_WRONLY | O_NONBLOCK); fd >= 0) ::close(fd);
-            std::this_thread::sleep_for(std::chrono::milliseconds(100));
-            lock.lock();
+            if (ended(std::chrono::milliseconds(100))) return;
         }
     });
     result = runProgram({"--device", device_, "--json", "show", "toggle Enabled on"});
-    {
-        std::lock_guard lock(mutex);
-        finished = true;
-    }
-    done.notify_all();
+    finished.set_value();
     watchdog.join();
     EXPECT_FALSE(released) << "velto-settings blocked on a FIFO";
     EXPECT_EQ(result.status, 0) << result.err;
