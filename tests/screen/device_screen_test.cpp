@@ -4,12 +4,11 @@
 
 #include <gtest/gtest.h>
 
-#include <cairo.h>
-
 #include "platform/prefs/list_controller.h"
 #include "platform/system/device_facts.h"
 #include "platform/ui/navigation_controller.h"
 #include "screen/screenshot.h"
+#include "tests/platform/ui/pictures.h"
 #include "tests/support/test_device.h"
 
 namespace {
@@ -41,15 +40,6 @@ double firstInk(const screen::Screenshot& shot, const plat::Rect& frame) {
         for (double y = middle - 6; y < middle + 6; y += 1)
             if (isInk(pixelAt(shot, x, y))) return x;
     return -1;
-}
-
-plat::ImagePtr redSquare() {
-    cairo_surface_t* surface = cairo_image_surface_create(CAIRO_FORMAT_ARGB32, 58, 58);
-    cairo_t* cr = cairo_create(surface);
-    cairo_set_source_rgb(cr, 0.9, 0.1, 0.1);
-    cairo_paint(cr);
-    cairo_destroy(cr);
-    return plat::Image::adopt(surface, 2);
 }
 
 struct Device {
@@ -148,7 +138,8 @@ class RowAlignmentTest : public DeviceScreenTest {};
 TEST_P(RowAlignmentTest, LabelsOfRowsWithoutAnIconLineUpWithThoseWithOne) {
     page_->heldSpecifiers()->addObject(plat::Specifier::groupSpecifierWithName("Apps"));
     add("Hat", plat::PSStaticTextCell)
-        ->setProperty(plat::Value(redSquare()), plat::pskey::IconImage);
+        ->setProperty(plat::Value(uitest::picture(58, 58, 2, {{0, 0, 58, 58, 0.9, 0.1, 0.1}})),
+                      plat::pskey::IconImage);
     add("Hut", plat::PSStaticTextCell);
     const auto shot = draw();
     const double withIcon = firstInk(shot, shot.table.row(1)->frame);

@@ -1,12 +1,12 @@
 #include "platform/foundation/keyed_archive.h"
 
-#include <cairo.h>
 #include <gtest/gtest.h>
 
 #include "platform/foundation/plist.h"
 #include "platform/ui/color.h"
 #include "platform/ui/image.h"
 #include "tests/platform/foundation/plist_test_support.h"
+#include "tests/platform/ui/pictures.h"
 
 namespace {
 
@@ -63,13 +63,7 @@ Value uids(std::initializer_list<std::uint64_t> numbers) {
 
 // A 6x4 picture: opaque red left half, transparent right half.
 plat::ImagePtr picture(double scale) {
-    cairo_surface_t* surface = cairo_image_surface_create(CAIRO_FORMAT_ARGB32, 6, 4);
-    cairo_t* cr = cairo_create(surface);
-    cairo_set_source_rgb(cr, 1, 0, 0);
-    cairo_rectangle(cr, 0, 0, 3, 4);
-    cairo_fill(cr);
-    cairo_destroy(cr);
-    return plat::Image::adopt(surface, scale);
+    return uitest::picture(6, 4, scale, {{0, 0, 3, 4, 1, 0, 0}});
 }
 
 TEST(KeyedArchiveOracle, AppleArchiveDecodesThroughItsClassChain) {
