@@ -10,6 +10,7 @@
 #include "about/velto_package_header_cell.h"
 #include "contract/velto_utils.h"
 #include "platform/prefs/runtime.h"
+#include "platform/ui/activity_view_controller.h"
 #include "platform/ui/alert_controller.h"
 #include "platform/ui/attributed_string.h"
 #include "platform/ui/font.h"
@@ -83,6 +84,28 @@ TEST(AboutPageTest, HeaderCellTextAndLook) {
     EXPECT_EQ(cell.backgroundView(), nullptr);
     for (double width : {0.0, 320.0, 1024.0})
         EXPECT_EQ(cell.preferredHeightForWidth(width), 104.0);
+}
+
+TEST(AboutPageTest, TheShareSheetPointsAtTheShareRowsCell) {
+    AboutDevice device;
+    auto page = device.page();
+    page->specifiers();
+    plat::TableCellPtr cell;
+    plat::SpecifierPtr share;
+    for (std::size_t s = 0; s < page->numberOfGroups(); ++s)
+        for (std::size_t r = 0; r < page->rowsForGroup(s); ++r)
+            if (page->specifierAtIndex(page->indexForRow(r, s))->identifier() == "Share") {
+                cell = page->tableViewCellForRowAtIndexPath(r, s);
+                share = page->specifierAtIndex(page->indexForRow(r, s));
+            }
+    ASSERT_TRUE(cell && share);
+    cell->setBounds({{0, 0}, {343, 44}});
+    plat::Runtime::shared().perform(*share->target(), share->action(), {plat::Value(share)});
+    const auto sheet =
+        std::dynamic_pointer_cast<plat::ActivityViewController>(page->presentedViewController());
+    ASSERT_TRUE(sheet);
+    EXPECT_EQ(sheet->popoverPresentationController().sourceView(), cell);
+    EXPECT_EQ(sheet->popoverPresentationController().sourceRect(), cell->bounds());
 }
 
 class LogMailingTest : public ::testing::Test {

@@ -34,12 +34,13 @@ class DisabledAppsPageTest : public ::testing::Test {
 TEST_F(DisabledAppsPageTest, SystemGroupFirstEachSortedIgnoringCase) {
     device.answerRecords(Value::array(
         {record("com.apple.mobilenotes", "Notes", true), record("com.apple.Maps", "Maps", true),
-         record("com.bank", "bank", false), record("com.zeta", "Zeta", false),
-         record("com.emile", "\u00c9mile", false)}));
+         record("com.bank", "bank", false), record("com.bank2", "Bank", false),
+         record("com.zeta", "Zeta", false), record("com.emile", "\u00c9mile", false)}));
     // By bytes "Zeta" comes before "bank"; ignoring case it follows. "É" compares as its
-    // decomposition, an "e" and an accent, so it falls between them.
+    // decomposition, an "e" and an accent, so it falls between them. Names alike but for case
+    // keep the order of the extension's list, which is sorted by bytes: "Bank" first.
     EXPECT_EQ(AppsDevice::names(device.page()->specifiers()),
-              (Names{"System Applications", "Maps", "Notes", "User Applications", "bank",
+              (Names{"System Applications", "Maps", "Notes", "User Applications", "Bank", "bank",
                      "\u00c9mile", "Zeta"}));
 
     // An empty group leaves with its title.

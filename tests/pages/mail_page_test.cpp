@@ -10,6 +10,7 @@
 #include "pages/mail_app_settings_controller.h"
 #include "platform/foundation/errors.h"
 #include "platform/ui/alert_controller.h"
+#include "platform/ui/image_context.h"
 #include "tests/support/bundle_device.h"
 
 using plat::Image;
@@ -334,6 +335,7 @@ TEST_F(MailPageTest, APickWritesBothFilesStretchedAtTheScreenScaleThenTellsTheEx
         device.setProfile("iPhone", scale);
         EXPECT_EQ(pick(landscape()), picked(kSavedImage, kSavedThumbnail));
         EXPECT_FALSE(Mail::imagePicker());
+        EXPECT_EQ(plat::UIGraphicsGetCurrentContext(), nullptr);  // every drawing context ended
         EXPECT_EQ(root.contentsOfDirectory(kFolder),
                   (Ids{"default_avatar_mail@3x.png", "default_avatar_thumb_mail@3x.png"}));
         for (const auto& [path, pixels] :
