@@ -145,6 +145,18 @@ TEST_F(VeltoSettingsTest, ExclusionsArePersistedOnceEachAndCountOnlyWhileTheMast
     EXPECT_TRUE(settings->isAppExcluded("first", false) && settings->isAppExcluded("other", false));
     EXPECT_TRUE(settings->isAppExcluded("first", true));
     EXPECT_FALSE(settings->isAppExcluded("other", true));
+
+    // A file where the preferences folder belongs: the failure is logged, nobody is told.
+    const std::string folder = "/var/mobile/Library/Preferences";
+    device.process().root().removeItem(folder);
+    device.writeText(folder, "in the way");
+    const std::size_t posted = exclusionPosts();
+    settings->addToExcludedApps("lost");
+    EXPECT_EQ(
+        device.logLines().back(),
+        std::string("com.norvale.Velto: Error => Unable to save the excluded applications to ") +
+            kMainFile);
+    EXPECT_EQ(exclusionPosts(), posted);
 }
 
 }  // namespace

@@ -90,6 +90,13 @@ TEST_F(VeltoUtilsTest, NavigationBarColourIsTheBundleSwatchWithTheSameColourAsFa
         device.writeText(other + "/" + name + "@3x.png", std::string(png->begin(), png->end()));
     }
     EXPECT_EQ(hexOf(VeltoUtils::navigationBarColor("ContractMarginsPage", "nav")), "#FF8000FF");
+    // Every pixel counts once: a red first column in blue weighs a sixtieth.
+    const auto striped = paint(60, 60, 3, {0, 0, 1}, {1, 0, 0}, 0, 0, 1, 60);
+    const auto stripedPng = plat::UIImagePNGRepresentation(striped.get());
+    device.writeText(other + "/striped@3x.png",
+                     std::string(stripedPng->begin(), stripedPng->end()));
+    EXPECT_EQ(hexOf(VeltoUtils::navigationBarColor("ContractMarginsPage", "striped")),
+              hexOf(plat::Color::colorWithRGBA(1.0 / 60, 0, 59.0 / 60, 1)));
     EXPECT_EQ(hexOf(VeltoUtils::navigationBarColor("ContractMarginsPage", "clear")), productHex());
 }
 

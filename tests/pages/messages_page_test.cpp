@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 
 #include "pages/messages_app_settings_controller.h"
@@ -139,6 +140,21 @@ TEST_F(MessagesPageTest, PictureIconsFollowTheRoundedOption) {
         }
         EXPECT_EQ(pictures, 2u);
     }
+}
+
+TEST_F(MessagesPageTest, APickDismissesThePickerAnimatedAndForgetsIt) {
+    device.writeSettings({{"VeltoEnabledMessages", true}});
+    open();
+    page->selectDefaultContactImage(page->specifierAtIndex(6));
+    const auto picker = Messages::imagePicker();
+    ASSERT_TRUE(picker);
+    const auto at = device.journal().size();
+    ASSERT_TRUE(picker->pick(plat::Image::blank(40, 20, 1), nullptr));
+    const Ids lines = device.journalLines(at);
+    EXPECT_EQ(std::count(lines.begin(), lines.end(),
+                         "dismiss UIImagePickerController dismissViewControllerAnimated animated"),
+              1);
+    EXPECT_FALSE(Messages::imagePicker());
 }
 
 }  // namespace

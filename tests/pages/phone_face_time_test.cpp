@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "pages/face_time_app_settings_controller.h"
 #include "pages/phone_app_settings_controller.h"
 #include "platform/foundation/errors.h"
@@ -28,6 +30,16 @@ class PhoneFaceTimeTest : public ::testing::Test {
         plat::Runtime::shared().perform(page, selector,
                                         {Value::boolean(on), Value(page.specifierAtIndex(row))});
     }
+
+    // The first three things a favourites switch did: store, announce, synchronize.
+    Ids firstEffects(std::size_t mark) const {
+        Ids lines = device.journalLines(mark);
+        lines.resize(std::min<std::size_t>(lines.size(), 3));
+        return lines;
+    }
+    const Ids storedThenSynchronized = {
+        "preference-write com.norvale.velto ShowFavoritesContactImage",
+        "notification com.norvale.veltosettingschanged", "synchronize"};
 
     testsupport::BundleDevice device;
 };
@@ -68,6 +80,7 @@ TEST_F(PhoneFaceTimeTest, PhoneSwitchesInsertAndRemoveWithoutLookingAtWhatIsShow
     // Favourites on: row 2 goes (no animation argument) and a fixed six rows come in.
     mark = device.journal().size();
     flip(*page, "favoritesEnabledOrDisabled:specifier:", 3, true);
+    EXPECT_EQ(firstEffects(mark), storedThenSynchronized);
     EXPECT_EQ(device.listOperations(mark), (Ids{"-2", "+2a", "+3a", "+4a", "+5a", "+6a", "+7a"}));
     EXPECT_EQ(page->specifiers()->count(), 8u + 5u);
     EXPECT_TRUE(device.mainSettings().objectForKey("ShowFavoritesContactImage").boolValue());
@@ -163,6 +176,7 @@ TEST_F(PhoneFaceTimeTest, FaceTimeSwitchesKeepTheLastRowWhenTurnedOff) {
 
     mark = device.journal().size();
     flip(*page, "favoritesEnabledOrDisabled:specifier:", 3, true);
+    EXPECT_EQ(firstEffects(mark), storedThenSynchronized);
     EXPECT_EQ(device.listOperations(mark), (Ids{"-2a", "+2a", "+3a", "+4a", "+5a", "+6a", "+7a"}));
 }
 
