@@ -29,6 +29,9 @@ TEST(VersionLookupTest, ACharacterCutByTheReadBecomesReplacementCharactersAndThe
     device.installPackage("com.norvale.velto2", head + "\u20ac\u00e9\U0001F600\u00fc-2");
     EXPECT_EQ(velto::packageVersion("com.norvale.velto2"),
               head + "\u20ac\uFFFD\uFFFD\U0001F600\u00fc-2");
+    // A bad sequence takes the continuations its lead announces, and no more.
+    device.installPackage("com.norvale.overlong", "1\xE0\x80\x80\x80-1");
+    EXPECT_EQ(velto::packageVersion("com.norvale.overlong"), "1\uFFFD\uFFFD-1");
 }
 
 TEST(VersionLookupTest, QuoteInIdentifierIsPassedOnUnchanged) {
