@@ -121,8 +121,11 @@ TEST_F(RootPageTest, IPadListKeepsItsOwnRingLedgerRule) {
     device.installBiteSMS();
     // No call-log row on the iPad list and no fallback: nothing else is removed for it.
     EXPECT_EQ(rootIds(), without(ipadList, {"Recents"}));
-    // The biteSMS row is found by its identifier, not at the phone list's index.
+    // Without any custom application the group goes, found by its identifier: on the iPad
+    // it does not stand at the phone list's index.
     std::filesystem::remove_all(device.host("/Applications/biteSMS.app"));
+    EXPECT_EQ(rootIds(), without(ipadList, {"Recents", "biteSMS", "Custom Applications"}));
+    // So is the biteSMS row, while WhatsApp keeps the group.
     device.installUserApp("net.whatsapp.WhatsApp", "WhatsApp");
     EXPECT_EQ(rootIds(), without(ipadList, {"Recents", "biteSMS"}));
 

@@ -121,11 +121,14 @@ TEST_F(MessagesPageTest, APictureIsSavedThroughTheBaseFirstThenCopiedToMessages)
                    saved(copies + "/" + Messages::kDefaultThumbnailName)}));
 }
 
-TEST_F(MessagesPageTest, PictureIconsFollowTheRoundedOption) {
+TEST_F(MessagesPageTest, PictureIconsFollowTheRoundedOptionBuiltOrInserted) {
     for (const bool round : {true, false}) {
         device.writeSettings(
             {{"VeltoEnabledMessages", true}, {"VeltoEnabledRoundedPictures", round}});
         open();
+        // Rows the switch inserts are reshaped as they go in, as built ones are.
+        flip(false);
+        flip(true);
         std::size_t pictures = 0;
         for (const auto& row : *page->specifiers()) {
             if (row->identifier() != "Default Avatar" &&

@@ -37,9 +37,10 @@ class PhoneFaceTimeTest : public ::testing::Test {
         lines.resize(std::min<std::size_t>(lines.size(), 3));
         return lines;
     }
-    const Ids storedThenSynchronized = {
-        "preference-write com.norvale.velto ShowFavoritesContactImage",
-        "notification com.norvale.veltosettingschanged", "synchronize"};
+    static Ids storedThenSynchronized(const std::string& key) {
+        return {"preference-write com.norvale.velto " + key,
+                "notification com.norvale.veltosettingschanged", "synchronize"};
+    }
 
     testsupport::BundleDevice device;
 };
@@ -72,6 +73,7 @@ TEST_F(PhoneFaceTimeTest, PhoneSwitchesInsertAndRemoveWithoutLookingAtWhatIsShow
     page->specifiers();
     auto mark = device.journal().size();
     flip(*page, "phoneAppEnabledOrDisabled:specifier:", 1, true);
+    EXPECT_EQ(firstEffects(mark), storedThenSynchronized("PhoneAppEnabled"));
     // File rows 2..7 (the last is left out), favourites or not.
     EXPECT_EQ(device.listOperations(mark), (Ids{"+2a", "+3a", "+4a", "+5a", "+6a", "+7a"}));
     EXPECT_TRUE(device.mainSettings().objectForKey("PhoneAppEnabled").boolValue());
@@ -80,7 +82,7 @@ TEST_F(PhoneFaceTimeTest, PhoneSwitchesInsertAndRemoveWithoutLookingAtWhatIsShow
     // Favourites on: row 2 goes (no animation argument) and a fixed six rows come in.
     mark = device.journal().size();
     flip(*page, "favoritesEnabledOrDisabled:specifier:", 3, true);
-    EXPECT_EQ(firstEffects(mark), storedThenSynchronized);
+    EXPECT_EQ(firstEffects(mark), storedThenSynchronized("ShowFavoritesContactImage"));
     EXPECT_EQ(device.listOperations(mark), (Ids{"-2", "+2a", "+3a", "+4a", "+5a", "+6a", "+7a"}));
     EXPECT_EQ(page->specifiers()->count(), 8u + 5u);
     EXPECT_TRUE(device.mainSettings().objectForKey("ShowFavoritesContactImage").boolValue());
@@ -176,7 +178,7 @@ TEST_F(PhoneFaceTimeTest, FaceTimeSwitchesKeepTheLastRowWhenTurnedOff) {
 
     mark = device.journal().size();
     flip(*page, "favoritesEnabledOrDisabled:specifier:", 3, true);
-    EXPECT_EQ(firstEffects(mark), storedThenSynchronized);
+    EXPECT_EQ(firstEffects(mark), storedThenSynchronized("ShowFavoritesContactImage"));
     EXPECT_EQ(device.listOperations(mark), (Ids{"-2a", "+2a", "+3a", "+4a", "+5a", "+6a", "+7a"}));
 }
 
