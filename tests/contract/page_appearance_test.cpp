@@ -198,6 +198,11 @@ TEST_F(PageAppearanceTest, BundlePagesAndSwitchesTakeTheSwatchsColour) {
                         ->customNavigationBarColor()),
               "#FF0000FF");
     EXPECT_EQ(hexOf(velto::VeltoSwitchCell().switchCellOnTintColor()), "#FF0000FF");
+    // The picture a page would share is the bundle's own.
+    const auto shared =
+        device.open<velto::VeltoSettingsController>("VeltoSettingsController")->twitterImage();
+    ASSERT_TRUE(shared);
+    EXPECT_EQ(shared->size().width, 300);
 }
 
 }  // namespace

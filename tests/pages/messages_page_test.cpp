@@ -157,6 +157,16 @@ TEST_F(MessagesPageTest, APickDismissesThePickerAnimatedAndForgetsIt) {
     EXPECT_EQ(std::count(lines.begin(), lines.end(),
                          "dismiss UIImagePickerController dismissViewControllerAnimated animated"),
               1);
+    // The extension is told once the pictures are there.
+    const auto told = std::find(lines.begin(), lines.end(),
+                                "notification com.norvale.veltomessagesavatarsettingschanged");
+    ASSERT_NE(told, lines.end());
+    EXPECT_EQ(std::count_if(told, lines.end(),
+                            [](const std::string& line) { return line.starts_with("log Saved"); }),
+              0);
+    EXPECT_GT(std::count_if(lines.begin(), told,
+                            [](const std::string& line) { return line.starts_with("log Saved"); }),
+              0);
     EXPECT_FALSE(Messages::imagePicker());
 }
 
