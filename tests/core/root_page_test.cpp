@@ -156,7 +156,7 @@ TEST_F(RootPageTest, FallbackIndexesApplyWhenAnIdentifierIsMissing) {
     EXPECT_THROW(openRoot()->specifiers(), plat::RangeError);
 }
 
-TEST_F(RootPageTest, WithoutItsIdentifierTheRecentsRowIsStillRemovedAtItsIndex) {
+TEST_F(RootPageTest, RowsWithoutTheirIdentifierAreStillRemovedAtTheirIndexes) {
     device.writeSettings({{"VeltoEnabled", true}});
     device.installBiteSMS();
     device.installUserApp("com.norvale.RingLedger10", "RingLedger");
@@ -166,6 +166,14 @@ TEST_F(RootPageTest, WithoutItsIdentifierTheRecentsRowIsStillRemovedAtItsIndex) 
     velto.objectForKey("items").objectAtIndex(15).setValueForKey("label", "Renamed");
     device.writeResource("Velto", velto);
     EXPECT_EQ(rootIds(), without(phoneList, {"Recents"}));
+    // The same for the custom group once no custom application is left.
+    std::filesystem::remove_all(device.host("/Applications/biteSMS.app"));
+    std::filesystem::remove_all(device.host("/var/containers"));
+    velto.objectForKey("items").objectAtIndex(12).removeObjectForKey("id");
+    velto.objectForKey("items").objectAtIndex(12).setValueForKey("label", "Others");
+    device.writeResource("Velto", velto);
+    EXPECT_EQ(rootIds(),
+              without(phoneList, {"Custom Applications", "biteSMS", "RingLedger", "Recents"}));
 }
 
 TEST_F(RootPageTest, MasterSwitchAnimatesTheMiddleAndRebuilds) {

@@ -111,6 +111,7 @@ TEST_F(GeneralPageTest, ContinueStoresThenRestartsCancelStoresTheOldValue) {
     EXPECT_EQ(effects(mark),
               (Ids{"present", "preference-write", "notification", "synchronize", "reload"}));
     EXPECT_EQ(device.listOperations(mark), Ids{"~5a"});  // the switch turns back, animated
+    EXPECT_EQ(device.journalLines(mark).front(), "present UIAlertController animated");
     ASSERT_TRUE(flipLocalCache(*shown, true)->tapAction("Cancel"));
     EXPECT_EQ(device.mainSettings().objectForKey(kLocalCache), Value::integer(0));
     ASSERT_TRUE(flipLocalCache(*shown, false)->tapAction("Cancel"));
