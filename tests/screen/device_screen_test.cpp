@@ -4,6 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include <ostream>
+#include <string>
+
 #include "platform/prefs/list_controller.h"
 #include "platform/system/device_facts.h"
 #include "platform/ui/navigation_controller.h"
@@ -48,6 +51,14 @@ struct Device {
     double width, height;  // points
     bool homeButton;
 };
+
+// Printed and named by its family and scale, where GoogleTest would dump the bytes.
+std::string nameOf(const Device& device) {
+    return std::string(device.family) + std::to_string(static_cast<int>(device.scale));
+}
+void PrintTo(const Device& device, std::ostream* out) {
+    *out << nameOf(device);
+}
 
 class DeviceScreenTest : public ::testing::TestWithParam<Device> {
   protected:
@@ -125,13 +136,12 @@ TEST_P(DeviceScreenTest, PictureHasTheModelsSizeBarsAndBottom) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Devices, DeviceScreenTest,
-    ::testing::Values(Device{"iPhone", 3, 390, 844, false}, Device{"iPhone", 2, 375, 667, true},
-                      Device{"iPod", 2, 320, 568, true}, Device{"iPad", 2, 834, 1194, false}),
-    [](const auto& info) {
-        return std::string(info.param.family) + std::to_string(static_cast<int>(info.param.scale));
-    });
+INSTANTIATE_TEST_SUITE_P(Devices, DeviceScreenTest,
+                         ::testing::Values(Device{"iPhone", 3, 390, 844, false},
+                                           Device{"iPhone", 2, 375, 667, true},
+                                           Device{"iPod", 2, 320, 568, true},
+                                           Device{"iPad", 2, 834, 1194, false}),
+                         [](const auto& info) { return nameOf(info.param); });
 
 class RowAlignmentTest : public DeviceScreenTest {};
 
@@ -149,6 +159,7 @@ TEST_P(RowAlignmentTest, LabelsOfRowsWithoutAnIconLineUpWithThoseWithOne) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Phone, RowAlignmentTest,
-                         ::testing::Values(Device{"iPhone", 3, 390, 844, false}));
+                         ::testing::Values(Device{"iPhone", 3, 390, 844, false}),
+                         [](const auto& info) { return nameOf(info.param); });
 
 }  // namespace
