@@ -100,7 +100,10 @@ TEST(AboutPageTest, TheShareSheetPointsAtTheShareRowsCell) {
             }
     ASSERT_TRUE(cell && share);
     cell->setBounds({{0, 0}, {343, 44}});
+    const auto at = device.journal().size();
     plat::Runtime::shared().perform(*share->target(), share->action(), {plat::Value(share)});
+    EXPECT_EQ(device.journalLines(at),
+              std::vector<std::string>{"present UIActivityViewController animated"});
     const auto sheet =
         std::dynamic_pointer_cast<plat::ActivityViewController>(page->presentedViewController());
     ASSERT_TRUE(sheet);
@@ -125,8 +128,10 @@ class LogMailingTest : public ::testing::Test {
 
 TEST_F(LogMailingTest, LoggingOffRefusesWithoutComposer) {
     device.writeSettings({{"VeltoEnableLogging", false}});
+    const auto at = device.journal().size();
     auto alert = std::dynamic_pointer_cast<plat::AlertController>(tapMailLog());
     ASSERT_TRUE(alert);
+    EXPECT_EQ(device.journalLines(at).back(), "present UIAlertController Velto 2 animated");
     EXPECT_EQ(alert->message(),
               "Please turn on 'Enable Logging' and try. Before sharing the log file, please "
               "ensure that the problem is reproducible on your device. This helps the Velto 2 "

@@ -176,6 +176,23 @@ TEST_F(RootPageTest, RowsWithoutTheirIdentifierAreStillRemovedAtTheirIndexes) {
               without(phoneList, {"Custom Applications", "biteSMS", "RingLedger", "Recents"}));
 }
 
+TEST_F(RootPageTest, TheLockScreenFallbackAndARowFoundAtZero) {
+    device.writeSettings({{"VeltoEnabled", true}});
+    installEveryCustomApp();
+    device.setSystemVersion("13.0");
+    auto velto = device.readPlist(std::string(device.kBundle) + "/Velto.plist");
+    velto.objectForKey("items").objectAtIndex(7).removeObjectForKey("id");
+    velto.objectForKey("items").objectAtIndex(7).setValueForKey("label", "Locked");
+    device.writeResource("Velto", velto);
+    EXPECT_EQ(rootIds(), without(phoneList, {"Lock Screen"}));
+    // A row found at index 0 is removed from there, not at its fallback index.
+    std::filesystem::remove_all(device.host("/Applications/biteSMS.app"));
+    velto.objectForKey("items").objectAtIndex(0).setValueForKey("id", "biteSMS");
+    velto.objectForKey("items").objectAtIndex(13).setValueForKey("id", "Later");
+    device.writeResource("Velto", velto);
+    EXPECT_EQ(rootIds().front(), "VeltoEnabled");
+}
+
 TEST_F(RootPageTest, MasterSwitchAnimatesTheMiddleAndRebuilds) {
     device.installBiteSMS();
     auto root = openRoot();
@@ -195,7 +212,10 @@ TEST_F(RootPageTest, MasterSwitchAnimatesTheMiddleAndRebuilds) {
     EXPECT_TRUE(device.mainSettings().objectForKey("VeltoEnabled").boolValue());
     EXPECT_EQ(device.notifications(), Ids{"com.norvale.veltosettingschanged"});
     const Ids lines = device.journalLines(mark);
-    EXPECT_EQ(std::count(lines.begin(), lines.end(), "synchronize"), 1);
+    ASSERT_GE(lines.size(), 3u);
+    EXPECT_EQ(Ids(lines.begin(), lines.begin() + 3),
+              (Ids{"preference-write com.norvale.velto VeltoEnabled",
+                   "notification com.norvale.veltosettingschanged", "synchronize"}));
     EXPECT_EQ(testsupport::BundleDevice::ids(root->heldSpecifiers()),
               without(phoneList, {"RingLedger", "Recents"}));
 
