@@ -10,6 +10,7 @@
 #include "app/session/batch_run.h"
 #include "app/session/step_error.h"
 #include "platform/system/device_facts.h"
+#include "platform/system/host_file_writes.h"
 
 namespace velto::app {
 
@@ -50,14 +51,9 @@ class UploadFile {
         const int fd = ::mkstemp(pattern.data());
         if (fd < 0) throw std::runtime_error("cannot keep the picture: no temporary file");
         path_ = pattern;
-        std::size_t written = 0;
-        while (written < bytes.size()) {
-            const ssize_t n = ::write(fd, bytes.data() + written, bytes.size() - written);
-            if (n <= 0) break;
-            written += static_cast<std::size_t>(n);
-        }
+        const bool written = plat::writeAll(fd, bytes);
         ::close(fd);
-        if (written != bytes.size()) {
+        if (!written) {
             fs::remove(path_);
             throw std::runtime_error("cannot keep the picture: the disk is full");
         }

@@ -10,6 +10,11 @@
 namespace plat {
 
 bool writeAll(int fd, const Bytes& bytes) {
+    return writeAll(fd,
+                    std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size()));
+}
+
+bool writeAll(int fd, std::string_view bytes) {
     std::size_t done = 0;
     while (done < bytes.size()) {
         const ssize_t n = ::write(fd, bytes.data() + done, bytes.size() - done);

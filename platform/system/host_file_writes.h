@@ -3,6 +3,7 @@
 #include <sys/types.h>
 
 #include <filesystem>
+#include <string_view>
 
 #include "platform/foundation/value.h"
 
@@ -10,6 +11,7 @@ namespace plat {
 
 // Writes every byte to a descriptor, through interrupted and short writes. False on an error,
 // with errno set.
+bool writeAll(int fd, std::string_view bytes);
 bool writeAll(int fd, const Bytes& bytes);
 
 // Writes `bytes` to a fresh file beside `target` (a name nobody could plant first) with the
