@@ -9,7 +9,6 @@
 
 #include "about/velto_package_header_cell.h"
 #include "contract/velto_utils.h"
-#include "platform/prefs/runtime.h"
 #include "platform/ui/activity_view_controller.h"
 #include "platform/ui/alert_controller.h"
 #include "platform/ui/attributed_string.h"
@@ -89,19 +88,11 @@ TEST(AboutPageTest, HeaderCellTextAndLook) {
 TEST(AboutPageTest, TheShareSheetPointsAtTheShareRowsCell) {
     AboutDevice device;
     auto page = device.page();
-    page->specifiers();
-    plat::TableCellPtr cell;
-    plat::SpecifierPtr share;
-    for (std::size_t s = 0; s < page->numberOfGroups(); ++s)
-        for (std::size_t r = 0; r < page->rowsForGroup(s); ++r)
-            if (page->specifierAtIndex(page->indexForRow(r, s))->identifier() == "Share") {
-                cell = page->tableViewCellForRowAtIndexPath(r, s);
-                share = page->specifierAtIndex(page->indexForRow(r, s));
-            }
-    ASSERT_TRUE(cell && share);
+    const auto cell = device.cell(*page, "Share");
+    ASSERT_TRUE(cell);
     cell->setBounds({{0, 0}, {343, 44}});
-    const auto at = device.journal().size();
-    plat::Runtime::shared().perform(*share->target(), share->action(), {plat::Value(share)});
+    const auto at = device.mark();
+    device.tap(*page, "Share");
     EXPECT_EQ(device.journalLines(at),
               std::vector<std::string>{"present UIActivityViewController animated"});
     const auto sheet =
@@ -116,10 +107,7 @@ class LogMailingTest : public ::testing::Test {
     // Taps the log-mailing row as the Settings application would.
     std::shared_ptr<plat::ViewController> tapMailLog() {
         page = device.page();
-        const auto list = page->specifiers();
-        for (const auto& row : *list)
-            if (row->identifier() == "MailLog")
-                plat::Runtime::shared().perform(*row->target(), row->action(), {plat::Value(row)});
+        device.tap(*page, "MailLog");
         return page->presentedViewController();
     }
     AboutDevice device;
@@ -128,7 +116,7 @@ class LogMailingTest : public ::testing::Test {
 
 TEST_F(LogMailingTest, LoggingOffRefusesWithoutComposer) {
     device.writeSettings({{"VeltoEnableLogging", false}});
-    const auto at = device.journal().size();
+    const auto at = device.mark();
     auto alert = std::dynamic_pointer_cast<plat::AlertController>(tapMailLog());
     ASSERT_TRUE(alert);
     EXPECT_EQ(device.journalLines(at).back(), "present UIAlertController Velto 2 animated");

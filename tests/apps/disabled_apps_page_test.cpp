@@ -21,13 +21,8 @@ class DisabledAppsPageTest : public ::testing::Test {
         return velto::VeltoSettings::sharedSettings();
     }
     // Shows the row as the Settings app would (cell hook) and answers the switch position.
-    static bool shownOn(Page& page, const std::string& id) {
-        for (std::size_t s = 0; s < page.numberOfGroups(); ++s)
-            for (std::size_t r = 0; r < page.rowsForGroup(s); ++r)
-                if (page.specifierAtIndex(page.indexForRow(r, s))->identifier() == id)
-                    return page.tableViewCellForRowAtIndexPath(r, s)->control()->isOn();
-        ADD_FAILURE() << id << " is not shown";
-        return false;
+    bool shownOn(Page& page, const std::string& id) {
+        return device.cell(page, id)->control()->isOn();
     }
 };
 
@@ -124,44 +119,25 @@ TEST_F(DisabledAppsPageTest, SwitchShowsExclusionAndToggleFlipsWhatIsStored) {
     EXPECT_TRUE(device.entries<plat::journal::PreferenceWrite>().empty());
 }
 
-// A reply (or payload) that carries nothing usable.
-struct Broken {
-    const char* name;
-    Value reply;
-};
-
-// Printed by its name, where GoogleTest would dump the bytes.
-void PrintTo(const Broken& broken, std::ostream* out) {
-    *out << broken.name;
+// A reply (or payload) that carries nothing usable, one per way out of the fetch: none, data
+// that does not decode, not an array, an empty one. Which bytes decode is the archive reader's
+// to say.
+TEST(BrokenReplyTest, GivesAnEmptyPageSilently) {
+    const auto payload = [](const plat::Bytes& bytes) {
+        return Value::dictionary({{"VeltoServiceMessageData", Value::data(bytes)}});
+    };
+    for (const auto& [name, reply] :
+         {std::pair{"NoReply", Value()},
+          {"Garbage", payload({'b', 'p', 'l', 'i', 's', 't', '0', '0', 1, 2})},
+          {"NotAnArray", payload(*plat::archivedDataWithRootObject(record("a", "A", true)))},
+          {"EmptyArray", payload(*plat::archivedDataWithRootObject(Value::array()))}}) {
+        SCOPED_TRACE(name);
+        AppsDevice device;
+        if (!reply.isNil()) device.answerReply(reply);  // nil: the extension does not answer
+        EXPECT_EQ(device.page()->specifiers()->count(), 0u);
+        EXPECT_TRUE(device.logLines().empty());
+    }
 }
-
-class BrokenReplyTest : public DisabledAppsPageTest,
-                        public ::testing::WithParamInterface<Broken> {};
-
-TEST_P(BrokenReplyTest, GivesAnEmptyPageSilently) {
-    const Value reply = GetParam().reply;
-    if (!reply.isNil()) device.answerReply(reply);  // nil: the extension does not answer
-    auto page = device.page();
-    EXPECT_EQ(page->specifiers()->count(), 0u);
-    EXPECT_TRUE(device.logLines().empty());
-}
-
-Value payload(const Value& archived) {
-    return Value::dictionary({{"VeltoServiceMessageData", archived}});
-}
-
-// One reply per way out of the fetch: no data, data that does not decode, not an array, an
-// empty one. Which bytes decode is the archive reader's to say.
-INSTANTIATE_TEST_SUITE_P(
-    Replies, BrokenReplyTest,
-    ::testing::Values(
-        Broken{"NoReply", Value()},
-        Broken{"Garbage", payload(Value::data({'b', 'p', 'l', 'i', 's', 't', '0', '0', 1, 2}))},
-        Broken{"NotAnArray",
-               payload(Value::data(*plat::archivedDataWithRootObject(record("a", "A", true))))},
-        Broken{"EmptyArray",
-               payload(Value::data(*plat::archivedDataWithRootObject(Value::array())))}),
-    [](const auto& info) { return std::string(info.param.name); });
 
 TEST_F(DisabledAppsPageTest, IncompleteRecordsStillGetRows) {
     device.answerRecords(Value::array(

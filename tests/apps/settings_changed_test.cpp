@@ -131,9 +131,7 @@ TEST_F(SettingsChangedTest, StressTogglesAgainstNotifications) {
         const std::string id = "com.app" + std::to_string(i);
         // Odd apps start included and get excluded; even ones the other way round.
         if (i % 2) expected.insert(id);
-        plat::SpecifierPtr row;
-        for (const auto& r : *shown)
-            if (r->identifier() == id) row = r;
+        const auto row = AppsDevice::row(shown, id);
         ASSERT_TRUE(row) << id;
         page->setPreferenceValue(Value::boolean(true), row);
         process.mainQueue().drain();

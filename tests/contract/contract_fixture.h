@@ -4,6 +4,7 @@
 
 #include <cairo.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <filesystem>
@@ -22,13 +23,7 @@ inline constexpr const char* kBundle = testsupport::BundleDevice::kBundle;
 inline constexpr const char* kMainFile = testsupport::BundleDevice::kMainSettings;
 inline constexpr const char* kChanged = "com.norvale.veltosettingschanged";
 
-// A settings dictionary of booleans.
-inline plat::Value bools(std::initializer_list<std::pair<const char*, bool>> flags) {
-    plat::Dictionary settings;
-    for (const auto& [key, on] : flags)
-        settings[key] = plat::Value::boolean(on);
-    return plat::Value::dictionary(std::move(settings));
-}
+inline constexpr auto bools = &testsupport::BundleDevice::bools;
 
 // "#RRGGBBAA" of a colour and of an opaque pixel, so that colours compare at 8 bits a channel.
 inline std::string hexOf(const plat::ColorPtr& color) {
@@ -49,15 +44,17 @@ class ContractTest : public ::testing::Test {
         return bytes ? std::string(bytes->begin(), bytes->end()) : std::string();
     }
     std::size_t changedPosts() {
-        std::size_t n = 0;
-        for (auto& name : device.notifications())
-            n += name == kChanged;
-        return n;
+        return std::ranges::count(device.notifications(), std::string(kChanged));
     }
     // The product colour as the bundle's "nav" swatch shows it.
     std::string productHex() {
         auto swatch = plat::Image::imageWithContentsOfFile(std::string(kBundle) + "/nav@3x.png");
         return swatch ? hexOf(swatch->pixel(swatch->pixelWidth() / 2, 10)) : "no swatch";
+    }
+
+    void writePng(const std::string& devicePath, const plat::ImagePtr& picture) {
+        const auto png = plat::UIImagePNGRepresentation(picture.get());
+        device.writeText(devicePath, std::string(png->begin(), png->end()));
     }
 
     // New contents written in place with the same size and modification time, so that only

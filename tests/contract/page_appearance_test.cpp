@@ -160,10 +160,11 @@ TEST_F(PageAppearanceTest, ControlCellsTintTheSwitchWithTheSubclassColour) {
     for (auto [cell, cellClass] : {std::pair{plat::PSSwitchCell, "ContractTintedCell"},
                                    {plat::PSSwitchCell, "NVControlTableCell"},
                                    {plat::PSStaticTextCell, "ContractTintedCell"}}) {
-        list->addObject(
-            plat::Specifier::preferenceSpecifierNamed(cellClass, nullptr, "", "", "", cell, ""));
-        list->objectAtIndex(list->count() - 1)->setProperty(cellClass, "cellClass");
-        list->objectAtIndex(list->count() - 1)->setProperty(Value::boolean(true), "default");
+        auto row =
+            plat::Specifier::preferenceSpecifierNamed(cellClass, nullptr, "", "", "", cell, "");
+        row->setProperty(cellClass, "cellClass");
+        row->setProperty(Value::boolean(true), "default");
+        list->addObject(row);
     }
     page->setHeldSpecifiers(list);
 
@@ -184,19 +185,16 @@ TEST_F(PageAppearanceTest, ControlCellsTintTheSwitchWithTheSubclassColour) {
 // Every page class and the switch cell ask for the bundle's swatch by name; its colour, not
 // the one the code falls back on, is what they show.
 TEST_F(PageAppearanceTest, BundlePagesAndSwitchesTakeTheSwatchsColour) {
-    const auto red = plat::UIImagePNGRepresentation(paint(120, 120, 3, {1, 0, 0}).get());
-    device.writeText(std::string(kBundle) + "/nav@3x.png", std::string(red->begin(), red->end()));
-    EXPECT_EQ(hexOf(device.open<velto::VeltoSettingsController>("VeltoSettingsController")
-                        ->customNavigationBarColor()),
-              "#FF0000FF");
-    EXPECT_EQ(hexOf(device
-                        .open<velto::VeltoDisabledAppsSettingsController>(
-                            "VeltoDisabledAppsSettingsController")
-                        ->customNavigationBarColor()),
-              "#FF0000FF");
-    EXPECT_EQ(hexOf(device.open<velto::VeltoMiscController>("VeltoMiscController")
-                        ->customNavigationBarColor()),
-              "#FF0000FF");
+    writePng(std::string(kBundle) + "/nav@3x.png", paint(120, 120, 3, {1, 0, 0}));
+    for (auto color : {device.open<velto::VeltoSettingsController>("VeltoSettingsController")
+                           ->customNavigationBarColor(),
+                       device
+                           .open<velto::VeltoDisabledAppsSettingsController>(
+                               "VeltoDisabledAppsSettingsController")
+                           ->customNavigationBarColor(),
+                       device.open<velto::VeltoMiscController>("VeltoMiscController")
+                           ->customNavigationBarColor()})
+        EXPECT_EQ(hexOf(color), "#FF0000FF");
     EXPECT_EQ(hexOf(velto::VeltoSwitchCell().switchCellOnTintColor()), "#FF0000FF");
     // The picture a page would share is the bundle's own.
     const auto shared =

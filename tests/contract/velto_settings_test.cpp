@@ -22,11 +22,8 @@ class VeltoSettingsTest : public ContractTest {
     // The exclusion list has a notification of its own: the settings-changed one would send
     // the Excluded applications page back for the whole application list after each switch.
     std::size_t exclusionPosts() {
-        std::size_t n = 0;
-        for (auto& name : device.notifications())
-            n += name == "com.norvale.veltoexcludedappschanged";
         EXPECT_EQ(changedPosts(), 0u);
-        return n;
+        return std::ranges::count(device.notifications(), "com.norvale.veltoexcludedappschanged");
     }
 };
 

@@ -83,18 +83,11 @@ TEST_F(VeltoUtilsTest, NavigationBarColourIsTheBundleSwatchWithTheSameColourAsFa
     // Transparent margins do not wash the colour out; an image with nothing opaque falls back.
     const std::string other = "/Library/ContractBundles/Margins.bundle";
     runtime.registerClass("ContractMarginsPage", "VeltoBaseSettingsController", {}, other);
-    for (auto [name, picture] :
-         {std::pair{"nav", paint(60, 60, 3, {0, 0, 0, 0}, {1, 0.5, 0}, 20, 20, 20, 20)},
-          {"clear", paint(60, 60, 3, {0, 0, 0, 0})}}) {
-        auto png = plat::UIImagePNGRepresentation(picture.get());
-        device.writeText(other + "/" + name + "@3x.png", std::string(png->begin(), png->end()));
-    }
+    writePng(other + "/nav@3x.png", paint(60, 60, 3, {0, 0, 0, 0}, {1, 0.5, 0}, 20, 20, 20, 20));
+    writePng(other + "/clear@3x.png", paint(60, 60, 3, {0, 0, 0, 0}));
     EXPECT_EQ(hexOf(VeltoUtils::navigationBarColor("ContractMarginsPage", "nav")), "#FF8000FF");
     // Every pixel counts once: a red first column in blue weighs a sixtieth.
-    const auto striped = paint(60, 60, 3, {0, 0, 1}, {1, 0, 0}, 0, 0, 1, 60);
-    const auto stripedPng = plat::UIImagePNGRepresentation(striped.get());
-    device.writeText(other + "/striped@3x.png",
-                     std::string(stripedPng->begin(), stripedPng->end()));
+    writePng(other + "/striped@3x.png", paint(60, 60, 3, {0, 0, 1}, {1, 0, 0}, 0, 0, 1, 60));
     EXPECT_EQ(hexOf(VeltoUtils::navigationBarColor("ContractMarginsPage", "striped")),
               hexOf(plat::Color::colorWithRGBA(1.0 / 60, 0, 59.0 / 60, 1)));
     EXPECT_EQ(hexOf(VeltoUtils::navigationBarColor("ContractMarginsPage", "clear")), productHex());

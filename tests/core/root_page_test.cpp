@@ -27,7 +27,9 @@ class RootPageTest : public ::testing::Test {
         return device.open<VeltoSettingsController>("VeltoSettingsController");
     }
     Ids rootIds() { return testsupport::BundleDevice::ids(openRoot()->specifiers()); }
-    void installEveryCustomApp() {
+    // The master switch on and every application with a custom row installed.
+    void enableWithEveryCustomApp() {
+        device.writeSettings({{"VeltoEnabled", true}});
         device.installBiteSMS();
         device.installUserApp("net.whatsapp.WhatsApp", "WhatsApp");
         device.installUserApp("com.norvale.RingLedger10", "RingLedger");
@@ -37,7 +39,7 @@ class RootPageTest : public ::testing::Test {
     // Every row of a shipped list by identifier: what a page shows when nothing is filtered.
     Ids fileIds(const std::string& name) const {
         Ids ids;
-        const auto file = device.readPlist(std::string(device.kBundle) + "/" + name + ".plist");
+        const auto file = device.resource(name);
         for (const auto& item : *file.objectForKey("items").asArray())
             ids.push_back(item.objectForKey("id").str());
         return ids;
@@ -60,17 +62,15 @@ TEST_F(RootPageTest, MasterSwitchOffKeepsHeaderSwitchAndTheLastTwoRowsOnBothList
     // the recents application installed.
     device.setProfile("iPhone");
     device.installSystemApp("com.norvale.recents", "Recents");
-    auto velto = device.readPlist(std::string(device.kBundle) + "/Velto.plist");
+    auto velto = device.resource("Velto");
     velto.objectForKey("items").removeObjectAtIndex(15);
     device.writeResource("Velto", velto);
     EXPECT_EQ(rootIds(), expected);
 }
 
 TEST_F(RootPageTest, InstalledApplicationsDecideTheCustomRows) {
-    device.writeSettings({{"VeltoEnabled", true}});
-    installEveryCustomApp();
-    auto root = openRoot();
-    auto list = root->specifiers();
+    enableWithEveryCustomApp();
+    auto list = openRoot()->specifiers();
     EXPECT_EQ(testsupport::BundleDevice::ids(list), phoneList);
     // The recents row reads "<name> 2" and keeps its identifier.
     EXPECT_EQ(list->objectAtIndex(15)->name(), "Recents 2");
@@ -98,8 +98,7 @@ TEST_F(RootPageTest, NoCustomApplicationRemovesTheGroupAndEveryMember) {
 }
 
 TEST_F(RootPageTest, SystemVersionAndFaceTimeHideTheirRows) {
-    device.writeSettings({{"VeltoEnabled", true}});
-    installEveryCustomApp();
+    enableWithEveryCustomApp();
     device.setSystemVersion("13.0");
     EXPECT_EQ(rootIds(), without(phoneList, {"Lock Screen"}));
     device.setProfile("iPhone", 3, false);
@@ -132,19 +131,18 @@ TEST_F(RootPageTest, IPadListKeepsItsOwnRingLedgerRule) {
     EXPECT_EQ(rootIds(), without(ipadList, {"Recents", "biteSMS"}));
 
     // A call-log row standing at index 0 is not removed either.
-    auto ipad = device.readPlist(std::string(device.kBundle) + "/VeltoiPad.plist");
+    auto ipad = device.resource("VeltoiPad");
     ipad.objectForKey("items").objectAtIndex(0).setValueForKey("id", "RingLedger");
     device.writeResource("VeltoiPad", ipad);
     EXPECT_EQ(rootIds().front(), "RingLedger");
 }
 
 TEST_F(RootPageTest, FallbackIndexesApplyWhenAnIdentifierIsMissing) {
-    device.writeSettings({{"VeltoEnabled", true}});
-    installEveryCustomApp();
+    enableWithEveryCustomApp();
     std::filesystem::remove(device.host("/Applications/biteSMS.app/Info.plist"));
     std::filesystem::remove(device.host("/Applications/biteSMS.app"));
     // Without its identifier the biteSMS row is still removed, at index 13.
-    auto velto = device.readPlist(std::string(device.kBundle) + "/Velto.plist");
+    auto velto = device.resource("Velto");
     velto.objectForKey("items").objectAtIndex(13).removeObjectForKey("id");
     velto.objectForKey("items").objectAtIndex(13).setValueForKey("label", "Renamed");
     device.writeResource("Velto", velto);
@@ -160,7 +158,7 @@ TEST_F(RootPageTest, RowsWithoutTheirIdentifierAreStillRemovedAtTheirIndexes) {
     device.writeSettings({{"VeltoEnabled", true}});
     device.installBiteSMS();
     device.installUserApp("com.norvale.RingLedger10", "RingLedger");
-    auto velto = device.readPlist(std::string(device.kBundle) + "/Velto.plist");
+    auto velto = device.resource("Velto");
     // Without an id a row is known by its label: both go.
     velto.objectForKey("items").objectAtIndex(15).removeObjectForKey("id");
     velto.objectForKey("items").objectAtIndex(15).setValueForKey("label", "Renamed");
@@ -177,10 +175,9 @@ TEST_F(RootPageTest, RowsWithoutTheirIdentifierAreStillRemovedAtTheirIndexes) {
 }
 
 TEST_F(RootPageTest, TheLockScreenFallbackAndARowFoundAtZero) {
-    device.writeSettings({{"VeltoEnabled", true}});
-    installEveryCustomApp();
+    enableWithEveryCustomApp();
     device.setSystemVersion("13.0");
-    auto velto = device.readPlist(std::string(device.kBundle) + "/Velto.plist");
+    auto velto = device.resource("Velto");
     velto.objectForKey("items").objectAtIndex(7).removeObjectForKey("id");
     velto.objectForKey("items").objectAtIndex(7).setValueForKey("label", "Locked");
     device.writeResource("Velto", velto);
@@ -196,43 +193,34 @@ TEST_F(RootPageTest, TheLockScreenFallbackAndARowFoundAtZero) {
 TEST_F(RootPageTest, MasterSwitchAnimatesTheMiddleAndRebuilds) {
     device.installBiteSMS();
     auto root = openRoot();
-    auto list = root->specifiers();
-    ASSERT_EQ(list->count(), 4u);
+    ASSERT_EQ(root->specifiers()->count(), 4u);
     auto master = root->specifierAtIndex(1);
 
-    auto mark = device.journal().size();
+    auto mark = device.mark();
     plat::Runtime::shared().perform(
         *root, "veltoEnabledOrDisabled:specifier:", {Value::boolean(true), Value(master)});
     // The unfiltered middle (rows 2..m-3 of a fresh load) comes in animated, then the rebuild.
-    Ids expectedOps;
-    for (int i = 2; i < 18; ++i)
-        expectedOps.push_back("+" + std::to_string(i) + "a");
+    Ids expectedOps = device.animated('+', 2, 17);
     expectedOps.push_back("~");
     EXPECT_EQ(device.listOperations(mark), expectedOps);
     EXPECT_TRUE(device.mainSettings().objectForKey("VeltoEnabled").boolValue());
     EXPECT_EQ(device.notifications(), Ids{"com.norvale.veltosettingschanged"});
-    const Ids lines = device.journalLines(mark);
-    ASSERT_GE(lines.size(), 3u);
-    EXPECT_EQ(Ids(lines.begin(), lines.begin() + 3),
-              (Ids{"preference-write com.norvale.velto VeltoEnabled",
-                   "notification com.norvale.veltosettingschanged", "synchronize"}));
+    EXPECT_EQ(device.firstLines(mark, 3), device.storedAndAnnounced("VeltoEnabled"));
     EXPECT_EQ(testsupport::BundleDevice::ids(root->heldSpecifiers()),
               without(phoneList, {"RingLedger", "Recents"}));
 
-    mark = device.journal().size();
-    const std::size_t count = root->heldSpecifiers()->count();
+    mark = device.mark();
+    const auto count = static_cast<int>(root->heldSpecifiers()->count());
     plat::Runtime::shared().perform(*root, "veltoEnabledOrDisabled:specifier:",
                                     {Value::boolean(false), Value(root->specifierAtIndex(1))});
-    expectedOps.clear();
-    for (std::size_t i = count - 3; i > 1; --i)
-        expectedOps.push_back("-" + std::to_string(i) + "a");
+    expectedOps = device.animated('-', count - 3, 2);
     expectedOps.push_back("~");
     EXPECT_EQ(device.listOperations(mark), expectedOps);
     EXPECT_EQ(root->heldSpecifiers()->count(), 4u);
 
     // Flipped before any list exists: stored, then only the rebuild.
     auto fresh = openRoot();
-    mark = device.journal().size();
+    mark = device.mark();
     fresh->veltoEnabledOrDisabled(Value::boolean(true), master);
     EXPECT_EQ(device.listOperations(mark), Ids{"~"});
 }
@@ -276,10 +264,8 @@ TEST_F(RootPageTest, HideOtherSpecifiersWorksOnTheCountItIsGiven) {
     auto root = openRoot();
     auto rows = [](std::size_t n) {
         auto list = std::make_shared<plat::SpecifierArray>();
-        for (std::size_t i = 0; i < n; ++i) {
-            auto row = plat::Specifier::groupSpecifierWithName("r" + std::to_string(i));
-            list->addObject(row);
-        }
+        for (std::size_t i = 0; i < n; ++i)
+            list->addObject(plat::Specifier::groupSpecifierWithName("r" + std::to_string(i)));
         return list;
     };
     EXPECT_EQ(root->hideOtherSpecifiers(rows(3))->count(), 3u);

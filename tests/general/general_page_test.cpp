@@ -62,14 +62,14 @@ TEST_F(GeneralPageTest, MonogramRowAndFooterFollowTheSwitch) {
     EXPECT_TRUE(hasFooter(built->specifiers()));
 
     // Off then on: the row goes and comes back at the file's index, the footer with it.
-    auto mark = device.journal().size();
+    auto mark = device.mark();
     built->veltoMonogramEnabledOrDisabled(Value::boolean(false), built->specifierAtIndex(1));
     EXPECT_EQ(device.listOperations(mark), (Ids{"-2a", "~0a"}));
     EXPECT_EQ(ids(built->specifiers()), ids(off));
     EXPECT_FALSE(hasFooter(built->specifiers()));
     EXPECT_FALSE(device.mainSettings().objectForKey("VeltoEnabledMonogram").boolValue());
 
-    mark = device.journal().size();
+    mark = device.mark();
     built->veltoMonogramEnabledOrDisabled(Value::boolean(true), built->specifierAtIndex(1));
     EXPECT_EQ(device.listOperations(mark), (Ids{"+2a", "~0a"}));
     EXPECT_EQ(built->specifierAtIndex(2)->identifier(), "Colored Monogram");
@@ -77,7 +77,7 @@ TEST_F(GeneralPageTest, MonogramRowAndFooterFollowTheSwitch) {
 
     // Before the list is built the switch only stores.
     auto fresh = page();
-    mark = device.journal().size();
+    mark = device.mark();
     fresh->veltoMonogramEnabledOrDisabled(Value::boolean(false), built->specifierAtIndex(1));
     EXPECT_TRUE(device.listOperations(mark).empty());
     EXPECT_EQ(fresh->heldSpecifiers(), nullptr);
@@ -85,20 +85,12 @@ TEST_F(GeneralPageTest, MonogramRowAndFooterFollowTheSwitch) {
 
 TEST_F(GeneralPageTest, TheMonogramAndRoundedSwitchesStoreAndSynchronizeFirst) {
     auto shown = page();
-    for (const auto* key : {"VeltoEnabledMonogram", "VeltoEnabledRoundedPictures"}) {
-        plat::SpecifierPtr toggle;
-        for (const auto& row : *shown->specifiers())
-            if (row->propertyForKey("key").isString() && row->propertyForKey("key").str() == key)
-                toggle = row;
-        ASSERT_TRUE(toggle) << key;
-        const auto mark = device.journal().size();
-        plat::Runtime::shared().perform(*shown, toggle->setter(),
-                                        {Value::boolean(true), Value(toggle)});
-        const auto done = effects(mark);
-        ASSERT_GE(done.size(), 3u) << key;
-        EXPECT_EQ(Ids(done.begin(), done.begin() + 3),
-                  (Ids{"preference-write", "notification", "synchronize"}))
-            << key;
+    for (auto [id, key] : {std::pair{"Monogram", "VeltoEnabledMonogram"},
+                           {"Rounded Pictures", "VeltoEnabledRoundedPictures"}}) {
+        ASSERT_EQ(device.row(shown->specifiers(), id)->propertyForKey("key").str(), key);
+        const auto mark = device.mark();
+        device.flip(*shown, id, true);
+        EXPECT_EQ(device.firstLines(mark, 3), device.storedAndAnnounced(key));
         EXPECT_TRUE(device.mainSettings().objectForKey(key).boolValue()) << key;
     }
 }
@@ -106,7 +98,7 @@ TEST_F(GeneralPageTest, TheMonogramAndRoundedSwitchesStoreAndSynchronizeFirst) {
 TEST_F(GeneralPageTest, ContinueStoresThenRestartsCancelStoresTheOldValue) {
     device.writeSettings({{kLocalCache, true}});
     auto shown = page();
-    auto mark = device.journal().size();
+    auto mark = device.mark();
     ASSERT_TRUE(flipLocalCache(*shown, false)->tapAction("Cancel"));
     EXPECT_EQ(effects(mark),
               (Ids{"present", "preference-write", "notification", "synchronize", "reload"}));
@@ -119,7 +111,7 @@ TEST_F(GeneralPageTest, ContinueStoresThenRestartsCancelStoresTheOldValue) {
     EXPECT_TRUE(stored.isInteger());
     EXPECT_TRUE(stored.boolValue());
 
-    mark = device.journal().size();
+    mark = device.mark();
     ASSERT_TRUE(flipLocalCache(*shown, false)->tapAction("Continue"));
     EXPECT_EQ(effects(mark),
               (Ids{"present", "preference-write", "notification", "synchronize", "shell"}));
@@ -134,7 +126,7 @@ TEST_F(GeneralPageTest, ASheetOutlivingItsPageStillSynchronizesAndRestarts) {
         const std::weak_ptr<VeltoGeneralSettingsController> gone = shown;
         shown.reset();
         ASSERT_TRUE(gone.expired()) << "the sheet's actions keep the page alive";
-        const auto mark = device.journal().size();
+        const auto mark = device.mark();
         ASSERT_TRUE(sheet->tapAction(action));
         const Ids expected =
             std::string(action) == "Continue" ? Ids{"synchronize", "shell"} : Ids{"synchronize"};
@@ -161,7 +153,7 @@ TEST_F(GeneralPageTest, TrimmingKeepsTheHeadAndTheLastAndWrapsBelowTwo) {
 }
 
 TEST_F(GeneralPageTest, AResourceWithoutTheMonogramRowFailsWithTheRangeError) {
-    auto file = device.readPlist(std::string(device.kBundle) + "/General.plist");
+    auto file = device.resource("General");
     file.objectForKey("items").objectAtIndex(2).setValueForKey("id", "Tinted Monogram");
     device.writeResource("General", file);
     EXPECT_THROW(page()->specifiers(), plat::RangeError);

@@ -10,8 +10,6 @@ using plat::Value;
 
 namespace {
 
-using Ids = std::vector<std::string>;
-
 // The two pages are one implementation under two names, files, keys and setters.
 struct SwitchPage {
     const char* className;
@@ -39,10 +37,8 @@ class LockScreenNCTest : public ::testing::TestWithParam<SwitchPage> {
         plat::Runtime::shared().perform(page, GetParam().setter,
                                         {Value::boolean(on), Value(page.specifierAtIndex(1))});
     }
-    std::size_t fileRows() {
-        return device.readPlist(std::string(device.kBundle) + "/" + GetParam().resource + ".plist")
-            .objectForKey("items")
-            .count();
+    int fileRows() {
+        return static_cast<int>(device.resource(GetParam().resource).objectForKey("items").count());
     }
 
     testsupport::BundleDevice device;
@@ -58,32 +54,22 @@ TEST_P(LockScreenNCTest, TheKeyDecidesTheRowsAtOpen) {
     device.writeSettings({{GetParam().key, true}});
     auto on = page();
     EXPECT_TRUE(enabled(*on));
-    EXPECT_EQ(on->specifiers()->count(), fileRows());
+    EXPECT_EQ(on->specifiers()->count(), static_cast<std::size_t>(fileRows()));
 }
 
 TEST_P(LockScreenNCTest, OnInsertsEveryFileRowOffLeavesTheHead) {
     auto shown = page();
     shown->specifiers();
-    auto mark = device.journal().size();
+    auto mark = device.mark();
     flip(*shown, true);
-    Ids inserted;
-    for (std::size_t i = 2; i < fileRows(); ++i)
-        inserted.push_back("+" + std::to_string(i) + "a");
-    EXPECT_EQ(device.listOperations(mark), inserted);
-    const Ids lines = device.journalLines(mark);
-    ASSERT_GE(lines.size(), 3u);
-    EXPECT_EQ(Ids(lines.begin(), lines.begin() + 3),
-              (Ids{std::string("preference-write com.norvale.velto ") + GetParam().key,
-                   "notification com.norvale.veltosettingschanged", "synchronize"}));
+    EXPECT_EQ(device.listOperations(mark), device.animated('+', 2, fileRows() - 1));
+    EXPECT_EQ(device.firstLines(mark, 3), device.storedAndAnnounced(GetParam().key));
     EXPECT_TRUE(device.mainSettings().objectForKey(GetParam().key).boolValue());
     EXPECT_EQ(device.notifications().back(), "com.norvale.veltosettingschanged");
 
-    mark = device.journal().size();
+    mark = device.mark();
     flip(*shown, false);
-    Ids removed;
-    for (std::size_t i = fileRows() - 1; i >= 2; --i)
-        removed.push_back("-" + std::to_string(i) + "a");
-    EXPECT_EQ(device.listOperations(mark), removed);
+    EXPECT_EQ(device.listOperations(mark), device.animated('-', fileRows() - 1, 2));
     EXPECT_EQ(shown->specifiers()->count(), 2u);
 }
 

@@ -89,46 +89,33 @@ class MailPageTest : public ::testing::Test {
     void SetUp() override { device.writeSettings({{"VeltoEnabledMail", true}}); }
 
     std::shared_ptr<Mail> open() {
-        page = device.open<Mail>("MailAppSettingsController");
-        page->specifiers();
-        return page;
+        return page = device.openBuilt<Mail>("MailAppSettingsController");
     }
     Ids ids() const { return testsupport::BundleDevice::ids(page->specifiers()); }
     plat::SpecifierPtr row(const std::string& id) const {
-        for (const auto& candidate : *page->specifiers())
-            if (candidate->identifier() == id) return candidate;
-        ADD_FAILURE() << "no row " << id;
-        return nullptr;
+        return device.row(page->specifiers(), id);
     }
-    // The user's side: the switch and the buttons, through the selectors the resource names.
-    void flip(bool on) {
-        const auto toggle = row("MailEnabled");
-        plat::Runtime::shared().perform(*page, toggle->setter(),
-                                        {Value::boolean(on), Value(toggle)});
-    }
-    void tap(const std::string& id) {
-        plat::Runtime::shared().perform(*page, row(id)->action(), {Value(row(id))});
-    }
+    void flip(bool on) { device.flip(*page, "MailEnabled", on); }
     std::shared_ptr<plat::ImagePickerController> choose() {
-        tap("ChooseAvatar");
+        device.tap(*page, "ChooseAvatar");
         return Mail::imagePicker();
     }
     std::shared_ptr<plat::AlertController> restoreSheet() {
-        tap("RestoreAvatar");
+        device.tap(*page, "RestoreAvatar");
         return std::dynamic_pointer_cast<plat::AlertController>(page->presentedViewController());
     }
     // The whole flows on a page opened afresh; what they journaled from the user's choice on.
     Ids pick(const plat::ImagePtr& picture) {
         open();
         const auto picker = choose();
-        const auto at = mark();
+        const auto at = device.mark();
         EXPECT_TRUE(picker && picker->pick(picture, nullptr));
         return journal(at);
     }
     Ids restore() {
         open();
         const auto sheet = restoreSheet();
-        const auto at = mark();
+        const auto at = device.mark();
         EXPECT_TRUE(sheet && sheet->tapAction("Default Avatar"));
         return journal(at);
     }
@@ -140,7 +127,6 @@ class MailPageTest : public ::testing::Test {
         return shown;
     }
 
-    std::size_t mark() const { return device.journal().size(); }
     // The journal since a mark, an entry a line: "log <text>", "dismiss <class> <how> animated"...
     Ids journal(std::size_t mark) const { return device.journalLines(mark); }
 
@@ -157,7 +143,7 @@ TEST_F(MailPageTest, TheRowsFollowTheEnableStateAndTheSwitchEditsThemWithoutLook
     EXPECT_EQ(ids(), kMailHead);
     // Flipped before the rows are built: stored, and nothing else.
     page = device.open<Mail>("MailAppSettingsController");
-    auto at = mark();
+    auto at = device.mark();
     page->mailAppEnabledOrDisabled(
         Value::boolean(true), page->loadSpecifiersFromPlistName("MailApp", page)->objectAtIndex(1));
     EXPECT_TRUE(device.listOperations(at).empty());
@@ -171,17 +157,13 @@ TEST_F(MailPageTest, TheRowsFollowTheEnableStateAndTheSwitchEditsThemWithoutLook
     EXPECT_EQ(ids(), kMailHead);
 
     // Off with nothing past row 1: nothing to remove.
-    at = mark();
+    at = device.mark();
     flip(false);
     EXPECT_TRUE(device.listOperations(at).empty());
-    at = mark();
+    at = device.mark();
     flip(true);
-    const Ids done = journal(at);
-    ASSERT_GE(done.size(), 3u);
-    EXPECT_EQ(Ids(done.begin(), done.begin() + 3),
-              (Ids{"preference-write com.norvale.velto VeltoEnabledMail",
-                   "notification com.norvale.veltosettingschanged", "synchronize"}));
-    EXPECT_EQ(device.listOperations(at), (Ids{"+2a", "+3a", "+4a", "+5a", "+6a", "+7a", "+8a"}));
+    EXPECT_EQ(device.firstLines(at, 3), device.storedAndAnnounced("VeltoEnabledMail"));
+    EXPECT_EQ(device.listOperations(at), device.animated('+', 2, 8));
     // On again: fresh rows go in at 2, 3, ... in front of those shown.
     const auto shown = page->specifiers()->items();
     flip(true);
@@ -191,11 +173,10 @@ TEST_F(MailPageTest, TheRowsFollowTheEnableStateAndTheSwitchEditsThemWithoutLook
     EXPECT_NE(page->specifierAtIndex(2), shown[2]);
     EXPECT_EQ(page->specifierAtIndex(9), shown[2]);
     // Off: every row from the last down to 2.
-    at = mark();
+    at = device.mark();
     flip(false);
     EXPECT_FALSE(device.mainSettings().objectForKey("VeltoEnabledMail").boolValue());
-    EXPECT_EQ(device.listOperations(at), (Ids{"-15a", "-14a", "-13a", "-12a", "-11a", "-10a", "-9a",
-                                              "-8a", "-7a", "-6a", "-5a", "-4a", "-3a", "-2a"}));
+    EXPECT_EQ(device.listOperations(at), device.animated('-', 15, 2));
 
     // Without rows the count down from count - 1 wraps and fails out of range.
     device.writeResource("MailApp", Value::dictionary({{"items", Value::array()}}));
@@ -229,7 +210,7 @@ TEST_F(MailPageTest, PictureIconsFollowTheRoundedOptionWhenBuiltOrInserted) {
     auto other = plat::Specifier::preferenceSpecifierNamed("Signature", page, "", "", "",
                                                            plat::PSStaticTextCell, "");
     other->setProperty(icon, "iconImage");
-    const auto at = mark();
+    const auto at = device.mark();
     page->insertSpecifier(bare, 2, false);
     page->insertSpecifier(other, 3, true);
     page->insertSpecifier(named, 4, true);
@@ -258,7 +239,7 @@ TEST_F(MailPageTest, OnAnIPhoneThePickerIsFullScreenAndTheSheetOffersRestoreThen
 
     // Cancelled with the older modal dismissal; a new picker each time; without an edited
     // picture (the original is never used) dismissed the newer way. Nothing is stored.
-    auto at = mark();
+    auto at = device.mark();
     ASSERT_TRUE(first->cancel());
     const auto second = choose();
     EXPECT_NE(second, first);
@@ -271,14 +252,14 @@ TEST_F(MailPageTest, OnAnIPhoneThePickerIsFullScreenAndTheSheetOffersRestoreThen
     // A stored pick leaves the popover slot alone here.
     pick(landscape());
     EXPECT_EQ(Mail::popover(), inSlot);
-    at = mark();
+    at = device.mark();
     auto sheet = restoreSheet();
     ASSERT_TRUE(sheet);
     EXPECT_EQ(journal(at), Ids{"present UIAlertController animated"});
     EXPECT_FALSE(sheet->title() || sheet->message());
     EXPECT_EQ(sheet->preferredStyle(), plat::UIAlertControllerStyleActionSheet);
     EXPECT_FALSE(sheet->presentsAsPopover());
-    at = mark();
+    at = device.mark();
     EXPECT_TRUE(sheet->tapAction("Cancel"));
     EXPECT_EQ(journal(at), Ids{kSheetGone});
 }
@@ -296,7 +277,7 @@ TEST_F(MailPageTest, OnAnIPadThePickerAndTheSheetArePopoversAtTheirButtons) {
     EXPECT_EQ(picker->popoverPresentationController().sourceView(), chooseCell);
     EXPECT_EQ(picker->popoverPresentationController().sourceRect(), chooseCell->bounds());
     // A pick dismisses a popover held in the slot first, animated, and empties the slot.
-    const auto at = mark();
+    const auto at = device.mark();
     ASSERT_TRUE(picker->pick(landscape(), nullptr));
     EXPECT_EQ(journal(at).front(),
               "dismiss UIViewController dismissViewControllerAnimated animated");
@@ -311,7 +292,7 @@ TEST_F(MailPageTest, OnAnIPadThePickerAndTheSheetArePopoversAtTheirButtons) {
     EXPECT_EQ(sheet->popoverPresentationController().sourceView(), restoreCell);
     EXPECT_EQ(sheet->popoverPresentationController().sourceRect(), restoreCell->bounds());
     // Tapped outside: gone, nothing restored.
-    const auto before = mark();
+    const auto before = device.mark();
     EXPECT_TRUE(sheet->dismissByTappingOutside());
     EXPECT_EQ(journal(before), Ids{"dismiss UIAlertController tap-outside animated"});
 }

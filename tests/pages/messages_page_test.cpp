@@ -27,17 +27,9 @@ const std::string kCache = "/var/mobile/Library/Preferences/Velto";
 
 class MessagesPageTest : public ::testing::Test {
   protected:
-    std::shared_ptr<Messages> open() {
-        page = device.open<Messages>("MessagesAppSettingsController");
-        page->specifiers();
-        return page;
-    }
+    void open() { page = device.openBuilt<Messages>("MessagesAppSettingsController"); }
     Ids ids() const { return testsupport::BundleDevice::ids(page->specifiers()); }
-    void flip(bool on) {
-        const auto toggle = page->specifierAtIndex(1);
-        plat::Runtime::shared().perform(*page, toggle->setter(),
-                                        {Value::boolean(on), Value(toggle)});
-    }
+    void flip(bool on) { device.flip(*page, "MessagesEnabled", on); }
 
     Ids logSince(std::size_t mark) const {
         Ids lines;
@@ -56,7 +48,7 @@ TEST_F(MessagesPageTest, TwoRowsWhileOffAndTheSwitchBringsTheRestInAndOut) {
     flip(true);
     EXPECT_EQ(ids(), kMessagesRows);
     EXPECT_TRUE(device.mainSettings().objectForKey("VeltoEnabledMessages").boolValue());
-    const auto at = device.journal().size();
+    const auto at = device.mark();
     flip(false);
     EXPECT_EQ(ids(), kMessagesHead);
     EXPECT_EQ(device.listOperations(at).size(), kMessagesRows.size() - 2);
@@ -72,7 +64,7 @@ TEST_F(MessagesPageTest, BothFilesOfANameShareOneFolderAndGoFromThereFirst) {
     // Without a Messages container the copy has nowhere to go: the log says so, nothing breaks.
     EXPECT_EQ(Messages::messagesContainerFolder(), std::nullopt);
     device.writeText(kCache + "/N.png", "x");
-    auto at = device.journal().size();
+    auto at = device.mark();
     page->preparePathAndRemoveItem("N.png");
     EXPECT_EQ(logSince(at), (Ids{"Removed '" + kCache + "/N.png'",
                                  "Removing Image to messages directory '(null)' too..."}));
@@ -84,7 +76,7 @@ TEST_F(MessagesPageTest, BothFilesOfANameShareOneFolderAndGoFromThereFirst) {
     EXPECT_EQ(Messages::messagesContainerFolder(), container + "/Library/Preferences/Velto");
     device.writeText(kCache + "/N.png", "x");
     device.writeText(copy, "x");
-    at = device.journal().size();
+    at = device.mark();
     page->preparePathAndRemoveItem("N.png");
     EXPECT_EQ(logSince(at), (Ids{"Removed '" + kCache + "/N.png'",
                                  "Removing Image to messages directory '" + copy + "' too...",
@@ -103,7 +95,7 @@ TEST_F(MessagesPageTest, APictureIsSavedThroughTheBaseFirstThenCopiedToMessages)
     const std::string thumbnail = kCache + "/" + Messages::kDefaultThumbnailName;
 
     // Without a Messages container the copy is announced with a nil folder and not made.
-    auto at = device.journal().size();
+    auto at = device.mark();
     page->saveDefaultContactImage(picture);
     EXPECT_EQ(logSince(at), (Ids{saved(image), saved(thumbnail),
                                  "Saving Default Image to messages directory '(null)' too..."}));
@@ -112,7 +104,7 @@ TEST_F(MessagesPageTest, APictureIsSavedThroughTheBaseFirstThenCopiedToMessages)
     device.writePlist(container + "/.com.apple.mobile_container_manager.metadata.plist",
                       Value::dictionary({{"MCMMetadataIdentifier", "com.apple.MobileSMS"}}));
     const std::string copies = container + "/Library/Preferences/Velto";
-    at = device.journal().size();
+    at = device.mark();
     page->saveDefaultContactImage(picture);
     EXPECT_EQ(logSince(at),
               (Ids{saved(image), saved(thumbnail),
@@ -129,19 +121,13 @@ TEST_F(MessagesPageTest, PictureIconsFollowTheRoundedOptionBuiltOrInserted) {
         // Rows the switch inserts are reshaped as they go in, as built ones are.
         flip(false);
         flip(true);
-        std::size_t pictures = 0;
-        for (const auto& row : *page->specifiers()) {
-            if (row->identifier() != "Default Avatar" &&
-                row->identifier() != "Default Group Avatar")
-                continue;
-            ++pictures;
-            const auto icon = row->propertyForKey("iconImage").as<plat::Image>();
-            ASSERT_TRUE(icon) << row->identifier().value_or("");
+        ASSERT_EQ(ids(), kMessagesRows);
+        for (const char* id : {"Default Avatar", "Default Group Avatar"}) {
+            const auto icon = device.row(page->specifiers(), id)->propertyForKey("iconImage");
+            ASSERT_TRUE(icon.as<plat::Image>()) << id;
             // A round cut leaves the corner transparent; a square one keeps it opaque.
-            EXPECT_EQ(icon->pixel(0, 0) >> 24, round ? 0u : 0xffu)
-                << row->identifier().value_or("");
+            EXPECT_EQ(icon.as<plat::Image>()->pixel(0, 0) >> 24, round ? 0u : 0xffu) << id;
         }
-        EXPECT_EQ(pictures, 2u);
     }
 }
 
@@ -151,7 +137,7 @@ TEST_F(MessagesPageTest, APickDismissesThePickerAnimatedAndForgetsIt) {
     page->selectDefaultContactImage(page->specifierAtIndex(6));
     const auto picker = Messages::imagePicker();
     ASSERT_TRUE(picker);
-    const auto at = device.journal().size();
+    const auto at = device.mark();
     ASSERT_TRUE(picker->pick(plat::Image::blank(40, 20, 1), nullptr));
     const Ids lines = device.journalLines(at);
     EXPECT_EQ(std::count(lines.begin(), lines.end(),

@@ -1,7 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
-
 #include "pages/face_time_app_settings_controller.h"
 #include "pages/phone_app_settings_controller.h"
 #include "platform/foundation/errors.h"
@@ -30,16 +28,9 @@ class PhoneFaceTimeTest : public ::testing::Test {
         plat::Runtime::shared().perform(page, selector,
                                         {Value::boolean(on), Value(page.specifierAtIndex(row))});
     }
-
-    // The first three things a favourites switch did: store, announce, synchronize.
-    Ids firstEffects(std::size_t mark) const {
-        Ids lines = device.journalLines(mark);
-        lines.resize(std::min<std::size_t>(lines.size(), 3));
-        return lines;
-    }
-    static Ids storedThenSynchronized(const std::string& key) {
-        return {"preference-write com.norvale.velto " + key,
-                "notification com.norvale.veltosettingschanged", "synchronize"};
+    // The first three things a switch did: store, announce, synchronize.
+    void expectStored(std::size_t mark, const std::string& key) {
+        EXPECT_EQ(device.firstLines(mark, 3), device.storedAndAnnounced(key));
     }
 
     testsupport::BundleDevice device;
@@ -71,28 +62,28 @@ TEST_F(PhoneFaceTimeTest, PhoneBuildPrunesByFavourites) {
 TEST_F(PhoneFaceTimeTest, PhoneSwitchesInsertAndRemoveWithoutLookingAtWhatIsShown) {
     auto page = phone();
     page->specifiers();
-    auto mark = device.journal().size();
+    auto mark = device.mark();
     flip(*page, "phoneAppEnabledOrDisabled:specifier:", 1, true);
-    EXPECT_EQ(firstEffects(mark), storedThenSynchronized("PhoneAppEnabled"));
+    expectStored(mark, "PhoneAppEnabled");
     // File rows 2..7 (the last is left out), favourites or not.
-    EXPECT_EQ(device.listOperations(mark), (Ids{"+2a", "+3a", "+4a", "+5a", "+6a", "+7a"}));
+    EXPECT_EQ(device.listOperations(mark), device.animated('+', 2, 7));
     EXPECT_TRUE(device.mainSettings().objectForKey("PhoneAppEnabled").boolValue());
     EXPECT_EQ(device.notifications().back(), "com.norvale.veltosettingschanged");
 
     // Favourites on: row 2 goes (no animation argument) and a fixed six rows come in.
-    mark = device.journal().size();
+    mark = device.mark();
     flip(*page, "favoritesEnabledOrDisabled:specifier:", 3, true);
-    EXPECT_EQ(firstEffects(mark), storedThenSynchronized("ShowFavoritesContactImage"));
+    expectStored(mark, "ShowFavoritesContactImage");
     EXPECT_EQ(device.listOperations(mark), (Ids{"-2", "+2a", "+3a", "+4a", "+5a", "+6a", "+7a"}));
     EXPECT_EQ(page->specifiers()->count(), 8u + 5u);
     EXPECT_TRUE(device.mainSettings().objectForKey("ShowFavoritesContactImage").boolValue());
 
     // Favourites off: row 2 goes and file row 3 comes back at 3, both without animation. The
     // group's footer is taken off the file's group, never off the row that comes back.
-    auto phoneFile = device.readPlist(std::string(device.kBundle) + "/PhoneApp.plist");
+    auto phoneFile = device.resource("PhoneApp");
     phoneFile.objectForKey("items").objectAtIndex(3).setValueForKey("footerText", "kept");
     device.writeResource("PhoneApp", phoneFile);
-    mark = device.journal().size();
+    mark = device.mark();
     flip(*page, "favoritesEnabledOrDisabled:specifier:", 3, false);
     EXPECT_EQ(device.listOperations(mark), (Ids{"-2", "+3"}));
     EXPECT_EQ(page->specifierAtIndex(3)->identifier(), "Favorites");
@@ -100,17 +91,16 @@ TEST_F(PhoneFaceTimeTest, PhoneSwitchesInsertAndRemoveWithoutLookingAtWhatIsShow
     EXPECT_FALSE(device.mainSettings().objectForKey("ShowFavoritesContactImage").boolValue());
 
     // Off removes every row from the last down to 2.
-    mark = device.journal().size();
+    mark = device.mark();
     flip(*page, "phoneAppEnabledOrDisabled:specifier:", 1, false);
-    EXPECT_EQ(device.listOperations(mark), (Ids{"-12a", "-11a", "-10a", "-9a", "-8a", "-7a", "-6a",
-                                                "-5a", "-4a", "-3a", "-2a"}));
+    EXPECT_EQ(device.listOperations(mark), device.animated('-', 12, 2));
     EXPECT_EQ(page->specifiers()->count(), 2u);
 }
 
 TEST_F(PhoneFaceTimeTest, SwitchesFlippedBeforeTheListIsBuiltOnlyStore) {
     auto page = faceTime();
     const auto file = page->loadSpecifiersFromPlistName("FaceTimeiPhone", page);
-    const auto mark = device.journal().size();
+    const auto mark = device.mark();
     page->faceTimeAppEnabledOrDisabled(Value::boolean(true), file->objectAtIndex(1));
     page->favoritesEnabledOrDisabled(Value::boolean(true), file->objectAtIndex(3));
     EXPECT_TRUE(device.listOperations(mark).empty());
@@ -131,7 +121,7 @@ TEST_F(PhoneFaceTimeTest, FaceTimeClearsTheMonogramRangeOnceOrTwice) {
               (Ids{"FaceTimeGroup", "FaceTimeEnabled", "FaceTimeMoreGroup", "FaceTimeNote"}));
 
     // Without the row (k = -1) the signed passes remove nothing; the footer of row 2 still goes.
-    auto file = device.readPlist(std::string(device.kBundle) + "/FaceTimeiPhone.plist");
+    auto file = device.resource("FaceTimeiPhone");
     file.objectForKey("items").objectAtIndex(4).removeObjectForKey("id");
     file.objectForKey("items").objectAtIndex(4).setValueForKey("label", "Initials");
     device.writeResource("FaceTimeiPhone", file);
@@ -164,27 +154,26 @@ TEST_F(PhoneFaceTimeTest, FaceTimeSwitchesKeepTheLastRowWhenTurnedOff) {
     device.writeSettings({{"VeltoEnabledFacetime", true}, {"ShowFavoritesContactImage", true}});
     auto page = faceTime();
     page->specifiers();  // 7 rows
-    auto mark = device.journal().size();
+    auto mark = device.mark();
     flip(*page, "faceTimeAppEnabledOrDisabled:specifier:", 1, false);
     EXPECT_EQ(device.listOperations(mark), (Ids{"-5a", "-4a", "-3a", "-2a"}));
     EXPECT_EQ(ids(page->specifiers()), (Ids{"FaceTimeGroup", "FaceTimeEnabled", "FaceTimeNote"}));
 
     // On brings every file row from 2 on, including the monogram range the build removed.
-    mark = device.journal().size();
+    mark = device.mark();
     flip(*page, "faceTimeAppEnabledOrDisabled:specifier:", 1, true);
-    EXPECT_EQ(device.listOperations(mark),
-              (Ids{"+2a", "+3a", "+4a", "+5a", "+6a", "+7a", "+8a", "+9a"}));
+    EXPECT_EQ(device.listOperations(mark), device.animated('+', 2, 9));
     EXPECT_EQ(page->specifiers()->count(), 11u);
 
-    mark = device.journal().size();
+    mark = device.mark();
     flip(*page, "favoritesEnabledOrDisabled:specifier:", 3, true);
-    EXPECT_EQ(firstEffects(mark), storedThenSynchronized("ShowFavoritesContactImage"));
+    expectStored(mark, "ShowFavoritesContactImage");
     EXPECT_EQ(device.listOperations(mark), (Ids{"-2a", "+2a", "+3a", "+4a", "+5a", "+6a", "+7a"}));
 }
 
 TEST_F(PhoneFaceTimeTest, ShortListsFailWithTheRangeErrorWhereThePlatformWould) {
     // FaceTime, favourites off: a file shorter than 2k rows runs past the end on the second pass.
-    auto file = device.readPlist(std::string(device.kBundle) + "/FaceTimeiPhone.plist");
+    auto file = device.resource("FaceTimeiPhone");
     auto items = file.objectForKey("items");
     while (items.count() > 7)
         items.removeObjectAtIndex(items.count() - 1);

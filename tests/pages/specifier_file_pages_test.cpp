@@ -13,55 +13,36 @@ namespace {
 using Ids = std::vector<std::string>;
 const char* const kWhatsApp = "/var/mobile/Library/Preferences/com.norvale.whatsapp.plist";
 
-struct FilePage {
-    const char* className;
-    const char* resource;
-    bool keepsWhatsAppFile;
-};
+TEST(SpecifierFilePagesTest, ShowTheirResourceAndHoldOnlyTheirOwnSettings) {
+    // class, resource, whether it keeps the whatsapp file
+    for (auto [className, resource, keepsWhatsAppFile] :
+         {std::tuple{"ContactsAppSettingsController", "ContactsApp", false},
+          {"BiteSMSAppSettingsController", "BiteSMSApp", false},
+          {"VeltoRingLedgerSettingsController", "RingLedger", true},
+          {"VeltoNVRecentsSettingsController", "Recents", true}}) {
+        SCOPED_TRACE(className);
+        testsupport::BundleDevice device;
+        device.writePlist(kWhatsApp, device.bools({{"VeltoEnabledRecents", true}}));
+        auto page = device.open<plat::ListController>(className);
+        ASSERT_NE(page, nullptr);
+        auto list = page->specifiers();
+        EXPECT_EQ(page->loadedResourceNames(), Ids{resource});
+        EXPECT_EQ(list->count(), device.resource(resource).objectForKey("items").count());
+        EXPECT_EQ(page->specifiers(), list);
 
-// Printed by its name, where GoogleTest would dump the bytes.
-void PrintTo(const FilePage& page, std::ostream* out) {
-    *out << page.className;
+        auto own = std::dynamic_pointer_cast<velto::VeltoBaseMessagesSettingsController>(page);
+        EXPECT_EQ(own != nullptr, keepsWhatsAppFile);
+        if (!own) continue;
+        EXPECT_TRUE(own->settings().objectForKey("VeltoEnabledRecents").boolValue());
+        EXPECT_FALSE(own->shouldShowImageAsTitle());
+        // The page's switch goes to the main file; the whatsapp file is left as it was.
+        page->setPreferenceValue(Value::boolean(true), list->objectAtIndex(1));
+        EXPECT_TRUE(device.mainSettings()
+                        .objectForKey(list->objectAtIndex(1)->propertyForKey("key").str())
+                        .boolValue());
+        EXPECT_EQ(device.readPlist(kWhatsApp).count(), 1u);
+    }
 }
-
-class SpecifierFilePagesTest : public ::testing::TestWithParam<FilePage> {
-  protected:
-    testsupport::BundleDevice device;
-};
-
-TEST_P(SpecifierFilePagesTest, ShowTheirResourceAndHoldOnlyTheirOwnSettings) {
-    device.writePlist(kWhatsApp,
-                      Value::dictionary({{"VeltoEnabledRecents", Value::boolean(true)}}));
-    auto page = device.open<plat::ListController>(GetParam().className);
-    ASSERT_NE(page, nullptr);
-    auto list = page->specifiers();
-    EXPECT_EQ(page->loadedResourceNames(), Ids{GetParam().resource});
-    EXPECT_EQ(list->count(),
-              device.readPlist(std::string(device.kBundle) + "/" + GetParam().resource + ".plist")
-                  .objectForKey("items")
-                  .count());
-    EXPECT_EQ(page->specifiers(), list);
-
-    auto own = std::dynamic_pointer_cast<velto::VeltoBaseMessagesSettingsController>(page);
-    EXPECT_EQ(own != nullptr, GetParam().keepsWhatsAppFile);
-    if (!own) return;
-    EXPECT_TRUE(own->settings().objectForKey("VeltoEnabledRecents").boolValue());
-    EXPECT_FALSE(own->shouldShowImageAsTitle());
-    // The page's switch goes to the main file; the whatsapp file is left as it was.
-    page->setPreferenceValue(Value::boolean(true), list->objectAtIndex(1));
-    EXPECT_TRUE(device.mainSettings()
-                    .objectForKey(list->objectAtIndex(1)->propertyForKey("key").str())
-                    .boolValue());
-    EXPECT_EQ(device.readPlist(kWhatsApp).count(), 1u);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Pages, SpecifierFilePagesTest,
-    ::testing::Values(FilePage{"ContactsAppSettingsController", "ContactsApp", false},
-                      FilePage{"BiteSMSAppSettingsController", "BiteSMSApp", false},
-                      FilePage{"VeltoRingLedgerSettingsController", "RingLedger", true},
-                      FilePage{"VeltoNVRecentsSettingsController", "Recents", true}),
-    [](const auto& info) { return std::string(info.param.resource); });
 
 TEST(RecentsPageTest, TheVersionIsAddedOnceToTheRowAndTheTitle) {
     testsupport::BundleDevice device;
@@ -80,7 +61,7 @@ TEST(RecentsPageTest, TheVersionIsAddedOnceToTheRowAndTheTitle) {
         device.open<velto::VeltoNVRecentsSettingsController>("VeltoNVRecentsSettingsController");
     untitled->viewDidLoad();
     EXPECT_EQ(untitled->navigationItem().title(), std::nullopt);
-    auto file = device.readPlist(std::string(device.kBundle) + "/Recents.plist");
+    auto file = device.resource("Recents");
     file.objectForKey("items").objectAtIndex(0).setValueForKey("id", "History");
     device.writeResource("Recents", file);
     EXPECT_THROW(untitled->specifiers(), plat::RangeError);

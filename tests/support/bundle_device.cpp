@@ -1,5 +1,9 @@
 #include "tests/support/bundle_device.h"
 
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
 #include "bundle/bundle_classes.h"
 #include "platform/foundation/keyed_archive.h"
 #include "platform/ui/image.h"
@@ -49,11 +53,11 @@ void BundleDevice::installBiteSMS() const {
     installSystemApp("com.bitesms", "biteSMS");
 }
 
-void BundleDevice::writeSettings(const std::vector<std::pair<std::string, bool>>& flags) const {
+plat::Value BundleDevice::bools(const std::vector<std::pair<std::string, bool>>& flags) {
     plat::Dictionary settings;
     for (const auto& [key, on] : flags)
         settings[key] = plat::Value::boolean(on);
-    writePlist(kMainSettings, plat::Value::dictionary(std::move(settings)));
+    return plat::Value::dictionary(std::move(settings));
 }
 
 void BundleDevice::writeResource(const std::string& name, const plat::Value& plist) const {
@@ -82,6 +86,38 @@ std::vector<std::string> BundleDevice::ids(const plat::SpecifierArrayPtr& list) 
     return out;
 }
 
+plat::SpecifierPtr BundleDevice::row(const plat::SpecifierArrayPtr& list, const std::string& id) {
+    if (list)
+        for (const auto& candidate : *list)
+            if (candidate->identifier() == id) return candidate;
+    ADD_FAILURE() << "no row " << id;
+    return nullptr;
+}
+
+plat::TableCellPtr BundleDevice::cell(plat::ListController& page, const std::string& id) {
+    page.specifiers();
+    for (std::size_t s = 0; s < page.numberOfGroups(); ++s)
+        for (std::size_t r = 0; r < page.rowsForGroup(s); ++r)
+            if (page.specifierAtIndex(page.indexForRow(r, s))->identifier() == id)
+                return page.tableViewCellForRowAtIndexPath(r, s);
+    ADD_FAILURE() << "no cell " << id;
+    return nullptr;
+}
+
+void BundleDevice::flip(plat::ListController& page, const std::string& id, bool on) {
+    if (const auto toggle = row(page.specifiers(), id))
+        plat::Runtime::shared().perform(page, toggle->setter(),
+                                        {plat::Value::boolean(on), plat::Value(toggle)});
+}
+
+void BundleDevice::tap(plat::ListController& page, const std::string& id) {
+    const auto button = row(page.specifiers(), id);
+    if (button && button->target())
+        plat::Runtime::shared().perform(*button->target(), button->action(), {plat::Value(button)});
+    else
+        ADD_FAILURE() << "no target for " << id;
+}
+
 std::vector<std::string> BundleDevice::listOperations(std::size_t mark) const {
     std::vector<std::string> out;
     auto line = [](const char* prefix, std::optional<std::int64_t> index, bool animated) {
@@ -96,6 +132,24 @@ std::vector<std::string> BundleDevice::listOperations(std::size_t mark) const {
             out.push_back(line("~", reload->index, reload->animated));
     }
     return out;
+}
+
+std::vector<std::string> BundleDevice::animated(char op, int from, int to) {
+    std::vector<std::string> out;
+    for (int i = from; from <= to ? i <= to : i >= to; i += from <= to ? 1 : -1)
+        out.push_back(op + std::to_string(i) + "a");
+    return out;
+}
+
+std::vector<std::string> BundleDevice::firstLines(std::size_t mark, std::size_t n) const {
+    auto lines = journalLines(mark);
+    lines.resize(std::min(lines.size(), n));
+    return lines;
+}
+
+std::vector<std::string> BundleDevice::storedAndAnnounced(const std::string& key) {
+    return {"preference-write com.norvale.velto " + key,
+            "notification com.norvale.veltosettingschanged", "synchronize"};
 }
 
 }  // namespace testsupport
