@@ -39,9 +39,7 @@ class AboutDevice : public testsupport::BundleDevice {
 
     std::size_t shellRuns() const { return entries<plat::journal::Shell>().size(); }
 
-    std::shared_ptr<velto::VeltoMiscController> page() const {
-        return open<velto::VeltoMiscController>("VeltoMiscController");
-    }
+    auto page() const { return open<velto::VeltoMiscController>("VeltoMiscController"); }
 
     int productRequests = 0;
 };

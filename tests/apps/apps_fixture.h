@@ -33,12 +33,10 @@ class AppsDevice : public testsupport::BundleDevice {
                 return message == "com.norvale.velto.apps" ? reply : plat::Value();
             });
     }
-    void answerPayload(const plat::Bytes& bytes) {
-        answerReply(
-            plat::Value::dictionary({{"VeltoServiceMessageData", plat::Value::data(bytes)}}));
-    }
     void answerRecords(const plat::Value& records) {
-        answerPayload(*plat::archivedDataWithRootObject(records));
+        answerReply(plat::Value::dictionary(
+            {{"VeltoServiceMessageData",
+              plat::Value::data(*plat::archivedDataWithRootObject(records))}}));
     }
     std::shared_ptr<Page> page() const { return open<Page>("VeltoDisabledAppsSettingsController"); }
     // Row names in order, group titles included; "(nil)" for a nameless row.

@@ -23,9 +23,7 @@ Ids without(Ids ids, const Ids& removed) {
 
 class RootPageTest : public ::testing::Test {
   protected:
-    std::shared_ptr<VeltoSettingsController> openRoot() {
-        return device.open<VeltoSettingsController>("VeltoSettingsController");
-    }
+    auto openRoot() { return device.open<VeltoSettingsController>("VeltoSettingsController"); }
     Ids rootIds() { return testsupport::BundleDevice::ids(openRoot()->specifiers()); }
     // The master switch on and every application with a custom row installed.
     void enableWithEveryCustomApp() {
@@ -230,12 +228,11 @@ TEST_F(RootPageTest, IconsAreRequestedOnEveryCallAndOnlyDecodedRepliesAreKept) {
     auto root = openRoot();
     // No responder: every request goes unanswered and no row gets an icon.
     auto list = root->specifiers();
-    auto requests = device.entries<plat::journal::Request>();
-    ASSERT_EQ(requests.size(), 5u);  // Phone, Messages, Mail, FaceTime, Contacts
-    for (const auto& r : requests) {
-        EXPECT_EQ(r.name, "com.norvale.velto.appicon");
-        EXPECT_FALSE(r.replied());
-    }
+    Ids requests;
+    for (const auto& r : device.entries<plat::journal::Request>())
+        requests.push_back(r.name + (r.replied() ? " replied" : ""));
+    // Phone, Messages, Mail, FaceTime, Contacts
+    EXPECT_EQ(requests, Ids(5, "com.norvale.velto.appicon"));
     EXPECT_TRUE(list->objectAtIndex(3)->propertyForKey("iconImage").isNil());
 
     device.answerIcons(87);

@@ -25,9 +25,7 @@ void PrintTo(const SwitchPage& page, std::ostream* out) {
 
 class LockScreenNCTest : public ::testing::TestWithParam<SwitchPage> {
   protected:
-    std::shared_ptr<velto::EnableSwitchPage> page() {
-        return device.open<velto::EnableSwitchPage>(GetParam().className);
-    }
+    auto page() { return device.open<velto::EnableSwitchPage>(GetParam().className); }
     bool enabled(velto::EnableSwitchPage& page) {
         if (auto lock = dynamic_cast<velto::LockScreenSettingsController*>(&page))
             return lock->isVeltoEnabledForLockScreen();

@@ -88,13 +88,8 @@ class MailPageTest : public ::testing::Test {
   protected:
     void SetUp() override { device.writeSettings({{"VeltoEnabledMail", true}}); }
 
-    std::shared_ptr<Mail> open() {
-        return page = device.openBuilt<Mail>("MailAppSettingsController");
-    }
+    auto open() { return page = device.openBuilt<Mail>("MailAppSettingsController"); }
     Ids ids() const { return testsupport::BundleDevice::ids(page->specifiers()); }
-    plat::SpecifierPtr row(const std::string& id) const {
-        return device.row(page->specifiers(), id);
-    }
     void flip(bool on) { device.flip(*page, "MailEnabled", on); }
     std::shared_ptr<plat::ImagePickerController> choose() {
         device.tap(*page, "ChooseAvatar");
@@ -187,20 +182,20 @@ TEST_F(MailPageTest, PictureIconsFollowTheRoundedOptionWhenBuiltOrInserted) {
     device.writeSettings({{"VeltoEnabledMail", true}, {"VeltoEnabledRoundedPictures", true}});
     open();
     for (const auto& id : kPictures)
-        EXPECT_EQ(cornerAlpha(row(id)), 0u) << id;
+        EXPECT_EQ(cornerAlpha(device.row(page->specifiers(), id)), 0u) << id;
 
     // Changed elsewhere: read again at the next build, not before.
     device.writeSettings({{"VeltoEnabledMail", true}});
-    EXPECT_EQ(cornerAlpha(row("My Avatar")), 0u);
+    EXPECT_EQ(cornerAlpha(device.row(page->specifiers(), "My Avatar")), 0u);
     page->reloadSpecifiers();
     for (const auto& id : kPictures)
-        EXPECT_EQ(cornerAlpha(row(id)), 0xffu) << id;
+        EXPECT_EQ(cornerAlpha(device.row(page->specifiers(), id)), 0xffu) << id;
 
     // The rows the switch inserts (found first) are reshaped from the file at that moment.
     device.writeSettings({{"VeltoEnabledMail", true}, {"VeltoEnabledRoundedPictures", true}});
     flip(true);
     for (const auto& id : kPictures)
-        EXPECT_EQ(cornerAlpha(row(id)), 0u) << id;
+        EXPECT_EQ(cornerAlpha(device.row(page->specifiers(), id)), 0u) << id;
 
     // Any insertion: only a row with a picture row's name and an icon is reshaped.
     const auto named = page->loadSpecifiersFromPlistName("MailApp", page)->objectAtIndex(3);

@@ -8,7 +8,6 @@
 #include <filesystem>
 
 #include "pages/messages_app_settings_controller.h"
-#include "platform/prefs/runtime.h"
 #include "platform/ui/image.h"
 #include "tests/support/bundle_device.h"
 
@@ -54,39 +53,14 @@ TEST_F(MessagesPageTest, TwoRowsWhileOffAndTheSwitchBringsTheRestInAndOut) {
     EXPECT_EQ(device.listOperations(at).size(), kMessagesRows.size() - 2);
 }
 
-TEST_F(MessagesPageTest, BothFilesOfANameShareOneFolderAndGoFromThereFirst) {
+TEST_F(MessagesPageTest, PicturesGoToTheirFolderFirstThenToTheMessagesContainerIfThereIsOne) {
+    device.writeSettings({{"VeltoEnabledMessages", true}});
     open();
+    // Both files of a name share one folder.
     for (const std::string name : {Messages::kDefaultImageName, Messages::kDefaultThumbnailName})
         EXPECT_EQ(page->getThumnailImageCacheFilePath(name), page->getImageCacheFilePath(name));
     EXPECT_EQ(page->getImageCacheFilePath("N.png"), kCache + "/N.png");
     EXPECT_FALSE(page->shouldShowImageAsTitle());
-
-    // Without a Messages container the copy has nowhere to go: the log says so, nothing breaks.
-    EXPECT_EQ(Messages::messagesContainerFolder(), std::nullopt);
-    device.writeText(kCache + "/N.png", "x");
-    auto at = device.mark();
-    page->preparePathAndRemoveItem("N.png");
-    EXPECT_EQ(logSince(at), (Ids{"Removed '" + kCache + "/N.png'",
-                                 "Removing Image to messages directory '(null)' too..."}));
-
-    const std::string container = "/var/mobile/Containers/Data/Application/SMS";
-    device.writePlist(container + "/.com.apple.mobile_container_manager.metadata.plist",
-                      Value::dictionary({{"MCMMetadataIdentifier", "com.apple.MobileSMS"}}));
-    const std::string copy = container + "/Library/Preferences/Velto/N.png";
-    EXPECT_EQ(Messages::messagesContainerFolder(), container + "/Library/Preferences/Velto");
-    device.writeText(kCache + "/N.png", "x");
-    device.writeText(copy, "x");
-    at = device.mark();
-    page->preparePathAndRemoveItem("N.png");
-    EXPECT_EQ(logSince(at), (Ids{"Removed '" + kCache + "/N.png'",
-                                 "Removing Image to messages directory '" + copy + "' too...",
-                                 "Removed '" + copy + "'"}));
-    EXPECT_FALSE(device.exists(kCache + "/N.png") || device.exists(copy));
-}
-
-TEST_F(MessagesPageTest, APictureIsSavedThroughTheBaseFirstThenCopiedToMessages) {
-    device.writeSettings({{"VeltoEnabledMessages", true}});
-    open();
     const auto picture = plat::Image::blank(40, 20, 1);
     const auto saved = [](const std::string& path) {
         return "Saved the default contact picture at '" + path + "'";
@@ -94,8 +68,15 @@ TEST_F(MessagesPageTest, APictureIsSavedThroughTheBaseFirstThenCopiedToMessages)
     const std::string image = kCache + "/" + Messages::kDefaultImageName;
     const std::string thumbnail = kCache + "/" + Messages::kDefaultThumbnailName;
 
-    // Without a Messages container the copy is announced with a nil folder and not made.
+    // Without a Messages container the copy has nowhere to go: the log says so, nothing breaks,
+    // and the copy is announced with a nil folder and not made.
+    EXPECT_EQ(Messages::messagesContainerFolder(), std::nullopt);
+    device.writeText(kCache + "/N.png", "x");
     auto at = device.mark();
+    page->preparePathAndRemoveItem("N.png");
+    EXPECT_EQ(logSince(at), (Ids{"Removed '" + kCache + "/N.png'",
+                                 "Removing Image to messages directory '(null)' too..."}));
+    at = device.mark();
     page->saveDefaultContactImage(picture);
     EXPECT_EQ(logSince(at), (Ids{saved(image), saved(thumbnail),
                                  "Saving Default Image to messages directory '(null)' too..."}));
@@ -104,6 +85,16 @@ TEST_F(MessagesPageTest, APictureIsSavedThroughTheBaseFirstThenCopiedToMessages)
     device.writePlist(container + "/.com.apple.mobile_container_manager.metadata.plist",
                       Value::dictionary({{"MCMMetadataIdentifier", "com.apple.MobileSMS"}}));
     const std::string copies = container + "/Library/Preferences/Velto";
+    EXPECT_EQ(Messages::messagesContainerFolder(), copies);
+    device.writeText(kCache + "/N.png", "x");
+    device.writeText(copies + "/N.png", "x");
+    at = device.mark();
+    page->preparePathAndRemoveItem("N.png");
+    EXPECT_EQ(logSince(at),
+              (Ids{"Removed '" + kCache + "/N.png'",
+                   "Removing Image to messages directory '" + copies + "/N.png' too...",
+                   "Removed '" + copies + "/N.png'"}));
+    EXPECT_FALSE(device.exists(kCache + "/N.png") || device.exists(copies + "/N.png"));
     at = device.mark();
     page->saveDefaultContactImage(picture);
     EXPECT_EQ(logSince(at),

@@ -72,8 +72,7 @@ TEST_F(MessagesSimulatorTest, PickingAPhotoAndRestoringTheStockPicture) {
     shows.erase(shows.begin());
 
     // Only the original came back: nothing written, nobody told, the picker gone.
-    const auto first = posted(shows[0]);
-    EXPECT_EQ(std::count(first.begin(), first.end(), kChanged), 0);
+    EXPECT_EQ(std::ranges::count(posted(shows[0]), kChanged), 0);
     for (const auto& e : shows[0].at("journal"))
         EXPECT_NE(e.at("kind"), "log") << e;
     EXPECT_EQ(shows[0].at("presented"), nullptr);

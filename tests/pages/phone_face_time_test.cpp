@@ -17,9 +17,7 @@ constexpr auto ids = &testsupport::BundleDevice::ids;
 
 class PhoneFaceTimeTest : public ::testing::Test {
   protected:
-    std::shared_ptr<PhoneAppSettingsController> phone() {
-        return device.open<PhoneAppSettingsController>("PhoneAppSettingsController");
-    }
+    auto phone() { return device.open<PhoneAppSettingsController>("PhoneAppSettingsController"); }
     std::shared_ptr<FaceTimeAppSettingsController> faceTime() {
         return device.open<FaceTimeAppSettingsController>("FaceTimeAppSettingsController");
     }
@@ -186,8 +184,8 @@ TEST_F(PhoneFaceTimeTest, ShortListsFailWithTheRangeErrorWhereThePlatformWould) 
     auto one = std::make_shared<plat::SpecifierArray>();
     one->addObject(plat::Specifier::emptyGroupSpecifier());
     page->setHeldSpecifiers(one);
-    auto toggle = plat::Specifier::emptyGroupSpecifier();
-    EXPECT_THROW(page->faceTimeAppEnabledOrDisabled(Value::boolean(false), toggle),
+    EXPECT_THROW(page->faceTimeAppEnabledOrDisabled(Value::boolean(false),
+                                                    plat::Specifier::emptyGroupSpecifier()),
                  plat::RangeError);
     EXPECT_EQ(one->count(), 1u);
 
