@@ -34,8 +34,7 @@ TEST(AboutPageTest, FooterCarriesVersionAndYear) {
     const auto today = std::chrono::floor<std::chrono::days>(std::chrono::system_clock::now());
     EXPECT_EQ(velto::NVMiscSettingsViewController::currentYear(),
               static_cast<int>(std::chrono::year_month_day(today).year()));
-    const auto footer = page->copyRightSpecifier()->propertyForKey("footerText").str();
-    EXPECT_EQ(footer,
+    EXPECT_EQ(page->copyRightSpecifier()->propertyForKey("footerText").str(),
               page->copryRightSpecifierText(velto::NVMiscSettingsViewController::currentYear()));
 
     AboutDevice unknown;  // neither the package manager nor SpringBoard knows a version

@@ -17,13 +17,7 @@ namespace {
 class DisabledAppsPageTest : public ::testing::Test {
   protected:
     AppsDevice device;
-    std::shared_ptr<velto::VeltoSettings> settings() {
-        return velto::VeltoSettings::sharedSettings();
-    }
-    // Shows the row as the Settings app would (cell hook) and answers the switch position.
-    bool shownOn(Page& page, const std::string& id) {
-        return device.cell(page, id)->control()->isOn();
-    }
+    auto settings() { return velto::VeltoSettings::sharedSettings(); }
 };
 
 TEST_F(DisabledAppsPageTest, SystemGroupFirstEachSortedIgnoringCase) {
@@ -101,9 +95,9 @@ TEST_F(DisabledAppsPageTest, SwitchShowsExclusionAndToggleFlipsWhatIsStored) {
         Value::array({record("com.alpha", "Alpha", false), record("com.bank", "bank", false)}));
     settings()->addToExcludedApps("com.bank");
     auto page = device.page();
-    page->specifiers();
-    EXPECT_FALSE(shownOn(*page, "com.alpha"));
-    EXPECT_TRUE(shownOn(*page, "com.bank"));
+    // The rows' cells as the Settings app shows them (cell hook): the switch position.
+    EXPECT_FALSE(device.cell(*page, "com.alpha")->control()->isOn());
+    EXPECT_TRUE(device.cell(*page, "com.bank")->control()->isOn());
 
     // Alpha was shown off, then excluded elsewhere: the tap sends "on" but un-excludes it.
     settings()->addToExcludedApps("com.alpha");
@@ -112,7 +106,7 @@ TEST_F(DisabledAppsPageTest, SwitchShowsExclusionAndToggleFlipsWhatIsStored) {
     // The value is ignored both ways.
     page->setPreferenceValue(Value::boolean(false), page->specifiers()->objectAtIndex(1));
     EXPECT_TRUE(settings()->isAppExcluded("com.alpha", true));
-    EXPECT_TRUE(shownOn(*page, "com.alpha"));
+    EXPECT_TRUE(device.cell(*page, "com.alpha")->control()->isOn());
     // Through the file, as the extension reads it; the page wrote no value of its own.
     EXPECT_EQ(device.mainSettings().objectForKey("VeltoExcludedApps"),
               Value::array({"com.bank", "com.alpha"}));

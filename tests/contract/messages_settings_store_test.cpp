@@ -43,11 +43,9 @@ class MessagesSettingsStoreTest : public ContractTest {
 };
 
 TEST_F(MessagesSettingsStoreTest, UpdatesRewriteTheWholeFileInBinaryAndRefreshTheSharedCopy) {
-    device.writePlist(kMainFile,
-                      Value::dictionary({{"VeltoEnabled", Value::boolean(false)},
-                                         {"VeltoEnabledMail", Value::boolean(true)},
-                                         {"Extra", "kept"}}),
-                      true);
+    Value settings = bools({{"VeltoEnabled", false}, {"VeltoEnabledMail", true}});
+    settings.setValueForKey("Extra", "kept");
+    device.writePlist(kMainFile, settings, true);
     auto page = openPage();
     // In place, never a new file renamed over the old one: the extension keeps the file it
     // watches, so the same inode must carry the new contents.
@@ -55,9 +53,8 @@ TEST_F(MessagesSettingsStoreTest, UpdatesRewriteTheWholeFileInBinaryAndRefreshTh
     page->updateSettingsDict(Value::boolean(true), "VeltoEnabled");
     EXPECT_EQ(device.process().root().status(kMainFile)->version.inode, watched->version.inode);
     EXPECT_TRUE(fileText(kMainFile).starts_with("bplist00"));
-    EXPECT_EQ(device.mainSettings(), Value::dictionary({{"VeltoEnabled", Value::boolean(true)},
-                                                        {"VeltoEnabledMail", Value::boolean(true)},
-                                                        {"Extra", "kept"}}));
+    settings.setValueForKey("VeltoEnabled", Value::boolean(true));
+    EXPECT_EQ(device.mainSettings(), settings);
     EXPECT_TRUE(VeltoSettings::sharedSettings()->isVeltoEnabled());
 
     // nil removes the key from the dictionary and from the file.

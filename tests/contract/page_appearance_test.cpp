@@ -129,8 +129,7 @@ TEST_F(PageAppearanceTest, AboutPageBuildsFromItsResourceWithThisYearsFooterAndS
                                                    item("PSGroupCell", "CopyrightGroup")})}}));
     auto page = push<AboutPage>();
     auto rows = page->specifiers();
-    EXPECT_EQ(testsupport::BundleDevice::ids(rows),
-              (std::vector<std::string>{"LinksGroup", "Mail", "CopyrightGroup"}));
+    EXPECT_EQ(device.ids(rows), (std::vector<std::string>{"LinksGroup", "Mail", "CopyrightGroup"}));
     EXPECT_EQ(page->specifiers(), rows);  // built once
 
     // The year itself is the About page's test; here, that the base puts the text in place.

@@ -24,7 +24,7 @@ Ids without(Ids ids, const Ids& removed) {
 class RootPageTest : public ::testing::Test {
   protected:
     auto openRoot() { return device.open<VeltoSettingsController>("VeltoSettingsController"); }
-    Ids rootIds() { return testsupport::BundleDevice::ids(openRoot()->specifiers()); }
+    Ids rootIds() { return device.ids(openRoot()->specifiers()); }
     // The master switch on and every application with a custom row installed.
     void enableWithEveryCustomApp() {
         device.writeSettings({{"VeltoEnabled", true}});
@@ -69,7 +69,7 @@ TEST_F(RootPageTest, MasterSwitchOffKeepsHeaderSwitchAndTheLastTwoRowsOnBothList
 TEST_F(RootPageTest, InstalledApplicationsDecideTheCustomRows) {
     enableWithEveryCustomApp();
     auto list = openRoot()->specifiers();
-    EXPECT_EQ(testsupport::BundleDevice::ids(list), phoneList);
+    EXPECT_EQ(device.ids(list), phoneList);
     // The recents row reads "<name> 2" and keeps its identifier.
     EXPECT_EQ(list->objectAtIndex(15)->name(), "Recents 2");
     EXPECT_EQ(list->objectAtIndex(15)->identifier(), "Recents");
@@ -137,8 +137,7 @@ TEST_F(RootPageTest, IPadListKeepsItsOwnRingLedgerRule) {
 
 TEST_F(RootPageTest, FallbackIndexesApplyWhenAnIdentifierIsMissing) {
     enableWithEveryCustomApp();
-    std::filesystem::remove(device.host("/Applications/biteSMS.app/Info.plist"));
-    std::filesystem::remove(device.host("/Applications/biteSMS.app"));
+    std::filesystem::remove_all(device.host("/Applications/biteSMS.app"));
     // Without its identifier the biteSMS row is still removed, at index 13.
     auto velto = device.resource("Velto");
     velto.objectForKey("items").objectAtIndex(13).removeObjectForKey("id");
@@ -198,22 +197,21 @@ TEST_F(RootPageTest, MasterSwitchAnimatesTheMiddleAndRebuilds) {
     plat::Runtime::shared().perform(
         *root, "veltoEnabledOrDisabled:specifier:", {Value::boolean(true), Value(master)});
     // The unfiltered middle (rows 2..m-3 of a fresh load) comes in animated, then the rebuild.
-    Ids expectedOps = device.animated('+', 2, 17);
-    expectedOps.push_back("~");
-    EXPECT_EQ(device.listOperations(mark), expectedOps);
+    const auto thenRebuilt = [](Ids ops) {
+        ops.push_back("~");
+        return ops;
+    };
+    EXPECT_EQ(device.listOperations(mark), thenRebuilt(device.animated('+', 2, 17)));
     EXPECT_TRUE(device.mainSettings().objectForKey("VeltoEnabled").boolValue());
     EXPECT_EQ(device.notifications(), Ids{"com.norvale.veltosettingschanged"});
     EXPECT_EQ(device.firstLines(mark, 3), device.storedAndAnnounced("VeltoEnabled"));
-    EXPECT_EQ(testsupport::BundleDevice::ids(root->heldSpecifiers()),
-              without(phoneList, {"RingLedger", "Recents"}));
+    EXPECT_EQ(device.ids(root->heldSpecifiers()), without(phoneList, {"RingLedger", "Recents"}));
 
     mark = device.mark();
     const auto count = static_cast<int>(root->heldSpecifiers()->count());
     plat::Runtime::shared().perform(*root, "veltoEnabledOrDisabled:specifier:",
                                     {Value::boolean(false), Value(root->specifierAtIndex(1))});
-    expectedOps = device.animated('-', count - 3, 2);
-    expectedOps.push_back("~");
-    EXPECT_EQ(device.listOperations(mark), expectedOps);
+    EXPECT_EQ(device.listOperations(mark), thenRebuilt(device.animated('-', count - 3, 2)));
     EXPECT_EQ(root->heldSpecifiers()->count(), 4u);
 
     // Flipped before any list exists: stored, then only the rebuild.
@@ -249,8 +247,7 @@ TEST_F(RootPageTest, IconsAreRequestedOnEveryCallAndOnlyDecodedRepliesAreKept) {
     device.process().messageCenters().setResponder([](auto&, auto&, auto&) {
         return Value::dictionary({{"VeltoServiceMessageData", Value::data({1, 2, 3})}});
     });
-    auto other = openRoot();
-    EXPECT_TRUE(other->specifiers()->objectAtIndex(3)->propertyForKey("iconImage").isNil());
+    EXPECT_TRUE(openRoot()->specifiers()->objectAtIndex(3)->propertyForKey("iconImage").isNil());
 
     // The tweak message center is made once per process, whatever the number of pages.
     EXPECT_EQ(device.process().messageCenters().centersMade(), 1u);
@@ -259,17 +256,10 @@ TEST_F(RootPageTest, IconsAreRequestedOnEveryCallAndOnlyDecodedRepliesAreKept) {
 
 TEST_F(RootPageTest, HideOtherSpecifiersWorksOnTheCountItIsGiven) {
     auto root = openRoot();
-    auto rows = [](std::size_t n) {
-        auto list = std::make_shared<plat::SpecifierArray>();
-        for (std::size_t i = 0; i < n; ++i)
-            list->addObject(plat::Specifier::groupSpecifierWithName("r" + std::to_string(i)));
-        return list;
-    };
-    EXPECT_EQ(root->hideOtherSpecifiers(rows(3))->count(), 3u);
-    EXPECT_EQ(testsupport::BundleDevice::ids(root->hideOtherSpecifiers(rows(7))),
-              (Ids{"r0", "r1", "r5", "r6"}));
+    EXPECT_EQ(root->hideOtherSpecifiers(device.groups(3))->count(), 3u);
+    EXPECT_EQ(device.ids(root->hideOtherSpecifiers(device.groups(7))), (Ids{"0", "1", "5", "6"}));
     EXPECT_EQ(root->hideOtherSpecifiers(nullptr), nullptr);
-    EXPECT_THROW(root->hideOtherSpecifiers(rows(2)), plat::RangeError);
+    EXPECT_THROW(root->hideOtherSpecifiers(device.groups(2)), plat::RangeError);
 }
 
 TEST_F(RootPageTest, MainSettingsAreReadAtCreationAndUnreadableOnesAsAllOffLeftAlone) {

@@ -31,11 +31,8 @@ class GeneralPageTest : public ::testing::Test {
         return !list->objectAtIndex(0)->propertyForKey("footerText").isNil();
     }
     // Flips the local-cache switch on a built page; the sheet it presents.
-    static std::shared_ptr<plat::AlertController> flipLocalCache(
-        VeltoGeneralSettingsController& page, bool on) {
-        const auto row = page.specifierAtIndex(page.specifiers()->count() - 1);
-        plat::Runtime::shared().perform(page, "veltoUseLocalCacheEnabledOrDisabled:specifier:",
-                                        {Value::boolean(on), Value(row)});
+    auto flipLocalCache(VeltoGeneralSettingsController& page, bool on) {
+        device.flip(page, "Local Cache", on);
         return std::dynamic_pointer_cast<plat::AlertController>(page.presentedViewController());
     }
     // Kinds of what happened since a mark, leaving out presentation bookkeeping.
@@ -118,7 +115,8 @@ TEST_F(GeneralPageTest, ContinueStoresThenRestartsCancelStoresTheOldValue) {
 }
 
 TEST_F(GeneralPageTest, ASheetOutlivingItsPageStillSynchronizesAndRestarts) {
-    for (const char* action : {"Continue", "Cancel"}) {
+    for (const auto& [action, expected] :
+         {std::pair{"Continue", Ids{"synchronize", "shell"}}, {"Cancel", Ids{"synchronize"}}}) {
         auto shown = page();
         const auto sheet = flipLocalCache(*shown, true);
         const std::weak_ptr<VeltoGeneralSettingsController> gone = shown;
@@ -126,8 +124,6 @@ TEST_F(GeneralPageTest, ASheetOutlivingItsPageStillSynchronizesAndRestarts) {
         ASSERT_TRUE(gone.expired()) << "the sheet's actions keep the page alive";
         const auto mark = device.mark();
         ASSERT_TRUE(sheet->tapAction(action));
-        const Ids expected =
-            std::string(action) == "Continue" ? Ids{"synchronize", "shell"} : Ids{"synchronize"};
         EXPECT_EQ(effects(mark), expected) << action;
     }
     EXPECT_TRUE(device.mainSettings().objectForKey(kLocalCache).isNil());
@@ -136,9 +132,7 @@ TEST_F(GeneralPageTest, ASheetOutlivingItsPageStillSynchronizesAndRestarts) {
 TEST_F(GeneralPageTest, TrimmingKeepsTheHeadAndTheLastAndWrapsBelowTwo) {
     auto shown = page();
     for (std::size_t n = 0; n <= 5; ++n) {
-        auto list = std::make_shared<plat::SpecifierArray>();
-        for (std::size_t i = 0; i < n; ++i)
-            list->addObject(plat::Specifier::groupSpecifierWithName(std::to_string(i)));
+        auto list = device.groups(n);
         if (n < 2) {
             EXPECT_THROW(shown->disableMonogramRelatedSettings(list), plat::RangeError) << n;
             continue;

@@ -77,9 +77,7 @@ TEST_P(LockScreenNCTest, CountDownsWrapOnAnEmptyListAndLeaveShortOnesAlone) {
 
     auto shown = page();
     for (std::size_t n : {0, 1, 2}) {
-        auto list = std::make_shared<plat::SpecifierArray>();
-        for (std::size_t i = 0; i < n; ++i)
-            list->addObject(plat::Specifier::emptyGroupSpecifier());
+        auto list = device.groups(n);
         shown->setHeldSpecifiers(list);
         const plat::Arguments off{Value::boolean(false),
                                   Value(plat::Specifier::emptyGroupSpecifier())};

@@ -89,7 +89,7 @@ class MailPageTest : public ::testing::Test {
     void SetUp() override { device.writeSettings({{"VeltoEnabledMail", true}}); }
 
     auto open() { return page = device.openBuilt<Mail>("MailAppSettingsController"); }
-    Ids ids() const { return testsupport::BundleDevice::ids(page->specifiers()); }
+    Ids ids() const { return device.ids(page->specifiers()); }
     void flip(bool on) { device.flip(*page, "MailEnabled", on); }
     std::shared_ptr<plat::ImagePickerController> choose() {
         device.tap(*page, "ChooseAvatar");
@@ -105,14 +105,14 @@ class MailPageTest : public ::testing::Test {
         const auto picker = choose();
         const auto at = device.mark();
         EXPECT_TRUE(picker && picker->pick(picture, nullptr));
-        return journal(at);
+        return device.journalLines(at);
     }
     Ids restore() {
         open();
         const auto sheet = restoreSheet();
         const auto at = device.mark();
         EXPECT_TRUE(sheet && sheet->tapAction("Default Avatar"));
-        return journal(at);
+        return device.journalLines(at);
     }
     // A shown controller put by hand into the popover slot, which nothing fills.
     std::shared_ptr<plat::ViewController> fillPopoverSlot() {
@@ -121,9 +121,6 @@ class MailPageTest : public ::testing::Test {
         device.process().slots().set(Mail::kPopoverSlot, shown);
         return shown;
     }
-
-    // The journal since a mark, an entry a line: "log <text>", "dismiss <class> <how> animated"...
-    Ids journal(std::size_t mark) const { return device.journalLines(mark); }
 
     testsupport::BundleDevice device;
     std::shared_ptr<Mail> page;
@@ -239,7 +236,7 @@ TEST_F(MailPageTest, OnAnIPhoneThePickerIsFullScreenAndTheSheetOffersRestoreThen
     const auto second = choose();
     EXPECT_NE(second, first);
     ASSERT_TRUE(second->pick(nullptr, landscape()));
-    EXPECT_EQ(journal(at),
+    EXPECT_EQ(device.journalLines(at),
               (Ids{"dismiss UIImagePickerController dismissModalViewControllerAnimated animated",
                    "present UIImagePickerController animated", kPickerGone}));
     EXPECT_FALSE(Mail::imagePicker());
@@ -250,13 +247,13 @@ TEST_F(MailPageTest, OnAnIPhoneThePickerIsFullScreenAndTheSheetOffersRestoreThen
     at = device.mark();
     auto sheet = restoreSheet();
     ASSERT_TRUE(sheet);
-    EXPECT_EQ(journal(at), Ids{"present UIAlertController animated"});
+    EXPECT_EQ(device.journalLines(at), Ids{"present UIAlertController animated"});
     EXPECT_FALSE(sheet->title() || sheet->message());
     EXPECT_EQ(sheet->preferredStyle(), plat::UIAlertControllerStyleActionSheet);
     EXPECT_FALSE(sheet->presentsAsPopover());
     at = device.mark();
     EXPECT_TRUE(sheet->tapAction("Cancel"));
-    EXPECT_EQ(journal(at), Ids{kSheetGone});
+    EXPECT_EQ(device.journalLines(at), Ids{kSheetGone});
 }
 
 TEST_F(MailPageTest, OnAnIPadThePickerAndTheSheetArePopoversAtTheirButtons) {
@@ -274,7 +271,7 @@ TEST_F(MailPageTest, OnAnIPadThePickerAndTheSheetArePopoversAtTheirButtons) {
     // A pick dismisses a popover held in the slot first, animated, and empties the slot.
     const auto at = device.mark();
     ASSERT_TRUE(picker->pick(landscape(), nullptr));
-    EXPECT_EQ(journal(at).front(),
+    EXPECT_EQ(device.journalLines(at).front(),
               "dismiss UIViewController dismissViewControllerAnimated animated");
     EXPECT_FALSE(Mail::popover());
     EXPECT_FALSE(host->presentedViewController());
@@ -289,7 +286,7 @@ TEST_F(MailPageTest, OnAnIPadThePickerAndTheSheetArePopoversAtTheirButtons) {
     // Tapped outside: gone, nothing restored.
     const auto before = device.mark();
     EXPECT_TRUE(sheet->dismissByTappingOutside());
-    EXPECT_EQ(journal(before), Ids{"dismiss UIAlertController tap-outside animated"});
+    EXPECT_EQ(device.journalLines(before), Ids{"dismiss UIAlertController tap-outside animated"});
 }
 
 // --- The avatar files --------------------------------------------------------------------

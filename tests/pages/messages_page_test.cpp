@@ -27,7 +27,7 @@ const std::string kCache = "/var/mobile/Library/Preferences/Velto";
 class MessagesPageTest : public ::testing::Test {
   protected:
     void open() { page = device.openBuilt<Messages>("MessagesAppSettingsController"); }
-    Ids ids() const { return testsupport::BundleDevice::ids(page->specifiers()); }
+    Ids ids() const { return device.ids(page->specifiers()); }
     void flip(bool on) { device.flip(*page, "MessagesEnabled", on); }
 
     Ids logSince(std::size_t mark) const {

@@ -26,10 +26,6 @@ class PhoneFaceTimeTest : public ::testing::Test {
         plat::Runtime::shared().perform(page, selector,
                                         {Value::boolean(on), Value(page.specifierAtIndex(row))});
     }
-    // The first three things a switch did: store, announce, synchronize.
-    void expectStored(std::size_t mark, const std::string& key) {
-        EXPECT_EQ(device.firstLines(mark, 3), device.storedAndAnnounced(key));
-    }
 
     testsupport::BundleDevice device;
 };
@@ -62,7 +58,7 @@ TEST_F(PhoneFaceTimeTest, PhoneSwitchesInsertAndRemoveWithoutLookingAtWhatIsShow
     page->specifiers();
     auto mark = device.mark();
     flip(*page, "phoneAppEnabledOrDisabled:specifier:", 1, true);
-    expectStored(mark, "PhoneAppEnabled");
+    EXPECT_EQ(device.firstLines(mark, 3), device.storedAndAnnounced("PhoneAppEnabled"));
     // File rows 2..7 (the last is left out), favourites or not.
     EXPECT_EQ(device.listOperations(mark), device.animated('+', 2, 7));
     EXPECT_TRUE(device.mainSettings().objectForKey("PhoneAppEnabled").boolValue());
@@ -71,7 +67,7 @@ TEST_F(PhoneFaceTimeTest, PhoneSwitchesInsertAndRemoveWithoutLookingAtWhatIsShow
     // Favourites on: row 2 goes (no animation argument) and a fixed six rows come in.
     mark = device.mark();
     flip(*page, "favoritesEnabledOrDisabled:specifier:", 3, true);
-    expectStored(mark, "ShowFavoritesContactImage");
+    EXPECT_EQ(device.firstLines(mark, 3), device.storedAndAnnounced("ShowFavoritesContactImage"));
     EXPECT_EQ(device.listOperations(mark), (Ids{"-2", "+2a", "+3a", "+4a", "+5a", "+6a", "+7a"}));
     EXPECT_EQ(page->specifiers()->count(), 8u + 5u);
     EXPECT_TRUE(device.mainSettings().objectForKey("ShowFavoritesContactImage").boolValue());
@@ -165,7 +161,7 @@ TEST_F(PhoneFaceTimeTest, FaceTimeSwitchesKeepTheLastRowWhenTurnedOff) {
 
     mark = device.mark();
     flip(*page, "favoritesEnabledOrDisabled:specifier:", 3, true);
-    expectStored(mark, "ShowFavoritesContactImage");
+    EXPECT_EQ(device.firstLines(mark, 3), device.storedAndAnnounced("ShowFavoritesContactImage"));
     EXPECT_EQ(device.listOperations(mark), (Ids{"-2a", "+2a", "+3a", "+4a", "+5a", "+6a", "+7a"}));
 }
 
@@ -181,8 +177,7 @@ TEST_F(PhoneFaceTimeTest, ShortListsFailWithTheRangeErrorWhereThePlatformWould) 
 
     // The off handler counts down from count - 2: one row wraps, and nothing is removed.
     auto page = faceTime();
-    auto one = std::make_shared<plat::SpecifierArray>();
-    one->addObject(plat::Specifier::emptyGroupSpecifier());
+    auto one = device.groups(1);
     page->setHeldSpecifiers(one);
     EXPECT_THROW(page->faceTimeAppEnabledOrDisabled(Value::boolean(false),
                                                     plat::Specifier::emptyGroupSpecifier()),

@@ -78,6 +78,13 @@ void BundleDevice::answerIcons(int pixels) {
     });
 }
 
+plat::SpecifierArrayPtr BundleDevice::groups(std::size_t n) {
+    auto list = std::make_shared<plat::SpecifierArray>();
+    for (std::size_t i = 0; i < n; ++i)
+        list->addObject(plat::Specifier::groupSpecifierWithName(std::to_string(i)));
+    return list;
+}
+
 std::vector<std::string> BundleDevice::ids(const plat::SpecifierArrayPtr& list) {
     std::vector<std::string> out;
     if (!list) return out;

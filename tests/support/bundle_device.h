@@ -59,6 +59,8 @@ class BundleDevice : public TestDevice {
         return page;
     }
 
+    // A list of n group rows named (and identified) "0", "1"...
+    static plat::SpecifierArrayPtr groups(std::size_t n);
     // Identifiers (or names) of a list, in order.
     static std::vector<std::string> ids(const plat::SpecifierArrayPtr& list);
 
