@@ -56,8 +56,7 @@ TEST_P(LockScreenNCTest, TheKeyDecidesTheRowsAtOpen) {
 }
 
 TEST_P(LockScreenNCTest, OnInsertsEveryFileRowOffLeavesTheHead) {
-    auto shown = page();
-    shown->specifiers();
+    auto shown = device.openBuilt<velto::EnableSwitchPage>(GetParam().className);
     auto mark = device.mark();
     flip(*shown, true);
     EXPECT_EQ(device.listOperations(mark), device.animated('+', 2, fileRows() - 1));

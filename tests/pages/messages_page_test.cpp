@@ -50,7 +50,7 @@ TEST_F(MessagesPageTest, TwoRowsWhileOffAndTheSwitchBringsTheRestInAndOut) {
     const auto at = device.mark();
     flip(false);
     EXPECT_EQ(ids(), kMessagesHead);
-    EXPECT_EQ(device.listOperations(at).size(), kMessagesRows.size() - 2);
+    EXPECT_EQ(device.listOperations(at), device.animated('-', 7, 2));
 }
 
 TEST_F(MessagesPageTest, PicturesGoToTheirFolderFirstThenToTheMessagesContainerIfThereIsOne) {

@@ -54,8 +54,7 @@ TEST_F(PhoneFaceTimeTest, PhoneBuildPrunesByFavourites) {
 }
 
 TEST_F(PhoneFaceTimeTest, PhoneSwitchesInsertAndRemoveWithoutLookingAtWhatIsShown) {
-    auto page = phone();
-    page->specifiers();
+    auto page = device.openBuilt<PhoneAppSettingsController>("PhoneAppSettingsController");
     auto mark = device.mark();
     flip(*page, "phoneAppEnabledOrDisabled:specifier:", 1, true);
     EXPECT_EQ(device.firstLines(mark, 3), device.storedAndAnnounced("PhoneAppEnabled"));
@@ -146,8 +145,8 @@ TEST_F(PhoneFaceTimeTest, IPadFaceTimeGovernsThePhoneKey) {
 
 TEST_F(PhoneFaceTimeTest, FaceTimeSwitchesKeepTheLastRowWhenTurnedOff) {
     device.writeSettings({{"VeltoEnabledFacetime", true}, {"ShowFavoritesContactImage", true}});
-    auto page = faceTime();
-    page->specifiers();  // 7 rows
+    // 7 rows
+    auto page = device.openBuilt<FaceTimeAppSettingsController>("FaceTimeAppSettingsController");
     auto mark = device.mark();
     flip(*page, "faceTimeAppEnabledOrDisabled:specifier:", 1, false);
     EXPECT_EQ(device.listOperations(mark), (Ids{"-5a", "-4a", "-3a", "-2a"}));
