@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <fstream>
 #include <functional>
-#include <map>
 
 #include "app/check/check_run.h"
 #include "app/check/check_static.h"
@@ -120,33 +119,27 @@ TEST(Check, AFaultTwoStepsAwayIsFoundWithTheStepsThatReplayIt) {
               1);
     const Finding* setter = find(phone.findings, "missing-setter", "MailApp");
     ASSERT_NE(setter, nullptr);
-    EXPECT_NE(setter->reason.find("mailAppNowhere:specifier:"), std::string::npos);
+    EXPECT_THAT(setter->reason, HasSubstr("mailAppNowhere:specifier:"));
     EXPECT_NE(find(phone.findings, "unrecognized-selector", "MailApp"), nullptr);
 
     // The steps replay on a device made as the finding says.
     ScratchFolder scratch;
-    const std::string device = (scratch.path() / "device").string();
-    const std::map<std::string, std::string> env{{"VELTO_RESOURCES", broken.path().string()}};
-    ASSERT_EQ(runProgram(joined({"device", "init", device}, favourites->device), "", env).status,
-              0);
+    const std::string device = scratch / "device";
+    const auto run = [&](const std::vector<std::string>& arguments) {
+        return runProgram(arguments, "", {{"VELTO_RESOURCES", broken.path().string()}});
+    };
+    ASSERT_TRUE(ended(run(joined({"device", "init", device}, favourites->device)), 0));
     for (const auto& write : favourites->defaults)
-        ASSERT_EQ(
-            runProgram(joined({"--device", device, "defaults", "write"}, write), "", env).status,
-            0);
-    std::string script;
-    for (const std::string& step : favourites->steps)
-        script += step + "\n";
-    const auto replay = runProgram({"--device", device, "run", "-"}, script, env);
-    EXPECT_NE(replay.status, 0);
-    EXPECT_NE(replay.err.find("index 6 beyond bounds [0 .. 6)"), std::string::npos) << replay.err;
+        ASSERT_TRUE(ended(run(joined({"--device", device, "defaults", "write"}, write)), 0));
+    EXPECT_TRUE(ended(run(joined({"--device", device}, favourites->steps)), 4,
+                      "index 6 beyond bounds [0 .. 6)"));
 
     const auto pad =
         velto::app::checkBundle(broken.path(), devices(plat::DeviceFamily::iPad, {0, kRecents}));
     const Finding* recents = find(pad.findings, "range-error", "VeltoiPad");
     ASSERT_NE(recents, nullptr);
     // Recents alone is the smallest device that shows it; without it the list builds.
-    EXPECT_NE(recents->state.find("iPad, iOS 13.0, FaceTime, recents;"), std::string::npos)
-        << recents->state;
+    EXPECT_THAT(recents->state, HasSubstr("iPad, iOS 13.0, FaceTime, recents;"));
     EXPECT_TRUE(recents->steps.empty());
 }
 
@@ -170,18 +163,17 @@ TEST(Check, BrokenListsAndPicturesAreFoundWithoutADeviceSayingWhereAndWhatSize) 
     const Finding* list = find(findings, "unreadable-list", "Recents");
     ASSERT_NE(list, nullptr);
     EXPECT_TRUE(list->error());
-    EXPECT_NE(list->reason.find("line 5, column 26"), std::string::npos) << list->reason;
+    EXPECT_THAT(list->reason, HasSubstr("line 5, column 26"));
     const Finding* picture = find(findings, "bad-image", "avatar_group@3x.png");
     ASSERT_NE(picture, nullptr);
     EXPECT_TRUE(picture->error());
     const Finding* icon = find(findings, "image-size", "icon_nc@3x.png");
     ASSERT_NE(icon, nullptr);
     EXPECT_FALSE(icon->error());
-    EXPECT_NE(icon->reason.find("29x29 pixels where 87x87"), std::string::npos) << icon->reason;
+    EXPECT_THAT(icon->reason, HasSubstr("29x29 pixels where 87x87"));
     const Finding* avatar = find(findings, "image-size", "recent@3x.png");
     ASSERT_NE(avatar, nullptr);
-    EXPECT_NE(avatar->reason.find("120x120 pixels where 180x180"), std::string::npos)
-        << avatar->reason;
+    EXPECT_THAT(avatar->reason, HasSubstr("120x120 pixels where 180x180"));
     // The shipped pictures are the sizes they are drawn at; others have no expected size.
     EXPECT_EQ(std::count_if(findings.all().begin(), findings.all().end(),
                             [](const Finding& f) { return f.kind == "image-size"; }),

@@ -145,12 +145,25 @@ ProgramResult runProgram(const std::vector<std::string>& arguments, const std::s
     ::close(err[1]);
 
     ProgramResult result;
+    result.arguments = arguments;
     pump(out[0], err[0], in[1], input, result);
     int status = 0;
     while (::waitpid(pid, &status, 0) < 0 && errno == EINTR) {
     }
     result.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     return result;
+}
+
+::testing::AssertionResult ended(const ProgramResult& result, int status, const std::string& says) {
+    if (result.status == status && result.err.find(says) != std::string::npos)
+        return ::testing::AssertionSuccess();
+    std::string arguments;
+    for (const std::string& argument : result.arguments)
+        arguments += " '" + argument + "'";
+    return ::testing::AssertionFailure()
+           << "velto-settings" << arguments << "\nended " << result.status << ", wanted " << status
+           << (says.empty() ? "" : " saying \"" + says + "\"") << "\nout: " << result.out
+           << "\nerr: " << result.err;
 }
 
 ScratchFolder::ScratchFolder() {
@@ -167,8 +180,7 @@ ScratchFolder::~ScratchFolder() {
 }
 
 void initDevice(const std::string& folder, const std::vector<std::string>& options) {
-    const ProgramResult result = runProgram(joined({"device", "init", folder}, options));
-    ASSERT_EQ(result.status, 0) << result.err;
+    ASSERT_TRUE(ended(runProgram(joined({"device", "init", folder}, options)), 0));
 }
 
 std::vector<nlohmann::json> journalOf(const nlohmann::json& page, const std::string& kind) {
@@ -188,6 +200,11 @@ const nlohmann::json* row(const nlohmann::json& page, const std::string& idOrLab
     for (const auto& shown : page.at("rows"))
         if (shown.at("id") == idOrLabel || shown.at("label") == idOrLabel) return &shown;
     return nullptr;
+}
+
+nlohmann::json rowValue(const nlohmann::json& page, const std::string& idOrLabel) {
+    const nlohmann::json* found = row(page, idOrLabel);
+    return found ? found->value("value", nlohmann::json()) : nlohmann::json();
 }
 
 std::string fileText(const std::filesystem::path& path) {
