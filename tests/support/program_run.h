@@ -29,8 +29,8 @@ struct ProgramResult {
 // The program under test: $VELTO_BINARY_DIR/app/velto-settings.
 std::filesystem::path programPath();
 
-// Runs the program with the arguments, feeding `input` on standard input (closed when there
-// is none). `environment` adds to or replaces variables of ours; XDG_STATE_HOME always points
+// Runs the program with the arguments and `input` as its standard input (an empty file when
+// there is none). `environment` adds to or replaces variables of ours; XDG_STATE_HOME always points
 // into a scratch folder so no run touches the user's demo device.
 ProgramResult runProgram(const std::vector<std::string>& arguments, const std::string& input = "",
                          const std::map<std::string, std::string>& environment = {});
