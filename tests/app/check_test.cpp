@@ -160,20 +160,17 @@ TEST(Check, BrokenListsAndPicturesAreFoundWithoutADeviceSayingWhereAndWhatSize) 
     velto::app::FindingSet findings;
     velto::app::checkResources(broken.path(), {}, findings);
 
-    const Finding* list = find(findings, "unreadable-list", "Recents");
-    ASSERT_NE(list, nullptr);
-    EXPECT_TRUE(list->error());
-    EXPECT_THAT(list->reason, HasSubstr("line 5, column 26"));
-    const Finding* picture = find(findings, "bad-image", "avatar_group@3x.png");
-    ASSERT_NE(picture, nullptr);
-    EXPECT_TRUE(picture->error());
-    const Finding* icon = find(findings, "image-size", "icon_nc@3x.png");
-    ASSERT_NE(icon, nullptr);
-    EXPECT_FALSE(icon->error());
-    EXPECT_THAT(icon->reason, HasSubstr("29x29 pixels where 87x87"));
-    const Finding* avatar = find(findings, "image-size", "recent@3x.png");
-    ASSERT_NE(avatar, nullptr);
-    EXPECT_THAT(avatar->reason, HasSubstr("120x120 pixels where 180x180"));
+    for (const auto& [kind, resource, error, says] :
+         std::vector<std::tuple<std::string, std::string, bool, std::string>>{
+             {"unreadable-list", "Recents", true, "line 5, column 26"},
+             {"bad-image", "avatar_group@3x.png", true, ""},
+             {"image-size", "icon_nc@3x.png", false, "29x29 pixels where 87x87"},
+             {"image-size", "recent@3x.png", false, "120x120 pixels where 180x180"}}) {
+        const Finding* found = find(findings, kind, resource);
+        ASSERT_NE(found, nullptr) << resource;
+        EXPECT_EQ(found->error(), error) << resource;
+        EXPECT_THAT(found->reason, HasSubstr(says));
+    }
     // The shipped pictures are the sizes they are drawn at; others have no expected size.
     EXPECT_EQ(std::count_if(findings.all().begin(), findings.all().end(),
                             [](const Finding& f) { return f.kind == "image-size"; }),

@@ -9,6 +9,7 @@
 #include <atomic>
 #include <cerrno>
 #include <cstdlib>
+#include <cstring>
 #include <fstream>
 #include <sstream>
 
@@ -76,33 +77,23 @@ std::filesystem::path programPath() {
 }
 
 ProgramResult runProgram(const std::vector<std::string>& arguments, const std::string& input,
-                         const std::map<std::string, std::string>& environment) {
-    std::map<std::string, std::string> variables;
-    for (char** e = environ; e && *e; ++e) {
-        const std::string entry(*e);
-        const std::size_t equals = entry.find('=');
-        if (equals != std::string::npos)
-            variables[entry.substr(0, equals)] = entry.substr(equals + 1);
-    }
-    variables["XDG_STATE_HOME"] = scratchStateHome().string();
+                         std::map<std::string, std::string> environment) {
+    std::map<std::string, std::string> variables;  // name: "name=value"
+    for (char** entry = environ; *entry; ++entry)
+        variables.emplace(std::string(*entry, std::strcspn(*entry, "=")), *entry);
     variables.erase("VELTO_RESOURCES");
+    environment.emplace("XDG_STATE_HOME", scratchStateHome().string());
     for (const auto& [name, value] : environment)
-        variables[name] = value;
-
-    std::vector<std::string> envStrings;
-    for (const auto& [name, value] : variables)
-        envStrings.push_back(name + "=" + value);
+        variables[name] = name + "=" + value;
     std::vector<char*> envp;
-    for (auto& s : envStrings)
-        envp.push_back(s.data());
+    for (auto& [name, entry] : variables)
+        envp.push_back(entry.data());
     envp.push_back(nullptr);
 
-    const std::string program = programPath().string();
-    std::vector<std::string> argStrings{program};
-    argStrings.insert(argStrings.end(), arguments.begin(), arguments.end());
+    std::vector<std::string> argStrings = joined({programPath().string()}, arguments);
     std::vector<char*> argv;
-    for (auto& s : argStrings)
-        argv.push_back(s.data());
+    for (std::string& argument : argStrings)
+        argv.push_back(argument.data());
     argv.push_back(nullptr);
 
     const int in = memoryFile(input), out = memoryFile(""), err = memoryFile("");
@@ -115,19 +106,14 @@ ProgramResult runProgram(const std::vector<std::string>& arguments, const std::s
         ::dup2(in, STDIN_FILENO);
         ::dup2(out, STDOUT_FILENO);
         ::dup2(err, STDERR_FILENO);
-        ::execve(program.c_str(), argv.data(), envp.data());
+        ::execve(argv[0], argv.data(), envp.data());
         ::_exit(127);
     }
     ::close(in);
     int status = 0;
     while (::waitpid(pid, &status, 0) < 0 && errno == EINTR) {
     }
-    ProgramResult result;
-    result.arguments = arguments;
-    result.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    result.out = takeText(out);
-    result.err = takeText(err);
-    return result;
+    return {arguments, WIFEXITED(status) ? WEXITSTATUS(status) : -1, takeText(out), takeText(err)};
 }
 
 ::testing::AssertionResult ended(const ProgramResult& result, int status, const std::string& says) {

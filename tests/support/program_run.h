@@ -33,7 +33,7 @@ std::filesystem::path programPath();
 // there is none). `environment` adds to or replaces variables of ours; XDG_STATE_HOME always points
 // into a scratch folder so no run touches the user's demo device.
 ProgramResult runProgram(const std::vector<std::string>& arguments, const std::string& input = "",
-                         const std::map<std::string, std::string>& environment = {});
+                         std::map<std::string, std::string> environment = {});
 
 // The arguments, then more.
 std::vector<std::string> joined(std::vector<std::string> arguments,
