@@ -97,7 +97,7 @@ TEST(ConventionsCli, AStepsFileFindsItsFilesBesideItselfAndErrorsSayTheirLine) {
     EXPECT_TRUE(ended(scratch.run({"run", folder.string()}), 2, "is a folder"));
 }
 
-TEST(ConventionsCli, PicturesAreWrittenOnlyAsPngAndOnlyIntoFoldersThatExist) {
+TEST(ConventionsCli, PicturesAreWrittenOnlyAsPngIntoFoldersThatExistAndColourOnlyOnRequest) {
     ScratchDevice scratch;
     const auto result = scratch.run({"show", "screenshot " + scratch / "page.jpg"});
     EXPECT_TRUE(ended(result, 2, ".png"));
@@ -105,10 +105,7 @@ TEST(ConventionsCli, PicturesAreWrittenOnlyAsPngAndOnlyIntoFoldersThatExist) {
     EXPECT_TRUE(ended(scratch.run({"--screenshots", scratch / "no/such/pages", "show"}), 2,
                       "there is no folder " + scratch / "no/such"));
     EXPECT_FALSE(std::filesystem::exists(scratch.path() / "no"));
-}
 
-TEST(ConventionsCli, ColourIsAskedForOrRefusedOutright) {
-    ScratchDevice scratch;
     const auto always = scratch.run({"--color=always", "show", "open Nowhere"});
     EXPECT_THAT(always.out, HasSubstr("\033["));
     EXPECT_THAT(always.err, HasSubstr("\033["));
