@@ -42,21 +42,19 @@ TEST_F(BadInputCli, AnUnreadableFileIsMovedAsideBeforeAToggleOrDefaultsWriteRepl
         "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\"><dict>"
         "<key>VeltoEnabled</key><true/><key>Keep</key><string>m\xff"
         "e</string></dict></plist>\n";
-    const std::vector<std::vector<std::string>> writers = {
-        {"--device", device_, "--json", "toggle Enabled on", "show"},
-        {"--device", device_, "defaults", "write", "com.norvale.velto", "K", "-bool", "yes"}};
-    for (const auto& arguments : writers) {
+    for (const auto& arguments :
+         {std::vector<std::string>{"--json", "toggle Enabled on", "show"},
+          {"defaults", "write", "com.norvale.velto", "K", "-bool", "yes"}}) {
         for (const fs::path& old : asideFiles(settings()))
             fs::remove(old);
         putFile(settings(), xml);
-        const auto result = runProgram(arguments);
-        EXPECT_EQ(result.status, 0) << result.err;
+        const auto result = scratch_.run(arguments);
+        EXPECT_TRUE(ended(result, 0));
         const auto aside = asideFiles(settings());
         ASSERT_EQ(aside.size(), 1u);
         EXPECT_EQ(fileText(aside[0]), xml);  // byte for byte
         // The line's wording is the platform's (SetAside); here, that the user sees it.
-        EXPECT_NE((result.out + result.err).find(aside[0].filename().string()), std::string::npos)
-            << result.err;
+        EXPECT_THAT(result.out + result.err, HasSubstr(aside[0].filename().string()));
     }
 }
 
@@ -68,8 +66,8 @@ TEST_F(BadInputCli, NonRegularAndHugeFilesReadAsMissingWithoutHanging) {
     { std::ofstream huge(settings(), std::ios::binary); }
     fs::resize_file(settings(), std::uintmax_t{6} << 30);
     const auto started = std::chrono::steady_clock::now();
-    auto result = runProgram({"--device", device_, "--json", "show"});
-    EXPECT_EQ(result.status, 0) << result.err;
+    auto result = scratch_.run({"--json", "show"});
+    EXPECT_TRUE(ended(result, 0));
     EXPECT_LT(std::chrono::steady_clock::now() - started, std::chrono::seconds(20));
     EXPECT_EQ(fs::file_size(settings()), std::uintmax_t{6} << 30);
 
@@ -94,11 +92,11 @@ TEST_F(BadInputCli, NonRegularAndHugeFilesReadAsMissingWithoutHanging) {
             if (ended(std::chrono::milliseconds(100))) return;
         }
     });
-    result = runProgram({"--device", device_, "--json", "show", "toggle Enabled on"});
+    result = scratch_.run({"--json", "show", "toggle Enabled on"});
     finished.set_value();
     watchdog.join();
     EXPECT_FALSE(released) << "velto-settings blocked on a FIFO";
-    EXPECT_EQ(result.status, 0) << result.err;
+    EXPECT_TRUE(ended(result, 0));
     // The switch's write set the FIFO aside rather than writing into it.
     EXPECT_EQ(asideFiles(settings()).size(), 1u);
 }
@@ -110,32 +108,28 @@ TEST_F(BadInputCli, PicturesThatAreNotRegularFilesOrTooLargeFailTheStepAndWriteN
     { std::ofstream(huge, std::ios::binary) << "\x89PNG"; }
     fs::resize_file(huge, (std::uintmax_t{64} << 20) + 1);
     for (const std::string& source : {std::string("/dev/zero"), fifo.string(), huge.string()}) {
-        const auto result =
-            runProgram({"--device", device_, "--json", "toggle VeltoEnabled on", "open Mail",
-                        "toggle MailEnabled on", "tap ChooseAvatar", "pick " + source});
-        EXPECT_EQ(result.status, 4) << source << result.err;
-        EXPECT_NE(result.err.find("\"step\":\"pick " + source), std::string::npos) << result.err;
+        EXPECT_TRUE(
+            ended(scratch_.run({"--json", "toggle VeltoEnabled on", "open Mail",
+                                "toggle MailEnabled on", "tap ChooseAvatar", "pick " + source}),
+                  4, "\"step\":\"pick " + source));
         EXPECT_FALSE(fs::exists(fs::path(device_) / "var/mobile/Library/Mail/Velto")) << source;
     }
 }
 
 TEST_F(BadInputCli, ArgumentsThatAreNotUtf8GiveAJsonErrorAndNoAbort) {
-    const std::vector<std::vector<std::string>> runs = {
-        {"--json", "--device", device_, "defaults", "read", "com.\xff"},
-        {"--json", "--device", "/nonexist\xff", "show"},
-        {"--json", "--device", device_, "show", "open \xfe\xff"},
-    };
-    for (const auto& arguments : runs) {
+    for (const auto& [arguments, status] : std::vector<std::pair<std::vector<std::string>, int>>{
+             {{"--json", "--device", device_, "defaults", "read", "com.\xff"}, 1},
+             {{"--json", "--device", "/nonexist\xff", "show"}, 5},
+             {{"--json", "--device", device_, "show", "open \xfe\xff"}, 4}}) {
         const auto result = runProgram(arguments);
-        EXPECT_TRUE(result.status == 1 || result.status == 4 || result.status == 5)
-            << result.status << result.err;
+        EXPECT_TRUE(ended(result, status));
         ASSERT_FALSE(result.errLines().empty());
         EXPECT_TRUE(result.errLines().back().contains("error"));
     }
     // device init writes the device, then reports success with the name it was given.
     const std::string odd = scratch_ / "x\xff";
     const auto result = runProgram({"--json", "device", "init", odd});
-    EXPECT_EQ(result.status, 0) << result.err;
+    EXPECT_TRUE(ended(result, 0));
     EXPECT_TRUE(fs::exists(fs::path(odd) / kSettings) ||
                 fs::exists(fs::path(odd) / "DeviceProfile.plist"));
     EXPECT_EQ(result.outLines().at(0).at("apps"), 0);
@@ -143,19 +137,13 @@ TEST_F(BadInputCli, ArgumentsThatAreNotUtf8GiveAJsonErrorAndNoAbort) {
 
 TEST_F(BadInputCli, DeviceInitRefusesAFolderThatHoldsSomethingUnlessForcedAndNeverSlash) {
     const std::string before = fileText(settings());
-    auto result = runProgram({"device", "init", device_});
-    EXPECT_EQ(result.status, 1);
-    EXPECT_NE(result.err.find("--force"), std::string::npos) << result.err;
+    EXPECT_TRUE(ended(runProgram({"device", "init", device_}), 1, "--force"));
     EXPECT_EQ(fileText(settings()), before);
-    result = runProgram({"device", "init", device_, "--force"});
-    EXPECT_EQ(result.status, 0) << result.err;
+    EXPECT_TRUE(ended(runProgram({"device", "init", device_, "--force"}), 0));
     for (const auto& arguments : {std::vector<std::string>{"device", "init", "/"},
-                                  std::vector<std::string>{"device", "init", "/", "--force"},
-                                  std::vector<std::string>{"device", "init", "/./", "--force"}}) {
-        result = runProgram(arguments);
-        EXPECT_EQ(result.status, 1) << result.err;
-        EXPECT_NE(result.err.find("refusing"), std::string::npos) << result.err;
-    }
+                                  {"device", "init", "/", "--force"},
+                                  {"device", "init", "/./", "--force"}})
+        EXPECT_TRUE(ended(runProgram(arguments), 1, "refusing"));
 }
 
 }  // namespace

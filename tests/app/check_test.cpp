@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <fstream>
 #include <functional>
-#include <map>
 
 #include "app/check/check_run.h"
 #include "app/check/check_static.h"
@@ -44,27 +43,13 @@ class BrokenResources {
         ASSERT_TRUE(plat::writePropertyListToFile(root, file, "/" + list + ".plist", false));
     }
 
-    // Keeps the first `count` rows.
-    void keepFirst(const std::string& list, std::size_t count) {
+    // Removes the rows whose "id" or "label" is `name`.
+    void removeRows(const std::string& list, const std::string& name) {
         edit(list, [&](plat::Value& items) {
-            plat::Value kept = plat::Value::array();
-            for (std::size_t i = 0; i < count && i < items.asArray()->size(); ++i)
-                kept.addObject((*items.asArray())[i]);
-            items = kept;
-        });
-    }
-
-    // Removes the rows whose "id" or "label" is one of these.
-    void removeRows(const std::string& list, std::vector<std::string> names) {
-        edit(list, [&](plat::Value& items) {
-            plat::Value kept = plat::Value::array();
-            for (const plat::Value& item : *items.asArray()) {
-                const bool named =
-                    std::count(names.begin(), names.end(), item.objectForKey("id").str()) ||
-                    std::count(names.begin(), names.end(), item.objectForKey("label").str());
-                if (!named) kept.addObject(item);
-            }
-            items = kept;
+            std::erase_if(*items.asArray(), [&](const plat::Value& item) {
+                return item.objectForKey("id").str() == name ||
+                       item.objectForKey("label").str() == name;
+            });
         });
     }
 
@@ -96,9 +81,9 @@ TEST(Check, AFaultTwoStepsAwayIsFoundWithTheStepsThatReplayIt) {
     BrokenResources broken;
     // Six Phone rows: the page builds, but turning the page on and then favourites on takes
     // rows 2 to 7 of a fresh load and runs past the end. No stored state alone shows it.
-    broken.keepFirst("PhoneApp", 6);
+    broken.edit("PhoneApp", [](plat::Value& items) { items.asArray()->resize(6); });
     // A root list for iPad without "Recents": the row must exist when the app is installed.
-    broken.removeRows("VeltoiPad", {"Recents"});
+    broken.removeRows("VeltoiPad", "Recents");
     // A switch whose setter nobody answers.
     broken.edit("MailApp", [](plat::Value& items) {
         for (plat::Value& item : *items.asArray())
@@ -120,33 +105,27 @@ TEST(Check, AFaultTwoStepsAwayIsFoundWithTheStepsThatReplayIt) {
               1);
     const Finding* setter = find(phone.findings, "missing-setter", "MailApp");
     ASSERT_NE(setter, nullptr);
-    EXPECT_NE(setter->reason.find("mailAppNowhere:specifier:"), std::string::npos);
+    EXPECT_THAT(setter->reason, HasSubstr("mailAppNowhere:specifier:"));
     EXPECT_NE(find(phone.findings, "unrecognized-selector", "MailApp"), nullptr);
 
     // The steps replay on a device made as the finding says.
     ScratchFolder scratch;
-    const std::string device = (scratch.path() / "device").string();
-    const std::map<std::string, std::string> env{{"VELTO_RESOURCES", broken.path().string()}};
-    ASSERT_EQ(runProgram(joined({"device", "init", device}, favourites->device), "", env).status,
-              0);
+    const std::string device = scratch / "device";
+    const auto run = [&](const std::vector<std::string>& arguments) {
+        return runProgram(arguments, "", {{"VELTO_RESOURCES", broken.path().string()}});
+    };
+    ASSERT_TRUE(ended(run(joined({"device", "init", device}, favourites->device)), 0));
     for (const auto& write : favourites->defaults)
-        ASSERT_EQ(
-            runProgram(joined({"--device", device, "defaults", "write"}, write), "", env).status,
-            0);
-    std::string script;
-    for (const std::string& step : favourites->steps)
-        script += step + "\n";
-    const auto replay = runProgram({"--device", device, "run", "-"}, script, env);
-    EXPECT_NE(replay.status, 0);
-    EXPECT_NE(replay.err.find("index 6 beyond bounds [0 .. 6)"), std::string::npos) << replay.err;
+        ASSERT_TRUE(ended(run(joined({"--device", device, "defaults", "write"}, write)), 0));
+    EXPECT_TRUE(ended(run(joined({"--device", device}, favourites->steps)), 4,
+                      "index 6 beyond bounds [0 .. 6)"));
 
     const auto pad =
         velto::app::checkBundle(broken.path(), devices(plat::DeviceFamily::iPad, {0, kRecents}));
     const Finding* recents = find(pad.findings, "range-error", "VeltoiPad");
     ASSERT_NE(recents, nullptr);
     // Recents alone is the smallest device that shows it; without it the list builds.
-    EXPECT_NE(recents->state.find("iPad, iOS 13.0, FaceTime, recents;"), std::string::npos)
-        << recents->state;
+    EXPECT_THAT(recents->state, HasSubstr("iPad, iOS 13.0, FaceTime, recents;"));
     EXPECT_TRUE(recents->steps.empty());
 }
 
@@ -167,21 +146,17 @@ TEST(Check, BrokenListsAndPicturesAreFoundWithoutADeviceSayingWhereAndWhatSize) 
     velto::app::FindingSet findings;
     velto::app::checkResources(broken.path(), {}, findings);
 
-    const Finding* list = find(findings, "unreadable-list", "Recents");
-    ASSERT_NE(list, nullptr);
-    EXPECT_TRUE(list->error());
-    EXPECT_NE(list->reason.find("line 5, column 26"), std::string::npos) << list->reason;
-    const Finding* picture = find(findings, "bad-image", "avatar_group@3x.png");
-    ASSERT_NE(picture, nullptr);
-    EXPECT_TRUE(picture->error());
-    const Finding* icon = find(findings, "image-size", "icon_nc@3x.png");
-    ASSERT_NE(icon, nullptr);
-    EXPECT_FALSE(icon->error());
-    EXPECT_NE(icon->reason.find("29x29 pixels where 87x87"), std::string::npos) << icon->reason;
-    const Finding* avatar = find(findings, "image-size", "recent@3x.png");
-    ASSERT_NE(avatar, nullptr);
-    EXPECT_NE(avatar->reason.find("120x120 pixels where 180x180"), std::string::npos)
-        << avatar->reason;
+    for (const auto& [kind, resource, error, says] :
+         std::vector<std::tuple<std::string, std::string, bool, std::string>>{
+             {"unreadable-list", "Recents", true, "line 5, column 26"},
+             {"bad-image", "avatar_group@3x.png", true, ""},
+             {"image-size", "icon_nc@3x.png", false, "29x29 pixels where 87x87"},
+             {"image-size", "recent@3x.png", false, "120x120 pixels where 180x180"}}) {
+        const Finding* found = find(findings, kind, resource);
+        ASSERT_NE(found, nullptr) << resource;
+        EXPECT_EQ(found->error(), error) << resource;
+        EXPECT_THAT(found->reason, HasSubstr(says));
+    }
     // The shipped pictures are the sizes they are drawn at; others have no expected size.
     EXPECT_EQ(std::count_if(findings.all().begin(), findings.all().end(),
                             [](const Finding& f) { return f.kind == "image-size"; }),
@@ -190,7 +165,7 @@ TEST(Check, BrokenListsAndPicturesAreFoundWithoutADeviceSayingWhereAndWhatSize) 
 
 TEST(CheckCli, ExitStatusJsonFindingsAndBadArguments) {
     BrokenResources broken;
-    broken.removeRows("VeltoiPad", {"Recents"});
+    broken.removeRows("VeltoiPad", "Recents");
     const auto found = runProgram({"check", "--resources", broken.path().string(), "--json",
                                    "--family", "ipad", "--system-version", "12.4"});
     EXPECT_EQ(found.status, 1) << found.err;

@@ -31,9 +31,7 @@ TEST(ConventionsCli, VersionIsTheProjectsAndMistypedWordsGetTheClosestOne) {
              {"dfaults", "unknown subcommand 'dfaults'; did you mean 'defaults'?"},
              {"opne Phone", "unknown step 'opne'; did you mean 'open'?"},
              {"--bogus", "--bogus"}}) {
-        const auto result = runProgram({typed});
-        EXPECT_EQ(result.status, 2) << typed;
-        EXPECT_NE(result.err.find(says), std::string::npos) << result.err;
+        EXPECT_TRUE(ended(runProgram({typed}), 2, says));
     }
 }
 
@@ -42,11 +40,8 @@ TEST(ConventionsCli, HelpAndTheReadmeListEveryExitStatus) {
     EXPECT_EQ(help.status, 0);
     const std::string readme = sourceFile("README.md");
     for (const auto& [status, meaning] : velto::app::kExitStatuses) {
-        EXPECT_NE(help.out.find("  " + std::to_string(status) + "  " + meaning), std::string::npos)
-            << help.out;
-        EXPECT_NE(readme.find("| " + std::to_string(status) + " | " + meaning + " |"),
-                  std::string::npos)
-            << meaning;
+        EXPECT_THAT(help.out, HasSubstr("  " + std::to_string(status) + "  " + meaning));
+        EXPECT_THAT(readme, HasSubstr("| " + std::to_string(status) + " | " + meaning + " |"));
     }
 }
 
@@ -68,11 +63,9 @@ TEST(ConventionsCli, AFolderThatIsNotADeviceIsRefusedWithTheCommandThatMakesOne)
         for (const std::vector<std::string>& rest :
              {std::vector<std::string>{"show"}, {"defaults", "domains"}}) {
             const auto result = runProgram(joined({"--device", folder}, rest));
-            EXPECT_EQ(result.status, 5) << folder;
-            EXPECT_NE(result.err.find(advice), std::string::npos) << result.err;
-            if (folder != scratch / "bare") {
-                EXPECT_EQ(result.err.find("--force"), std::string::npos) << result.err;
-            }
+            EXPECT_TRUE(ended(result, 5, advice));
+            EXPECT_EQ(result.err.find("--force") != std::string::npos, folder == scratch / "bare")
+                << result.err;
         }
     }
     const auto photos = runProgram({"device", "init", scratch / "photos"});
@@ -84,76 +77,58 @@ TEST(ConventionsCli, AFolderThatIsNotADeviceIsRefusedWithTheCommandThatMakesOne)
 // editor that begins it with a byte order mark; an error in it says its line.
 TEST(ConventionsCli, AStepsFileFindsItsFilesBesideItselfAndErrorsSayTheirLine) {
     ScratchDevice scratch({"--demo"});
-    const std::string& device = scratch.device;
     const auto folder = scratch.path() / "scripts";
     std::filesystem::create_directories(folder);
     std::filesystem::copy_file(
-        device + "/System/Library/PreferenceBundles/VeltoSettings.bundle/recent@3x.png",
+        scratch.device + "/System/Library/PreferenceBundles/VeltoSettings.bundle/recent@3x.png",
         folder / "picture.png");
     const std::string avatar = "/var/mobile/Library/Mail/Velto/default_avatar_mail@3x.png";
     std::ofstream(folder / "avatar.steps")
         << "\xEF\xBB\xBFscreenshot shot.png\nopen Mail\ntoggle MailEnabled on\n"
         << "tap ChooseAvatar\npick picture.png\nexpect file " << avatar << " exists\n";
-    auto result = runProgram({"--device", device, "--json", "run", (folder / "avatar.steps")});
-    EXPECT_EQ(result.status, 0) << result.err;
+    EXPECT_TRUE(ended(scratch.run({"--json", "run", folder / "avatar.steps"}), 0));
     EXPECT_TRUE(std::filesystem::exists(folder / "shot.png"));
 
     std::ofstream(folder / "gone.steps") << "open Mail\n\ntap ChooseAvatar\npick gone.png\n";
-    result = runProgram({"--device", device, "--json", "run", (folder / "gone.steps")});
-    EXPECT_EQ(result.status, 4);
-    ASSERT_EQ(result.errLines().size(), 1u) << result.err;
+    const auto result = scratch.run({"--json", "run", folder / "gone.steps"});
+    EXPECT_TRUE(ended(result, 4, (folder / "gone.png").string()));
+    ASSERT_EQ(result.errLines().size(), 1u);
     EXPECT_EQ(result.errLines()[0]["line"], 4);
-    EXPECT_NE(result.errLines()[0]["error"].get<std::string>().find((folder / "gone.png").string()),
-              std::string::npos)
-        << result.err;
-
-    result = runProgram({"--device", device, "run", folder.string()});
-    EXPECT_EQ(result.status, 2);
-    EXPECT_NE(result.err.find("is a folder"), std::string::npos) << result.err;
+    EXPECT_TRUE(ended(scratch.run({"run", folder.string()}), 2, "is a folder"));
 }
 
-TEST(ConventionsCli, PicturesAreWrittenOnlyAsPngAndOnlyIntoFoldersThatExist) {
+TEST(ConventionsCli, PicturesAreWrittenOnlyAsPngIntoFoldersThatExistAndColourOnlyOnRequest) {
     ScratchDevice scratch;
-    const std::string& device = scratch.device;
-    auto result = runProgram({"--device", device, "show", "screenshot " + scratch / "page.jpg"});
-    EXPECT_EQ(result.status, 2);
+    const auto result = scratch.run({"show", "screenshot " + scratch / "page.jpg"});
+    EXPECT_TRUE(ended(result, 2, ".png"));
     EXPECT_TRUE(result.out.empty()) << "refused before anything ran";
-    EXPECT_NE(result.err.find(".png"), std::string::npos) << result.err;
-
-    result = runProgram({"--device", device, "--screenshots", scratch / "no/such/pages", "show"});
-    EXPECT_EQ(result.status, 2);
-    EXPECT_NE(result.err.find("there is no folder " + scratch / "no/such"), std::string::npos)
-        << result.err;
+    EXPECT_TRUE(ended(scratch.run({"--screenshots", scratch / "no/such/pages", "show"}), 2,
+                      "there is no folder " + scratch / "no/such"));
     EXPECT_FALSE(std::filesystem::exists(scratch.path() / "no"));
-}
 
-TEST(ConventionsCli, ColourIsAskedForOrRefusedOutright) {
-    ScratchDevice scratch;
-    const std::string& device = scratch.device;
-    const auto always = runProgram({"--device", device, "--color=always", "show", "open Nowhere"});
-    EXPECT_NE(always.out.find("\033["), std::string::npos);
-    EXPECT_NE(always.err.find("\033["), std::string::npos);
-    const auto never = runProgram({"--device", device, "--color", "never", "show"});
-    EXPECT_EQ(never.out.find('\033'), std::string::npos);
+    const auto always = scratch.run({"--color=always", "show", "open Nowhere"});
+    EXPECT_THAT(always.out, HasSubstr("\033["));
+    EXPECT_THAT(always.err, HasSubstr("\033["));
+    EXPECT_EQ(scratch.run({"--color", "never", "show"}).out.find('\033'), std::string::npos);
     EXPECT_EQ(runProgram({"--color=sometimes", "show"}).status, 2);
 }
 
 TEST(ConventionsCli, DemoResetPutsTheDemoDeviceBackToItsFirstState) {
     ScratchFolder state;
-    const std::map<std::string, std::string> environment{{"XDG_STATE_HOME", state.path().string()}};
-    const auto enabled = [&] {
-        const auto read = runProgram(
-            {"--json", "defaults", "read", "com.norvale.velto", "VeltoEnabled"}, "", environment);
-        return read.outLines().at(0);
+    const auto demo = [&](const std::vector<std::string>& arguments) {
+        return runProgram(arguments, "", {{"XDG_STATE_HOME", state.path().string()}});
     };
-    ASSERT_EQ(runProgram({"toggle Enabled"}, "", environment).status, 0);
-    ASSERT_EQ(
-        runProgram({"defaults", "write", "com.example.left", "K", "v"}, "", environment).status, 0);
+    const auto enabled = [&] {
+        return demo({"--json", "defaults", "read", "com.norvale.velto", "VeltoEnabled"})
+            .outLines()
+            .at(0);
+    };
+    ASSERT_EQ(demo({"toggle Enabled"}).status, 0);
+    ASSERT_EQ(demo({"defaults", "write", "com.example.left", "K", "v"}).status, 0);
     ASSERT_EQ(enabled(), false);
-    const auto reset = runProgram({"demo", "reset"}, "", environment);
-    EXPECT_EQ(reset.status, 0) << reset.err;
+    EXPECT_TRUE(ended(demo({"demo", "reset"}), 0));
     EXPECT_EQ(enabled(), true);
-    EXPECT_EQ(runProgram({"defaults", "read", "com.example.left"}, "", environment).status, 1);
+    EXPECT_EQ(demo({"defaults", "read", "com.example.left"}).status, 1);
 }
 
 }  // namespace

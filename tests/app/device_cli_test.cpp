@@ -5,7 +5,6 @@
 
 #include <cstdlib>
 #include <fstream>
-#include <iterator>
 
 #include "tests/support/program_run.h"
 
@@ -59,13 +58,10 @@ TEST(DeviceCli, ARealDevicesFilesAreImportedAndNothingOfTheHostComesIn) {
     for (const std::string& from : {source.string(), scratch / "phone.tar.gz"}) {
         const std::string device = scratch / ("device-" + std::to_string(from.size()));
         const auto made = runProgram({"--json", "device", "init", device, "--from", from});
-        ASSERT_EQ(made.status, 0) << made.err;
+        ASSERT_TRUE(ended(made, 0));
         EXPECT_EQ(made.outLines().at(0).at("apps"), 1) << from;  // the imported biteSMS
-        const auto shown = runProgram({"--device", device, "--json", "show"});
-        ASSERT_EQ(shown.status, 0) << shown.err;
-        const json page = shown.outLines().at(0);
-        ASSERT_NE(row(page, "VeltoEnabled"), nullptr) << from;
-        EXPECT_EQ(row(page, "VeltoEnabled")->at("value"), true) << from;
+        const json page = runProgram({"--device", device, "--json", "show"}).outLines().at(0);
+        EXPECT_EQ(rowValue(page, "VeltoEnabled"), true) << from;
         EXPECT_NE(row(page, "biteSMS"), nullptr) << from;
         EXPECT_EQ(fileText(device + "/var/lib/dpkg/status"), status) << from;
         EXPECT_FALSE(fs::exists(device + "/Applications/biteSMS.app/biteSMS"));
@@ -102,28 +98,21 @@ class DefaultsCli : public ::testing::Test {
 };
 
 TEST_F(DefaultsCli, WrittenValuesReadBackWithTheirTypesFromWhereTheBundleReadsThem) {
-    for (const auto& [key, type, text, value] :
-         std::vector<std::tuple<std::string, std::string, std::string, json>>{
-             {"VeltoEnabled", "-bool", "YES", true},
-             {"Count", "-int", "-12", -12},
-             {"Ratio", "-float", "0.5", 0.5},
-             {"Name", "-string", "two words", "two words"},
-             {"Plain", "", "text", "text"}}) {
-        std::vector<std::string> arguments{"write", "com.norvale.velto", key};
-        if (!type.empty()) arguments.push_back(type);
-        arguments.push_back(text);
-        ASSERT_EQ(defaults(arguments).status, 0) << key;
-        EXPECT_EQ(read("com.norvale.velto", key), value) << key;
+    for (const auto& [write, value] : std::vector<std::pair<std::vector<std::string>, json>>{
+             {{"VeltoEnabled", "-bool", "YES"}, true},
+             {{"Count", "-int", "-12"}, -12},
+             {{"Ratio", "-float", "0.5"}, 0.5},
+             {{"Name", "-string", "two words"}, "two words"},
+             {{"Plain", "text"}, "text"}}) {
+        ASSERT_TRUE(ended(defaults(joined({"write", "com.norvale.velto"}, write)), 0));
+        EXPECT_EQ(read("com.norvale.velto", write[0]), value) << write[0];
     }
     EXPECT_EQ(defaults({"read", "com.norvale.velto"}).outLines().at(0).size(), 5u);
 
     // A binary property list in the bundle's place; that a page then shows what it holds is
     // WatchCli's to see.
-    std::ifstream file(scratch_.path() /
-                       "device/var/mobile/Library/Preferences/com.norvale.velto.plist");
-    std::string magic(8, '\0');
-    file.read(magic.data(), 8);
-    EXPECT_EQ(magic, "bplist00");
+    EXPECT_TRUE(fileText(device_ + "/var/mobile/Library/Preferences/com.norvale.velto.plist")
+                    .starts_with("bplist00"));
 
     // A device path names a domain anywhere on the device.
     ASSERT_EQ(defaults({"write", "/var/mobile/Library/Other/thing", "K", "-int", "3"}).status, 0);
@@ -176,15 +165,12 @@ TEST_F(DefaultsCli, ContainersDataAndDatesRoundTripThroughExportAndImport) {
     const auto exported = defaults({"export", domain, "-"});
     ASSERT_EQ(exported.status, 0);
     EXPECT_TRUE(exported.out.starts_with("<?xml")) << exported.out;
-    ASSERT_EQ(runProgram({"--device", device_, "defaults", "import", "com.example.copy", "-"},
-                         exported.out)
-                  .status,
-              0);
+    ASSERT_TRUE(
+        ended(scratch_.run({"defaults", "import", "com.example.copy", "-"}, exported.out), 0));
     EXPECT_EQ(defaults({"read", "com.example.copy"}).outLines().at(0), all);
     EXPECT_EQ(defaults({"domains"}).outLines().at(0), json({"com.example.copy", domain}));
     // Something that is not a dictionary replaces no domain.
-    EXPECT_EQ(runProgram({"--device", device_, "defaults", "import", domain, "-"}, "junk").status,
-              1);
+    EXPECT_EQ(scratch_.run({"defaults", "import", domain, "-"}, "junk").status, 1);
     EXPECT_EQ(defaults({"read", domain}).outLines().at(0), all);
 }
 
@@ -194,15 +180,14 @@ TEST(PlutilCli, LintNamesTheBadFileAndConvertRoundTrips) {
     std::ofstream(scratch / "bad.plist") << "<plist><dict><key>a</key>";
     const auto lint = runProgram({"plutil", "-lint", good, scratch / "bad.plist"});
     EXPECT_EQ(lint.status, 1);
-    EXPECT_NE(lint.out.find(good + ": OK"), std::string::npos) << lint.out;
-    EXPECT_NE(lint.out.find(scratch / "bad.plist" + ": not a property list"), std::string::npos);
+    EXPECT_THAT(lint.out, HasSubstr(good + ": OK"));
+    EXPECT_THAT(lint.out, HasSubstr(scratch / "bad.plist" + ": not a property list"));
 
     ASSERT_EQ(runProgram({"plutil", "-convert", "binary1", good, "-o", scratch / "b.plist"}).status,
               0);
     ASSERT_EQ(runProgram({"plutil", "-convert", "xml1", scratch / "b.plist"}).status, 0);
-    const auto original = runProgram({"plutil", "-convert", "xml1", good, "-o", "-"});
-    std::ifstream back(scratch / "b.plist");
-    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(back), {}), original.out);
+    EXPECT_EQ(fileText(scratch / "b.plist"),
+              runProgram({"plutil", "-convert", "xml1", good, "-o", "-"}).out);
 }
 
 TEST(PlutilCli, PrintShowsAListForPeopleAndJsonTakesOnlyWhatJsonCanHold) {
@@ -212,13 +197,12 @@ TEST(PlutilCli, PrintShowsAListForPeopleAndJsonTakesOnlyWhatJsonCanHold) {
                         << "<key>b</key><array><true/><integer>7</integer></array>"
                         << "<key>a</key><string>say \"hi\"</string></dict></plist>";
     const auto printed = runProgram({"plutil", "-p", list});
-    EXPECT_EQ(printed.status, 0) << printed.err;
+    EXPECT_TRUE(ended(printed, 0));
     EXPECT_EQ(
         printed.out,
         "{\n  \"a\" => \"say \\\"hi\\\"\"\n  \"b\" => [\n    0 => true\n    1 => 7\n  ]\n}\n");
-
     const auto converted = runProgram({"plutil", "-convert", "json", list, "-o", "-"});
-    EXPECT_EQ(converted.status, 0) << converted.err;
+    EXPECT_TRUE(ended(converted, 0));
     EXPECT_EQ(json::parse(converted.out), json({{"a", "say \"hi\""}, {"b", {true, 7}}}));
 
     const std::string dated = scratch / "dated.plist";
@@ -226,7 +210,7 @@ TEST(PlutilCli, PrintShowsAListForPeopleAndJsonTakesOnlyWhatJsonCanHold) {
                          << "<date>2020-01-01T00:00:00Z</date></dict></plist>";
     const auto refused = runProgram({"plutil", "-convert", "json", dated});
     EXPECT_EQ(refused.status, 1);
-    EXPECT_NE(refused.out.find("a date, which JSON cannot hold"), std::string::npos) << refused.out;
+    EXPECT_THAT(refused.out, HasSubstr("a date, which JSON cannot hold"));
     EXPECT_EQ(runProgram({"plutil", "-p", dated}).out,
               "{\n  \"d\" => 2020-01-01 00:00:00 +0000\n}\n");
 }

@@ -38,9 +38,8 @@ class HardeningCli : public ::testing::Test {
     fs::path domain(const std::string& name) const {
         return fs::path(device_) / kPreferences / (name + ".plist");
     }
-    ProgramResult run(std::vector<std::string> arguments, const std::string& input = "") const {
-        arguments.insert(arguments.begin(), {"--device", device_});
-        return runProgram(arguments, input);
+    ProgramResult run(const std::vector<std::string>& arguments) const {
+        return scratch_.run(arguments);
     }
     ScratchDevice scratch_{{"--demo"}};
     const std::string& device_ = scratch_.device;
@@ -48,21 +47,16 @@ class HardeningCli : public ::testing::Test {
 
 TEST_F(HardeningCli, ReadersStopAtTheirLimitAndBadArgumentsAreRefused) {
     // Endless or huge input: a message naming the limit, not memory without end.
-    const auto zero = run({"run", "/dev/zero"});
-    EXPECT_NE(zero.status, 0);
-    EXPECT_NE(zero.err.find("longer than 65536 bytes"), std::string::npos) << zero.err;
+    EXPECT_TRUE(ended(run({"run", "/dev/zero"}), 2, "longer than 65536 bytes"));
     const fs::path huge = scratch_ / "huge.plist";
     putFile(huge, "");
     fs::resize_file(huge, std::uintmax_t{3} << 30);  // sparse: costs nothing
-    for (const auto& arguments : {std::vector<std::string>{"plutil", "-lint", huge.string()},
-                                  {"defaults", "import", "com.x", huge.string()}}) {
-        const auto result = run(arguments);
-        EXPECT_NE(result.status, 0);
-        EXPECT_NE((result.out + result.err).find("64 MB"), std::string::npos) << result.err;
-    }
-
+    const auto lint = run({"plutil", "-lint", huge.string()});
+    EXPECT_EQ(lint.status, 1);
+    EXPECT_THAT(lint.out, HasSubstr("64 MB"));
+    EXPECT_TRUE(ended(run({"defaults", "import", "com.x", huge.string()}), 1, "64 MB"));
     const auto redraws = runProgram({"watch", "--redraws", "0"});
-    EXPECT_NE(redraws.err.find("must be positive"), std::string::npos) << redraws.err;
+    EXPECT_TRUE(ended(redraws, 2, "must be positive"));
     EXPECT_LT(redraws.err.size(), 200u) << redraws.err;
 
     EXPECT_NE(run({"defaults", "write", "", "k", "v"}).status, 0);
@@ -83,13 +77,8 @@ TEST_F(HardeningCli, ADomainWhoseSharedObjectsExplodeIsNotPrinted) {
     const std::string bytes = binaryOf(Value::dictionary({{"k", bomb}}));
     ASSERT_LT(bytes.size(), 1000u);
     putFile(domain("com.bomb"), bytes);
-    for (bool json : {false, true}) {
-        auto arguments = std::vector<std::string>{"defaults", "read", "com.bomb"};
-        if (json) arguments.insert(arguments.begin(), "--json");
-        const auto result = run(arguments);
-        EXPECT_NE(result.status, 0);
-        EXPECT_NE(result.err.find("too large to print"), std::string::npos) << result.err;
-    }
+    EXPECT_TRUE(ended(run({"defaults", "read", "com.bomb"}), 1, "too large to print"));
+    EXPECT_TRUE(ended(run({"--json", "defaults", "read", "com.bomb"}), 1, "too large to print"));
 }
 
 TEST_F(HardeningCli, HostAndDeviceRewritesKeepModesAndLinksAndFreshNames) {
@@ -122,25 +111,20 @@ TEST_F(HardeningCli, RefusedWritesSayWhy) {
     fs::remove(domain("com.norvale.velto"));
     fs::create_symlink(outside, domain("com.norvale.velto"));
     const auto toggle = run({"--json", "toggle Enabled", "show"});
-    EXPECT_EQ(toggle.status, 0) << toggle.err;
-    bool refused = false;
-    for (const auto& line : toggle.outLines())
-        for (const auto& entry : line.value("journal", nlohmann::json::array()))
-            if (entry["kind"] == "preference-write-refused")
-                refused = entry["cause"].get<std::string>().find("outside the device") !=
-                          std::string::npos;
-    EXPECT_TRUE(refused) << toggle.out;
-    EXPECT_NE(run({"toggle Enabled", "show"}).out.find("preference-write-refused"),
-              std::string::npos);
-    const auto write = run({"defaults", "write", "com.norvale.velto", "K", "v"});
-    EXPECT_NE(write.err.find("outside the device"), std::string::npos) << write.err;
+    EXPECT_TRUE(ended(toggle, 0));
+    const auto refusals = journalOf(toggle.outLines().at(0), "preference-write-refused");
+    ASSERT_EQ(refusals.size(), 1u) << toggle.out;
+    EXPECT_THAT(refusals[0]["cause"].get<std::string>(), HasSubstr("outside the device"));
+    EXPECT_THAT(run({"toggle Enabled", "show"}).out, HasSubstr("preference-write-refused"));
+    EXPECT_TRUE(
+        ended(run({"defaults", "write", "com.norvale.velto", "K", "v"}), 1, "outside the device"));
 
     // A file cut short by a killed writer: unreadable, named, never "does not exist".
     fs::remove(domain("com.norvale.velto"));
     ::write(::open(domain("com.other").c_str(), O_WRONLY | O_CREAT, 0644), "bplist00\x01", 9);
     const auto read = run({"defaults", "read", "com.other"});
-    EXPECT_NE(read.err.find("is unreadable"), std::string::npos) << read.err;
-    EXPECT_NE(read.err.find("com.other.plist"), std::string::npos) << read.err;
+    EXPECT_THAT(read.err, HasSubstr("is unreadable"));
+    EXPECT_THAT(read.err, HasSubstr("com.other.plist"));
 }
 
 // Two writers at once: every key of both is kept. Then a writer that finds a half-written file
@@ -161,11 +145,8 @@ TEST_F(HardeningCli, ConcurrentWritersKeepEachOthersKeysAndWaitForAHalfWrittenFi
     loop("b");
     other.join();
     toggles.join();
-    const Value shared = plat::propertyListFromData([&] {
-        const std::string s = fileText(domain("com.shared"));
-        return plat::Bytes(s.begin(), s.end());
-    }());
-    EXPECT_EQ(shared.count(), 2u * kWrites);
+    EXPECT_EQ(run({"--json", "defaults", "read", "com.shared"}).outLines().at(0).size(),
+              2u * kWrites);
 
     const std::string whole = binaryOf(Value::dictionary({{"Kept", Value("yes")}}));
     const int folder =
@@ -178,16 +159,14 @@ TEST_F(HardeningCli, ConcurrentWritersKeepEachOthersKeysAndWaitForAHalfWrittenFi
     putFile(domain("com.shared"), whole);
     ::close(folder);
     waiting.join();
-    EXPECT_EQ(writer.status, 0) << writer.err;
+    EXPECT_TRUE(ended(writer, 0));
     EXPECT_EQ(run({"defaults", "read", "com.shared", "Kept"}).out, "yes\n");
 }
 
 TEST_F(HardeningCli, ScreenshotsReplaceWholeFilesAndRefuseAFifo) {
     const fs::path fifo = scratch_ / "pipe.png", shot = scratch_ / "shot.png";
     ASSERT_EQ(::mkfifo(fifo.c_str(), 0644), 0);
-    const auto refused = run({"screenshot " + fifo.string()});
-    EXPECT_NE(refused.status, 0);
-    EXPECT_NE(refused.err.find("not a regular file"), std::string::npos) << refused.err;
+    EXPECT_TRUE(ended(run({"screenshot " + fifo.string()}), 4, "not a regular file"));
     putFile(shot, "old");
     ::chmod(shot.c_str(), 0600);
     EXPECT_EQ(run({"screenshot " + shot.string()}).status, 0);
@@ -200,10 +179,8 @@ TEST_F(HardeningCli, RecentsKeepsItsTitleThroughAReload) {
     initDevice(device, {"--demo", "--app", "recents"});
     const auto result =
         runProgram({"--device", device, "--json", "open Recents 2", "reload", "show"});
-    ASSERT_EQ(result.status, 0) << result.err;
-    const auto lines = result.outLines();
-    ASSERT_FALSE(lines.empty());
-    EXPECT_EQ(lines.back()["title"], "Recents 2") << lines.back().dump();
+    ASSERT_TRUE(ended(result, 0));
+    EXPECT_EQ(result.outLines().at(0)["title"], "Recents 2");
 }
 
 }  // namespace

@@ -21,7 +21,7 @@ TEST(JsonRecordCli, EveryLineIsAsDocumentedAndSaysWhatHappened) {
     ScratchFolder scratch;
     const std::string device = scratch / "device";
     const auto made = runProgram({"device", "init", device, "--demo", "--json"});
-    ASSERT_EQ(made.status, 0) << made.err;
+    ASSERT_TRUE(ended(made, 0));
     const std::string picture =
         device + "/System/Library/PreferenceBundles/VeltoSettings.bundle/recent@3x.png";
     const auto run =
@@ -29,18 +29,14 @@ TEST(JsonRecordCli, EveryLineIsAsDocumentedAndSaysWhatHappened) {
                     "toggle VeltoEnabled on", "show", "open Mail", "toggle MailEnabled on",
                     "tap ChooseAvatar", "pick " + picture, "tap RestoreAvatar", "show", "help",
                     "screenshot " + (scratch / "shot.png"), "open Nowhere"});
-    ASSERT_EQ(run.status, 4) << run.err;
+    ASSERT_TRUE(ended(run, 4));
 
-    std::vector<json> lines = made.outLines();
-    for (const auto& line : run.outLines())
-        lines.push_back(line);
-    for (const auto& line : run.errLines())
-        lines.push_back(line);
     std::set<std::string> types;
-    for (const json& line : lines) {
-        EXPECT_THAT(recordProblems(line), IsEmpty()) << line.dump();
-        types.insert(line.value("type", ""));
-    }
+    for (const auto& lines : {made.outLines(), run.outLines(), run.errLines()})
+        for (const json& line : lines) {
+            EXPECT_THAT(recordProblems(line), IsEmpty()) << line.dump();
+            types.insert(line.value("type", ""));
+        }
     EXPECT_EQ(types, (std::set<std::string>{"device", "page", "note", "screenshot", "error"}));
 
     std::vector<json> pages;

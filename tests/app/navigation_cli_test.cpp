@@ -18,12 +18,6 @@ namespace {
 using nlohmann::json;
 using plat::Value;
 
-json rowWithId(const json& page, const std::string& id) {
-    for (const auto& row : page.at("rows"))
-        if (row.at("id") == id) return row;
-    return nullptr;
-}
-
 // Points the last row of a device's root list (About, which a new device shows with the master
 // switch off) at `pageClass` and, given one, gives the master switch another setter. The list
 // loses its title, so a page shows the title of the row that opened it, or none.
@@ -41,9 +35,8 @@ void editRootList(const std::string& device, const std::string& pageClass,
 
 class NavigationCli : public ::testing::Test {
   protected:
-    ProgramResult run(std::vector<std::string> steps, const std::string& input = "") {
-        steps.insert(steps.begin(), {"--device", device_, "--json"});
-        return runProgram(steps, input);
+    ProgramResult run(const std::vector<std::string>& steps, const std::string& input = "") {
+        return scratch_.run(joined({"--json"}, steps), input);
     }
 
     ScratchDevice scratch_{{"--app", "bitesms"}};
@@ -52,68 +45,62 @@ class NavigationCli : public ::testing::Test {
 
 TEST_F(NavigationCli, EachShowCarriesThePageAndOnlyTheJournalSinceTheLastShow) {
     const auto result = run({"show", "toggle Enabled", "show"});
-    ASSERT_EQ(result.status, 0) << result.err;
+    ASSERT_TRUE(ended(result, 0));
     const auto pages = result.outLines();
     ASSERT_EQ(pages.size(), 2u);
-    const json& before = pages[0];
-    EXPECT_EQ(before["page"], "VeltoSettingsController");
-    EXPECT_EQ(before["presented"], nullptr);
-    EXPECT_EQ(rowWithId(before, "VeltoEnabled")["value"], false);
+    EXPECT_EQ(pages[0]["page"], "VeltoSettingsController");
+    EXPECT_EQ(pages[0]["presented"], nullptr);
+    EXPECT_EQ(rowValue(pages[0], "VeltoEnabled"), false);
     // Start-up itself is in the first page's journal: the root page was pushed.
-    const auto pushes = journalOf(before, "navigation");
-    ASSERT_EQ(pushes.size(), 1u);
-    EXPECT_EQ(pushes[0]["class"], "VeltoSettingsController");
-
+    EXPECT_EQ(
+        journalOf(pages[0], "navigation"),
+        std::vector<json>(
+            {{{"kind", "navigation"}, {"class", "VeltoSettingsController"}, {"action", "push"}}}));
     // The second page's journal holds only what the switch did.
-    const json& after = pages[1];
-    EXPECT_EQ(rowWithId(after, "VeltoEnabled")["value"], true);
-    EXPECT_TRUE(journalOf(after, "navigation").empty());
-    EXPECT_EQ(journalOf(after, "notification").size(), 1u);
+    EXPECT_EQ(rowValue(pages[1], "VeltoEnabled"), true);
+    EXPECT_TRUE(journalOf(pages[1], "navigation").empty());
+    EXPECT_EQ(journalOf(pages[1], "notification").size(), 1u);
 }
 
 TEST_F(NavigationCli, RowsAreNamedByIdentifierLabelOrIndexAndToggleSetsOrFlips) {
     for (const std::string name : {"VeltoEnabled", "Enabled", "#1"}) {
         const auto result = run(
             {"toggle " + name + " on", "toggle " + name + " on", "show", "toggle " + name, "show"});
-        ASSERT_EQ(result.status, 0) << name << ": " << result.err;
+        ASSERT_TRUE(ended(result, 0));
         const auto lines = result.outLines();
         ASSERT_EQ(lines.size(), 3u);
         // A finger can only flip a switch: "on" for a switch that is on touches nothing.
-        EXPECT_EQ(lines[0]["type"], "note") << name;
-        EXPECT_NE(lines[0]["note"].get<std::string>().find("already on"), std::string::npos);
+        EXPECT_EQ(lines[0]["note"], "row 'Enabled' is already on; nothing changed\n") << name;
         EXPECT_EQ(journalOf(lines[1], "preference-write").size(), 1u) << name;
-        EXPECT_EQ(rowWithId(lines[1], "VeltoEnabled")["value"], true) << name;
-        EXPECT_EQ(rowWithId(lines[2], "VeltoEnabled")["value"], false) << name;
+        EXPECT_EQ(rowValue(lines[1], "VeltoEnabled"), true) << name;
+        EXPECT_EQ(rowValue(lines[2], "VeltoEnabled"), false) << name;
     }
 }
 
 TEST_F(NavigationCli, StepsThatCannotBeCarriedOutOrRaiseFailWithStatusTwoAndChangeNothing) {
     // The bundle raises when the master switch's setter does not exist.
     editRootList(device_, "SomedaySettingsController", "noSuchSetter:specifier:");
-    for (const auto& [step, message] : std::vector<std::pair<std::string, std::string>>{
-             {"toggle Nowhere", "no row"},
-             {"toggle #99", "no row"},
-             {"toggle #0", "not a switch"},
-             {"tap Enabled", "not a button"},
-             {"open Enabled", "does not lead to a page"},
-             {"open About", "page class SomedaySettingsController is not available yet"},
-             {"toggle Enabled", "noSuchSetter:specifier:"},
-             {"back", "root page"},
-             {"choose OK", "nothing is presented"},
-             {"dismiss", "nothing is presented"},
-             {"pick /nonexistent.png", "no photo picker"},
-             {"cancel", "no photo picker"},
-             {"frobnicate now", "unknown step"},
-             {"show everything", "takes no argument"}}) {
+    // A step that does not parse is a usage error; one that cannot be done failed.
+    for (const auto& [step, status, message] :
+         std::vector<std::tuple<std::string, int, std::string>>{
+             {"toggle Nowhere", 4, "no row"},
+             {"toggle #99", 4, "no row"},
+             {"toggle #0", 4, "not a switch"},
+             {"tap Enabled", 4, "not a button"},
+             {"open Enabled", 4, "does not lead to a page"},
+             {"open About", 4, "page class SomedaySettingsController is not available yet"},
+             {"toggle Enabled", 4, "noSuchSetter:specifier:"},
+             {"back", 4, "root page"},
+             {"choose OK", 4, "nothing is presented"},
+             {"dismiss", 4, "nothing is presented"},
+             {"pick /nonexistent.png", 4, "no photo picker"},
+             {"cancel", 4, "no photo picker"},
+             {"frobnicate now", 2, "unknown step"},
+             {"show everything", 2, "takes no argument"}}) {
         const auto result = run({step});
-        // A step that does not parse is a usage error; one that cannot be done failed.
-        const bool malformed = step == "frobnicate now" || step == "show everything";
-        EXPECT_EQ(result.status, malformed ? 2 : 4) << step;
-        const auto errors = result.errLines();
-        ASSERT_EQ(errors.size(), 1u) << step << ": " << result.err;
-        EXPECT_EQ(errors[0]["step"], step);
-        EXPECT_NE(errors[0]["error"].get<std::string>().find(message), std::string::npos)
-            << step << ": " << errors[0]["error"];
+        EXPECT_TRUE(ended(result, status, message));
+        ASSERT_EQ(result.errLines().size(), 1u) << result.err;
+        EXPECT_EQ(result.errLines()[0]["step"], step);
     }
     // None of them wrote the settings file.
     EXPECT_EQ(run({"defaults", "read", "com.norvale.velto"}).status, 1);
@@ -133,7 +120,7 @@ TEST_F(NavigationCli, OpenPushesTheRowsPageAndBackReturns) {
     // The root class stands in for a detail page: it is a page class that certainly exists.
     editRootList(device_, "VeltoSettingsController");
     const auto result = run({"open About", "show", "back", "show"});
-    ASSERT_EQ(result.status, 0) << result.err;
+    ASSERT_TRUE(ended(result, 0));
     const auto pages = result.outLines();
     ASSERT_EQ(pages.size(), 2u);
     EXPECT_EQ(pages[0]["depth"], 2);
@@ -146,9 +133,9 @@ TEST_F(NavigationCli, OpenPushesTheRowsPageAndBackReturns) {
 
 TEST_F(NavigationCli, RunReadsStepsFromAFileOrStandardInputSkippingComments) {
     auto result = run({"run", "-"}, "# switch Velto on\n\n  toggle Enabled  \nshow\n");
-    ASSERT_EQ(result.status, 0) << result.err;
+    ASSERT_TRUE(ended(result, 0));
     ASSERT_EQ(result.outLines().size(), 1u);
-    EXPECT_EQ(rowWithId(result.outLines()[0], "VeltoEnabled")["value"], true);
+    EXPECT_EQ(rowValue(result.outLines()[0], "VeltoEnabled"), true);
 
     const std::string file = scratch_ / "steps.txt";
     std::ofstream(file) << "toggle Enabled\nshow\nbogus step\nshow\n";
@@ -156,7 +143,7 @@ TEST_F(NavigationCli, RunReadsStepsFromAFileOrStandardInputSkippingComments) {
     EXPECT_EQ(result.status, 2);
     // The steps before the bad line ran; the one after did not.
     ASSERT_EQ(result.outLines().size(), 1u);
-    EXPECT_EQ(rowWithId(result.outLines()[0], "VeltoEnabled")["value"], false);
+    EXPECT_EQ(rowValue(result.outLines()[0], "VeltoEnabled"), false);
     EXPECT_EQ(result.errLines().at(0)["line"], 3);
 
     // A missing script is a usage error, not a step failure (a missing device has its own
@@ -166,22 +153,21 @@ TEST_F(NavigationCli, RunReadsStepsFromAFileOrStandardInputSkippingComments) {
 }
 
 TEST_F(NavigationCli, WithoutJsonThePageIsForPeopleAndErrorsNameTheStep) {
-    auto result = runProgram({"--device", device_, "toggle Enabled", "show"});
-    ASSERT_EQ(result.status, 0) << result.err;
+    auto result = scratch_.run({"toggle Enabled", "show"});
+    ASSERT_TRUE(ended(result, 0));
     for (const char* text :
          {"Velto  VeltoSettingsController", "OTHER APPLICATIONS", "#1   Enabled", "[ on]",
           "[icon 180x180] >", "notification       com.norvale.veltosettingschanged"})
-        EXPECT_NE(result.out.find(text), std::string::npos) << text << " in\n" << result.out;
+        EXPECT_THAT(result.out, HasSubstr(text));
     EXPECT_EQ(result.out.find('\033'), std::string::npos);  // not a terminal: no colour
 
-    result = runProgram({"--device", device_, "open Nowhere"});
+    result = scratch_.run({"open Nowhere"});
     EXPECT_EQ(result.status, 4);
     EXPECT_TRUE(result.out.empty());
     EXPECT_EQ(result.err, "error: open Nowhere: no row 'Nowhere' on this page\n");
 
     // Without steps or a terminal, the root page is printed.
-    result = runProgram({"--device", device_});
-    EXPECT_NE(result.out.find("VeltoSettingsController"), std::string::npos) << result.out;
+    EXPECT_THAT(scratch_.run({}).out, HasSubstr("VeltoSettingsController"));
     result = run({});
     ASSERT_EQ(result.outLines().size(), 1u);
     EXPECT_EQ(result.outLines()[0]["page"], "VeltoSettingsController");

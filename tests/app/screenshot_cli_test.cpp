@@ -28,12 +28,11 @@ TEST(ScreenshotCli, StepAndFolderWritePicturesOfTheDevicesSize) {
          std::vector<std::pair<std::vector<std::string>, std::pair<int, int>>>{
              {{"--family", "iphone", "--scale", "2", "--system-version", "14.4"}, {750, 1334}},
              {{"--family", "ipad", "--system-version", "14.4"}, {1668, 2388}}}) {
-        ScratchFolder scratch;
-        const std::string device = scratch / "device", file = scratch / "root.png";
-        initDevice(device, options);
-        const auto result = runProgram({"--device", device, "--json", "--screenshots",
-                                        scratch / "shots", "screenshot " + file, "show"});
-        ASSERT_EQ(result.status, 0) << result.err;
+        ScratchDevice scratch(options);
+        const std::string file = scratch / "root.png";
+        const auto result = scratch.run(
+            {"--json", "--screenshots", scratch / "shots", "screenshot " + file, "show"});
+        ASSERT_TRUE(ended(result, 0));
         const auto lines = result.outLines();
         ASSERT_EQ(lines.size(), 3u);
         EXPECT_EQ(lines[0].at("screenshot").at("path"), file);
@@ -48,12 +47,11 @@ TEST(ScreenshotCli, StepAndFolderWritePicturesOfTheDevicesSize) {
 
 TEST(ScreenshotCli, FullDrawsTheWholePageAndScrollBringsARowOnScreen) {
     ScratchDevice scratch({"--user-apps", "40"});
-    const std::string& device = scratch.device;
-    const auto result = runProgram(
-        {"--device", device, "toggle VeltoEnabled on", "open Excluded Applications",
-         "screenshot " + scratch / "screen.png", "screenshot " + scratch / "full.png --full",
-         "scroll #40", "screenshot " + scratch / "scrolled.png"});
-    ASSERT_EQ(result.status, 0) << result.err;
+    ASSERT_TRUE(ended(scratch.run({"toggle VeltoEnabled on", "open Excluded Applications",
+                                   "screenshot " + scratch / "screen.png",
+                                   "screenshot " + scratch / "full.png --full", "scroll #40",
+                                   "screenshot " + scratch / "scrolled.png"}),
+                      0));
     const auto screen = pngSize(scratch / "screen.png");
     const auto full = pngSize(scratch / "full.png");
     EXPECT_EQ(full.first, screen.first);

@@ -64,28 +64,33 @@ class Terminal {
         ASSERT_EQ(::write(master_, keys.data(), keys.size()), static_cast<ssize_t>(keys.size()));
     }
 
-    // Reads until what the program wrote since `from` holds `text`; false when it stops
-    // writing first. The next call reads on from where the text ended.
-    bool waitFor(const std::string& text) {
-        for (;;) {
-            if (const auto at = output_.find(text, from_); at != std::string::npos) {
-                from_ = at + text.size();
-                return true;
-            }
-            if (!readMore()) return false;
+    // Types the keys (none: only reads), then reads until the program has written each text in
+    // turn, each after the one before. The next call reads on from where the last text ended.
+    ::testing::AssertionResult answers(const std::string& keys,
+                                       const std::vector<std::string>& texts) {
+        if (!keys.empty()) type(keys);
+        for (const std::string& text : texts) {
+            std::size_t at;
+            while ((at = output_.find(text, from_)) == std::string::npos)
+                if (!readMore())
+                    return ::testing::AssertionFailure() << "no \"" << text << "\" in\n" << output_;
+            from_ = at + text.size();
         }
+        return ::testing::AssertionSuccess();
     }
-    // True when the program ended by itself with status 0.
-    bool waitForExit() {
+    // Types the keys; success when the program then ends by itself with status 0.
+    ::testing::AssertionResult endsAfter(const std::string& keys) {
+        type(keys);
         while (readMore()) {
         }
-        if (timedOut_) return false;  // still running: the destructor ends it
         int status = 0;
-        exited_ = ::waitpid(pid_, &status, 0) == pid_;
-        return exited_ && WIFEXITED(status) && WEXITSTATUS(status) == 0;
+        // Still running after the wait: the destructor ends it.
+        exited_ = !timedOut_ && ::waitpid(pid_, &status, 0) == pid_;
+        if (exited_ && WIFEXITED(status) && WEXITSTATUS(status) == 0)
+            return ::testing::AssertionSuccess();
+        return ::testing::AssertionFailure() << "it did not end with status 0:\n" << output_;
     }
     const std::string& output() const { return output_; }
-    bool started() const { return pid_ > 0; }
 
   private:
     bool readMore() {
@@ -120,43 +125,32 @@ TEST_F(ShellTty,
        TabCompletesStepsRowsValuesAndFilesCtrlCDropsALineAndTheHistoryOutlivesTheSession) {
     {
         Terminal terminal(scratch_, device_);
-        ASSERT_TRUE(terminal.started());
-        ASSERT_TRUE(terminal.waitFor("velto>")) << terminal.output();
+        ASSERT_TRUE(terminal.answers("", {"velto>"}));
         // A step word, then a link row ignoring case: "open Phone".
-        terminal.type("op\tph\t\r");
-        ASSERT_TRUE(terminal.waitFor("PhoneAppSettingsController")) << terminal.output();
-        ASSERT_TRUE(terminal.waitFor("velto>")) << terminal.output();
+        ASSERT_TRUE(terminal.answers("op\tph\t\r", {"PhoneAppSettingsController", "velto>"}));
         // Two switches begin alike: their common part, then both listed on a second Tab.
-        terminal.type("toggle Pic\t\t");
-        ASSERT_TRUE(terminal.waitFor("Pictures in Favorites")) << terminal.output();
-        ASSERT_TRUE(terminal.waitFor("Pictures in Recents")) << terminal.output();
-        terminal.type("R\ton\t\r");  // "toggle Pictures in Recents on"
-        ASSERT_TRUE(terminal.waitFor("com.norvale.velto VeltoPhoneRecents")) << terminal.output();
-        // Keys are typed at a prompt only: between two, the terminal is not the editor's.
-        ASSERT_TRUE(terminal.waitFor("velto>")) << terminal.output();
-        terminal.type("quit\r");
-        EXPECT_TRUE(terminal.waitForExit()) << terminal.output();
+        ASSERT_TRUE(
+            terminal.answers("toggle Pic\t\t", {"Pictures in Favorites", "Pictures in Recents"}));
+        // "toggle Pictures in Recents on". Keys are typed at a prompt only: between two, the
+        // terminal is not the editor's.
+        ASSERT_TRUE(
+            terminal.answers("R\ton\t\r", {"com.norvale.velto VeltoPhoneRecents", "velto>"}));
+        EXPECT_TRUE(terminal.endsAfter("quit\r"));
     }
     EXPECT_TRUE(std::filesystem::exists(scratch_ / "state/velto-settings/history"));
 
     // A new session goes back through the old one's lines: quit, the toggle, then open Phone.
     Terminal terminal(scratch_, device_);
-    ASSERT_TRUE(terminal.waitFor("velto>")) << terminal.output();
-    terminal.type("\033[A\033[A\033[A\r");
-    ASSERT_TRUE(terminal.waitFor("PhoneAppSettingsController")) << terminal.output();
-    ASSERT_TRUE(terminal.waitFor("velto>")) << terminal.output();
+    ASSERT_TRUE(terminal.answers("", {"velto>"}));
+    ASSERT_TRUE(terminal.answers("\033[A\033[A\033[A\r", {"PhoneAppSettingsController", "velto>"}));
     // Ctrl-C throws away the line being typed, as in a shell, and the session goes on.
-    terminal.type("toggle Enab\003");
-    ASSERT_TRUE(terminal.waitFor("velto>")) << terminal.output();
+    ASSERT_TRUE(terminal.answers("toggle Enab\003", {"velto>"}));
     // Tab completes file names after the steps that take one. The editor redraws only what
     // Tab added, so the file written shows what it completed.
     std::filesystem::create_directories(scratch_.path() / "shots-folder");
     terminal.type("screenshot " + scratch_ / "shots-f\t");
-    terminal.type("a.png\r");
-    ASSERT_TRUE(terminal.waitFor("wrote ")) << terminal.output();
-    ASSERT_TRUE(terminal.waitFor("velto>")) << terminal.output();
-    terminal.type("\004");  // Ctrl-D on an empty line ends the session
-    EXPECT_TRUE(terminal.waitForExit()) << terminal.output();
+    ASSERT_TRUE(terminal.answers("a.png\r", {"wrote ", "velto>"}));
+    EXPECT_TRUE(terminal.endsAfter("\004"));  // Ctrl-D on an empty line ends the session
     EXPECT_TRUE(std::filesystem::exists(scratch_.path() / "shots-folder/a.png"));
     EXPECT_EQ(terminal.output().find("com.norvale.velto VeltoEnabled"), std::string::npos);
 }
@@ -173,26 +167,21 @@ TEST_F(ShellTty, AHistoryFileThatIsDamagedOrNotAFileNeitherHangsNorBreaksTheStar
             ASSERT_EQ(::mkfifo(history.c_str(), 0600), 0);
         }
         Terminal terminal(scratch_, device_);
-        ASSERT_TRUE(terminal.waitFor("velto>")) << terminal.output();
-        terminal.type("quit\r");
-        EXPECT_TRUE(terminal.waitForExit()) << terminal.output();
+        ASSERT_TRUE(terminal.answers("", {"velto>"}));
+        EXPECT_TRUE(terminal.endsAfter("quit\r"));
     }
 }
 
 TEST_F(ShellTty, ColourUnlessNoColourCtrlLClearsTheScreenAndErrorsDoNotEndTheSession) {
     for (const bool noColour : {false, true}) {
         Terminal terminal(scratch_, device_, noColour);
-        ASSERT_TRUE(terminal.waitFor("velto>")) << terminal.output();
+        ASSERT_TRUE(terminal.answers("", {"velto>"}));
         const bool bold = terminal.output().find("\033[1mVelto") != std::string::npos;
         EXPECT_EQ(bold, !noColour) << terminal.output();
-        terminal.type("open Nowhere\r");
-        ASSERT_TRUE(terminal.waitFor("no row 'Nowhere' on this page")) << terminal.output();
-        ASSERT_TRUE(terminal.waitFor("velto>")) << terminal.output();
-        terminal.type("\014");
-        EXPECT_TRUE(terminal.waitFor("\033[2J")) << terminal.output();
-        ASSERT_TRUE(terminal.waitFor("velto>")) << terminal.output();
-        terminal.type("quit\r");
-        EXPECT_TRUE(terminal.waitForExit()) << terminal.output();
+        ASSERT_TRUE(
+            terminal.answers("open Nowhere\r", {"no row 'Nowhere' on this page", "velto>"}));
+        ASSERT_TRUE(terminal.answers("\014", {"\033[2J", "velto>"}));
+        EXPECT_TRUE(terminal.endsAfter("quit\r"));
     }
 }
 

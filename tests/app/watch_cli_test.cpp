@@ -45,29 +45,27 @@ class Watching {
 
 TEST(WatchCli, RedrawsWhenAnotherProcessChangesASettingOrAPicture) {
     ScratchDevice scratch({"--demo"});
-    const std::string& device = scratch.device;
     // The timeout only keeps a broken watch from hanging the suite.
-    Watching watch("'" + programPath().string() + "' --device '" + device +
+    Watching watch("'" + programPath().string() + "' --device '" + scratch.device +
                    "' --json watch --redraws 2 --timeout 120 </dev/null");
     const json first = watch.next();
     ASSERT_EQ(first.value("type", ""), "page") << first;
     ASSERT_NE(row(first, "Phone"), nullptr) << first;
 
     // Another process switches Velto off: the page shows what the page makes of that.
-    const auto off = runProgram({"--device", device, "defaults", "write", "com.norvale.velto",
-                                 "VeltoEnabled", "-bool", "NO"});
-    ASSERT_EQ(off.status, 0) << off.err;
+    ASSERT_TRUE(ended(
+        scratch.run({"defaults", "write", "com.norvale.velto", "VeltoEnabled", "-bool", "NO"}), 0));
     EXPECT_NE(watch.next()
                   .value("note", "")
                   .find("/var/mobile/Library/Preferences/com.norvale.velto.plist"),
               std::string::npos);
     const json second = watch.next();
-    EXPECT_EQ(row(second, "VeltoEnabled")->at("value"), false);
+    EXPECT_EQ(rowValue(second, "VeltoEnabled"), false);
     EXPECT_EQ(row(second, "Phone"), nullptr);
 
     // A picture of the bundle is replaced: its row's icon has another hash.
-    const auto bundle =
-        std::filesystem::path(device) / "System/Library/PreferenceBundles/VeltoSettings.bundle";
+    const auto bundle = std::filesystem::path(scratch.device) /
+                        "System/Library/PreferenceBundles/VeltoSettings.bundle";
     const json* about = row(second, "About");
     ASSERT_NE(about, nullptr);
     const std::string before = about->at("icon").at("hash");

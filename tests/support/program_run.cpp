@@ -1,7 +1,6 @@
 #include "tests/support/program_run.h"
 
-#include <fcntl.h>
-#include <poll.h>
+#include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -9,8 +8,8 @@
 
 #include <atomic>
 #include <cerrno>
-#include <csignal>
 #include <cstdlib>
+#include <cstring>
 #include <fstream>
 #include <sstream>
 
@@ -37,44 +36,26 @@ const std::filesystem::path& scratchStateHome() {
     return home.path();
 }
 
-void pump(int outFd, int errFd, int inFd, const std::string& input, ProgramResult& result) {
-    std::size_t written = 0;
-    if (input.empty() && inFd >= 0) {
-        ::close(inFd);
-        inFd = -1;
-    }
-    while (outFd >= 0 || errFd >= 0) {
-        std::vector<pollfd> fds;
-        if (outFd >= 0) fds.push_back({outFd, POLLIN, 0});
-        if (errFd >= 0) fds.push_back({errFd, POLLIN, 0});
-        if (inFd >= 0) fds.push_back({inFd, POLLOUT, 0});
-        if (::poll(fds.data(), fds.size(), -1) < 0) {
-            if (errno == EINTR) continue;
-            return;
-        }
-        for (const pollfd& fd : fds) {
-            if (!fd.revents) continue;
-            if (fd.fd == inFd) {
-                const ssize_t n = ::write(inFd, input.data() + written, input.size() - written);
-                if (n > 0) written += static_cast<std::size_t>(n);
-                if (n < 0 || written == input.size()) {
-                    ::close(inFd);
-                    inFd = -1;
-                }
-                continue;
-            }
-            char buffer[8192];
-            const ssize_t n = ::read(fd.fd, buffer, sizeof buffer);
-            std::string& into = fd.fd == outFd ? result.out : result.err;
-            if (n > 0) {
-                into.append(buffer, static_cast<std::size_t>(n));
-            } else if (n == 0 || errno != EINTR) {
-                ::close(fd.fd);
-                (fd.fd == outFd ? outFd : errFd) = -1;
-            }
-        }
-    }
-    if (inFd >= 0) ::close(inFd);
+// An anonymous file holding `bytes`, to be read from its start: a run's input or output
+// needs no pipe to drain while the program runs.
+int memoryFile(const std::string& bytes) {
+    const int fd = ::memfd_create("velto-test", MFD_CLOEXEC);
+    if (fd >= 0 && !bytes.empty() &&
+        ::write(fd, bytes.data(), bytes.size()) != static_cast<ssize_t>(bytes.size()))
+        ADD_FAILURE() << "the input was not written whole";
+    ::lseek(fd, 0, SEEK_SET);
+    return fd;
+}
+
+// Everything the file holds; the file is closed.
+std::string takeText(int fd) {
+    std::string text;
+    char buffer[8192];
+    ::lseek(fd, 0, SEEK_SET);
+    for (ssize_t n; (n = ::read(fd, buffer, sizeof buffer)) > 0;)
+        text.append(buffer, static_cast<std::size_t>(n));
+    ::close(fd);
+    return text;
 }
 
 }  // namespace
@@ -96,61 +77,55 @@ std::filesystem::path programPath() {
 }
 
 ProgramResult runProgram(const std::vector<std::string>& arguments, const std::string& input,
-                         const std::map<std::string, std::string>& environment) {
-    std::map<std::string, std::string> variables;
-    for (char** e = environ; e && *e; ++e) {
-        const std::string entry(*e);
-        const std::size_t equals = entry.find('=');
-        if (equals != std::string::npos)
-            variables[entry.substr(0, equals)] = entry.substr(equals + 1);
-    }
-    variables["XDG_STATE_HOME"] = scratchStateHome().string();
+                         std::map<std::string, std::string> environment) {
+    std::map<std::string, std::string> variables;  // name: "name=value"
+    for (char** entry = environ; *entry; ++entry)
+        variables.emplace(std::string(*entry, std::strcspn(*entry, "=")), *entry);
     variables.erase("VELTO_RESOURCES");
+    environment.emplace("XDG_STATE_HOME", scratchStateHome().string());
     for (const auto& [name, value] : environment)
-        variables[name] = value;
-
-    std::vector<std::string> envStrings;
-    for (const auto& [name, value] : variables)
-        envStrings.push_back(name + "=" + value);
+        variables[name] = name + "=" + value;
     std::vector<char*> envp;
-    for (auto& s : envStrings)
-        envp.push_back(s.data());
+    for (auto& [name, entry] : variables)
+        envp.push_back(entry.data());
     envp.push_back(nullptr);
 
-    const std::string program = programPath().string();
-    std::vector<std::string> argStrings{program};
-    argStrings.insert(argStrings.end(), arguments.begin(), arguments.end());
+    std::vector<std::string> argStrings = joined({programPath().string()}, arguments);
     std::vector<char*> argv;
-    for (auto& s : argStrings)
-        argv.push_back(s.data());
+    for (std::string& argument : argStrings)
+        argv.push_back(argument.data());
     argv.push_back(nullptr);
 
-    // A program that exits before reading its input must fail the test, not kill it.
-    ::signal(SIGPIPE, SIG_IGN);
-    int in[2], out[2], err[2];
-    if (::pipe2(in, O_CLOEXEC) || ::pipe2(out, O_CLOEXEC) || ::pipe2(err, O_CLOEXEC)) {
-        ADD_FAILURE() << "pipe failed";
+    const int in = memoryFile(input), out = memoryFile(""), err = memoryFile("");
+    if (in < 0 || out < 0 || err < 0) {
+        ADD_FAILURE() << "memfd_create failed";
         return {};
     }
     const pid_t pid = ::fork();
     if (pid == 0) {
-        ::dup2(in[0], STDIN_FILENO);
-        ::dup2(out[1], STDOUT_FILENO);
-        ::dup2(err[1], STDERR_FILENO);
-        ::execve(program.c_str(), argv.data(), envp.data());
+        ::dup2(in, STDIN_FILENO);
+        ::dup2(out, STDOUT_FILENO);
+        ::dup2(err, STDERR_FILENO);
+        ::execve(argv[0], argv.data(), envp.data());
         ::_exit(127);
     }
-    ::close(in[0]);
-    ::close(out[1]);
-    ::close(err[1]);
-
-    ProgramResult result;
-    pump(out[0], err[0], in[1], input, result);
+    ::close(in);
     int status = 0;
     while (::waitpid(pid, &status, 0) < 0 && errno == EINTR) {
     }
-    result.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    return result;
+    return {arguments, WIFEXITED(status) ? WEXITSTATUS(status) : -1, takeText(out), takeText(err)};
+}
+
+::testing::AssertionResult ended(const ProgramResult& result, int status, const std::string& says) {
+    if (result.status == status && result.err.find(says) != std::string::npos)
+        return ::testing::AssertionSuccess();
+    std::string arguments;
+    for (const std::string& argument : result.arguments)
+        arguments += " '" + argument + "'";
+    return ::testing::AssertionFailure()
+           << "velto-settings" << arguments << "\nended " << result.status << ", wanted " << status
+           << (says.empty() ? "" : " saying \"" + says + "\"") << "\nout: " << result.out
+           << "\nerr: " << result.err;
 }
 
 ScratchFolder::ScratchFolder() {
@@ -167,8 +142,7 @@ ScratchFolder::~ScratchFolder() {
 }
 
 void initDevice(const std::string& folder, const std::vector<std::string>& options) {
-    const ProgramResult result = runProgram(joined({"device", "init", folder}, options));
-    ASSERT_EQ(result.status, 0) << result.err;
+    ASSERT_TRUE(ended(runProgram(joined({"device", "init", folder}, options)), 0));
 }
 
 std::vector<nlohmann::json> journalOf(const nlohmann::json& page, const std::string& kind) {
@@ -188,6 +162,11 @@ const nlohmann::json* row(const nlohmann::json& page, const std::string& idOrLab
     for (const auto& shown : page.at("rows"))
         if (shown.at("id") == idOrLabel || shown.at("label") == idOrLabel) return &shown;
     return nullptr;
+}
+
+nlohmann::json rowValue(const nlohmann::json& page, const std::string& idOrLabel) {
+    const nlohmann::json* found = row(page, idOrLabel);
+    return found ? found->value("value", nlohmann::json()) : nlohmann::json();
 }
 
 std::string fileText(const std::filesystem::path& path) {

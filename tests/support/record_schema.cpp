@@ -1,6 +1,5 @@
 #include "tests/support/record_schema.h"
 
-#include <algorithm>
 #include <fstream>
 #include <map>
 #include <regex>
@@ -11,14 +10,9 @@ namespace {
 
 using nlohmann::json;
 
-struct Field {
-    std::string name;
-    std::string type;
-};
-
 struct Docs {
     int schema = -1;
-    std::map<std::string, std::vector<Field>> shapes;
+    std::map<std::string, std::map<std::string, std::string>> shapes;  // shape: field: type
 };
 
 // "### `shape`" opens a table; "| `field` | `type` | meaning |" rows fill it.
@@ -37,7 +31,7 @@ Docs readDocs() {
         else if (line.rfind("## ", 0) == 0)
             shape.clear();
         else if (!shape.empty() && std::regex_search(line, match, row))
-            docs.shapes[shape].push_back({match[1], match[2]});
+            docs.shapes[shape][match[1]] = match[2];
     }
     return docs;
 }
@@ -62,19 +56,15 @@ class Checker {
             return;
         }
         // Parsed lines keep no order of their own, so the set of fields is what is compared.
-        const std::vector<Field>& fields = found->second;
-        for (const Field& field : fields) {
-            if (value.contains(field.name))
-                type(value[field.name], field.type, where + "." + field.name);
+        for (const auto& [name, fieldType] : found->second) {
+            if (value.contains(name))
+                type(value[name], fieldType, where + "." + name);
             else
-                problems.push_back(where + ": no field '" + field.name + "'");
+                problems.push_back(where + ": no field '" + name + "'");
         }
-        for (const auto& item : value.items()) {
-            const std::string& key = item.key();
-            const bool documented = std::any_of(fields.begin(), fields.end(),
-                                                [&](const Field& f) { return f.name == key; });
-            if (!documented) problems.push_back(where + ": field '" + key + "' is not documented");
-        }
+        for (const auto& item : value.items())
+            if (!found->second.contains(item.key()))
+                problems.push_back(where + ": field '" + item.key() + "' is not documented");
     }
 
     void type(const json& value, std::string type, const std::string& where) {
