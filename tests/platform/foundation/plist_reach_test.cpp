@@ -4,12 +4,9 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 
-#include "platform/foundation/plist.h"
 #include "platform/system/plist_file.h"
-#include "tests/support/test_device.h"
+#include "tests/platform/foundation/plist_test_support.h"
 
 namespace {
 
@@ -41,51 +38,44 @@ TEST(PlistReach, SharedObjectsStayShared) {
     EXPECT_FALSE(plat::dataFromPropertyList(chain, PropertyListFormat::XML));  // no references
 }
 
-// Writes over what is at the path; answers what the folder holds afterwards besides it.
-class SetAside : public ::testing::Test {
-  protected:
-    std::vector<std::string> asideFiles() const {
+// A write replaces a readable file, or none, in place; an unreadable one is first moved aside
+// byte for byte, with one log line naming where.
+TEST(PlistReach, OnlyAnUnreadableFileIsMovedAsideBeforeAWrite) {
+    testsupport::TestDevice device;
+    const auto asideFiles = [&] {
         std::vector<std::string> names;
         for (const auto& entry : std::filesystem::directory_iterator(device.host("/var")))
             if (entry.path().filename().string().starts_with("s.plist.unreadable-"))
                 names.push_back(entry.path().filename().string());
         return names;
-    }
-    testsupport::TestDevice device;
+    };
     const plat::Bytes fresh = *plat::dataFromPropertyList(
         Value::dictionary({{"A", Value::boolean(true)}}), PropertyListFormat::Binary);
-};
-
-TEST_F(SetAside, AnUnreadableFileIsMovedAsideByteForByteWithOneLogLine) {
-    const std::string bad =
-        "<?xml version=\"1.0\"?><plist><dict><key>Keep</key><string>m\xff"
-        "e</string></dict></plist>";
-    for (const std::string& content :
-         {bad, std::string("bplist00 truncated"), std::string("[1, 2]")}) {
-        std::filesystem::remove_all(device.host("/var"));
-        std::filesystem::create_directories(device.host("/var"));
-        device.writeText("/var/s.plist", content);
-        device.journal().clear();
-        ASSERT_TRUE(plat::writeDataToFile(fresh, "/var/s.plist", false));
-        EXPECT_TRUE(device.readPlist("/var/s.plist").objectForKey("A").boolValue());
-        const auto aside = asideFiles();
-        ASSERT_EQ(aside.size(), 1u) << content;
-        std::ifstream in(device.host("/var/" + aside[0]), std::ios::binary);
-        EXPECT_EQ(std::string(std::istreambuf_iterator<char>(in), {}), content);
-        const auto lines = device.logLines();
-        ASSERT_EQ(lines.size(), 1u);
-        EXPECT_EQ(lines[0],
-                  "Moved the unreadable property list /var/s.plist aside to /var/" + aside[0]);
-    }
-}
-
-TEST_F(SetAside, AReadableFileOrNoneIsReplacedInPlace) {
     std::filesystem::create_directories(device.host("/var"));
     ASSERT_TRUE(plat::writeDataToFile(fresh, "/var/s.plist", false));  // none there
     device.writePlist("/var/s.plist", Value::dictionary({{"B", Value::boolean(true)}}), true);
     ASSERT_TRUE(plat::writeDataToFile(fresh, "/var/s.plist", true));
     EXPECT_TRUE(asideFiles().empty());
     EXPECT_TRUE(device.logLines().empty());
+
+    const std::string bad =
+        "<?xml version=\"1.0\"?><plist><dict><key>Keep</key><string>m\xff"
+        "e</string></dict></plist>";
+    for (const std::string& content :
+         {bad, std::string("bplist00 truncated"), std::string("[1, 2]")}) {
+        device.writeText("/var/s.plist", content);
+        device.journal().clear();
+        ASSERT_TRUE(plat::writeDataToFile(fresh, "/var/s.plist", false));
+        EXPECT_TRUE(device.readPlist("/var/s.plist").objectForKey("A").boolValue());
+        const auto aside = asideFiles();
+        ASSERT_EQ(aside.size(), 1u) << content;
+        EXPECT_EQ(plisttest::readHostFile(device.host("/var/" + aside[0])),
+                  testsupport::bytesOf(content));
+        EXPECT_EQ(device.logLines(), std::vector{"Moved the unreadable property list "
+                                                 "/var/s.plist aside to /var/" +
+                                                 aside[0]});
+        std::filesystem::remove(device.host("/var/" + aside[0]));
+    }
 }
 
 }  // namespace

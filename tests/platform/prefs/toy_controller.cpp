@@ -12,10 +12,8 @@ plat::SpecifierArrayPtr ToyController::specifiers() {
         auto list = loadSpecifiersFromPlistName("Toy", shared_from_this());
         // Row 1 is the page's switch; its stored value decides whether the rest shows.
         const bool on = readPreferenceValue(list->objectAtIndex(1)).boolValue();
-        if (!on) {
-            for (std::size_t i = list->count() - 1; i > 1; --i)
-                list->removeObjectAtIndex(i);
-        }
+        for (std::size_t i = list->count() - 1; !on && i > 1; --i)
+            list->removeObjectAtIndex(i);
         setHeldSpecifiers(list);
     }
     return heldSpecifiers();

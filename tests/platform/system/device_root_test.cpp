@@ -2,13 +2,12 @@
 // only a host folder has (symbolic links, FIFOs, the real location check) is tested with the
 // process.
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <iterator>
 #include <memory>
-#include <sstream>
 
 #include "platform/system/host_device_root.h"
 #include "platform/system/memory_device_root.h"
@@ -25,6 +24,12 @@ struct Kind {
     const char* name;
     std::function<std::shared_ptr<DeviceRoot>(const fs::path& folder)> make;
 };
+
+// What a host file holds, as a program beside the process reads it.
+std::string hostText(const fs::path& file) {
+    std::ifstream in(file);
+    return in ? std::string(std::istreambuf_iterator<char>(in), {}) : "(no file)";
+}
 
 // Printed by its name, where GoogleTest would dump the bytes.
 void PrintTo(const Kind& kind, std::ostream* out) {
@@ -102,22 +107,17 @@ TEST_P(DevicePortTest, FoldersAreMadeListedMovedAndRemovedWithReasons) {
 }
 
 TEST_P(DevicePortTest, ProgramsBesideTheProcessSeeTheDevicesCurrentFiles) {
-    const auto read = [](const fs::path& file) {
-        std::ostringstream text;
-        text << std::ifstream(file).rdbuf();
-        return text.str();
+    const auto seen = [&]() -> std::string {
+        const auto top = root.hostFolderHolding("/var/lib/dpkg");
+        return top ? hostText(*top / "var/lib/dpkg/status") : "(no folder)";
     };
     ASSERT_TRUE(root.createDirectory("/var/lib/dpkg", true));
     ASSERT_TRUE(root.writeFile("/var/lib/dpkg/status", bytesOf("one"), true));
-    auto top = root.hostFolderHolding("/var/lib/dpkg");
-    ASSERT_TRUE(top);
-    EXPECT_EQ(read(*top / "var/lib/dpkg/status"), "one");
+    EXPECT_EQ(seen(), "one");
     ASSERT_TRUE(root.writeFile("/var/lib/dpkg/status", bytesOf("two"), false));
-    top = root.hostFolderHolding("/var/lib/dpkg");
-    ASSERT_TRUE(top);
-    EXPECT_EQ(read(*top / "var/lib/dpkg/status"), "two");
+    EXPECT_EQ(seen(), "two");
     ASSERT_TRUE(root.removeItem("/var/lib/dpkg/status"));
-    EXPECT_FALSE(fs::exists(*root.hostFolderHolding("/var/lib/dpkg") / "var/lib/dpkg/status"));
+    EXPECT_EQ(seen(), "(no file)");
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -132,18 +132,14 @@ INSTANTIATE_TEST_SUITE_P(
     [](const ::testing::TestParamInfo<Kind>& info) { return std::string(info.param.name); });
 
 TEST(HostDeviceTest, AFileWithAnotherNameOutsideTheDeviceIsNeitherReadNorWrittenInPlace) {
-    const fs::path scratch =
-        fs::temp_directory_path() / ("port-links-" + std::to_string(::getpid()));
-    fs::remove_all(scratch);
-    fs::create_directories(scratch / "device/var");
-    { std::ofstream(scratch / "secret") << "host"; }
-    fs::create_hard_link(scratch / "secret", scratch / "device/var/linked");
-    const HostDeviceRoot root(scratch / "device");
+    testsupport::TestDevice host;
+    host.writeText("/secret", "host");
+    fs::create_directories(host.root() / "device/var");
+    fs::create_hard_link(host.root() / "secret", host.root() / "device/var/linked");
+    const HostDeviceRoot root(host.root() / "device");
     EXPECT_NE(root.readFile("/var/linked").error().find("hard link"), std::string::npos);
     EXPECT_FALSE(root.writeFile("/var/linked", bytesOf("device"), false));
-    std::ifstream secret(scratch / "secret");
-    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(secret), {}), "host");
-    fs::remove_all(scratch);
+    EXPECT_EQ(hostText(host.root() / "secret"), "host");
 }
 
 TEST(MemoryDeviceTest, NoTwoDevicesShareAVersion) {

@@ -74,10 +74,8 @@ TEST_F(CentersTest, DarwinDeliversInOrderOnAThreadOfItsOwnAfterJournalingOwnPost
 }
 
 TEST_F(CentersTest, DarwinCallbacksMayAddAndRemoveObserversAndThrow) {
-    int late = 0;
-    int removedBeforeItsTurn = 0;
-    std::uint64_t self = 0;
-    std::uint64_t next = 0;
+    int late = 0, removedBeforeItsTurn = 0;
+    std::uint64_t self = 0, next = 0;
     self = darwin.addObserver(nullptr, calling([&](DarwinNotifyCenter* c) {
                                   c->removeObserver(self);
                                   c->removeObserver(next);
@@ -104,8 +102,7 @@ TEST_F(CentersTest, DarwinCallbacksMayAddAndRemoveObserversAndThrow) {
 }
 
 TEST_F(CentersTest, DarwinRemoveWaitsForARunningCallback) {
-    std::promise<void> entered;
-    std::promise<void> release;
+    std::promise<void> entered, release;
     std::atomic<bool> finished{false};
     auto token = darwin.addObserver(nullptr, calling([&](auto*) {
                                         entered.set_value();
@@ -158,8 +155,7 @@ TEST_F(CentersTest, LocalObserversAreWeakAndMayChangeWhileCalled) {
         owner.reset();                  // the last outside reference goes mid-call...
         EXPECT_FALSE(watch.expired());  // ...but the center holds it until the call returns
     });
-    std::uint64_t self = 0;
-    std::uint64_t next = 0;
+    std::uint64_t self = 0, next = 0;
     self = local.addObserver({}, "N", [&](const Notification&) {
         calls.push_back("changer");
         local.removeObserver(self);
