@@ -10,9 +10,7 @@
 namespace plat {
 namespace {
 
-Value n(std::int64_t i) {
-    return Value::integer(i);
-}
+const auto n = [](std::int64_t i) { return Value::integer(i); };
 
 TEST(StringWithFormat, ConvertsEachArgumentAsItsCTypeWould) {
     const Value big = Value::unsignedInteger(std::numeric_limits<std::uint64_t>::max());

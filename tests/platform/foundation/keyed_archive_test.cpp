@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/foundation/plist.h"
 #include "platform/ui/color.h"
 #include "platform/ui/image.h"
 #include "tests/platform/foundation/plist_test_support.h"
@@ -27,9 +26,7 @@ struct Archive {
 
 // A class description: the name and its chain up to NSObject.
 Value classes(std::initializer_list<const char*> chain) {
-    Value names = Value::array();
-    for (const char* name : chain)
-        names.addObject(name);
+    const Value names = Value::array(plat::Array(chain.begin(), chain.end()));
     names.addObject("NSObject");
     return Value::dictionary({{"$classname", *chain.begin()}, {"$classes", names}});
 }

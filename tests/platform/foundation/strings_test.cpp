@@ -14,15 +14,15 @@ using R = ComparisonResult;
 // A row of each outcome among the published data points; then space separators and tab (skipped)
 // against line breaks (not), and malformed UTF-8 (an ordinary non-digit).
 TEST(NSStringBoolValue, AgreesWithEachKindOfDataPoint) {
-    std::vector<std::string> yes = {" 1 ", "t", "Y", "ya", "1a", "+000009", "-01", " +111"};
-    std::vector<std::string> no = {"",   " ",  "a1", "false",  "-00000", "+y",
-                                   "0t", "++", "+",  " + 111", "000-1"};
-    yes.insert(yes.end(), {"\t1", "\u00A0y", "\u3000\u2003 7", "1\xff"});
-    no.insert(no.end(), {"\n1", "\r\nYES", "\u00A0", "\xff+1", " \xc3"});
-    for (const auto& s : yes)
-        EXPECT_TRUE(nsStringBoolValue(s)) << '"' << s << '"';
-    for (const auto& s : no)
-        EXPECT_FALSE(nsStringBoolValue(s)) << '"' << s << '"';
+    const std::vector<std::string> yes = {
+        " 1 ",  "t", "Y", "ya", "1a", "+000009", "-01", " +111", "\t1", "\u00A0y", "\u3000\u2003 7",
+        "1\xff"};
+    const std::vector<std::string> no = {"",        " ",      "a1",     "false",  "-00000", "+y",
+                                         "0t",      "++",     "+",      " + 111", "000-1",  "\n1",
+                                         "\r\nYES", "\u00A0", "\xff+1", " \xc3"};
+    for (const auto& [strings, expected] : {std::pair{yes, true}, {no, false}})
+        for (const auto& s : strings)
+            EXPECT_EQ(nsStringBoolValue(s), expected) << '"' << s << '"';
 }
 
 TEST(Utf16Length, CountsSurrogatePairsAsTwoAndEachMalformedByteAsOne) {
@@ -39,8 +39,7 @@ TEST(AppendingPathComponent, JoinsAndStandardisesSlashes) {
         {"a//b", "x//y", "a/b/x/y"},
         {"", "world/", "world"},
         {"//", "/", "/"},
-        {"", "", ""},
-    };
+        {"", "", ""}};
     for (const auto& [path, component, joined] : cases)
         EXPECT_EQ(stringByAppendingPathComponent(path, component), joined) << path << component;
 }

@@ -9,18 +9,64 @@
 #include "platform/prefs/list_controller.h"
 #include "platform/prefs/runtime.h"
 #include "platform/prefs/specifier_loader.h"
+#include "platform/prefs/table_cell.h"
+#include "platform/prefs/user_defaults.h"
 #include "platform/ui/image.h"
-#include "tests/platform/prefs/toy_controller.h"
 #include "tests/support/test_device.h"
 
 using plat::Value;
+
+namespace toy {
+
+constexpr const char* kBundle = "/System/Library/PreferenceBundles/Toy.bundle";
+constexpr const char* kDomainFile = "/var/mobile/Library/Preferences/com.example.toy.plist";
+
+// A page written only for the tests: it builds its held list once and prunes it by a stored
+// switch, as every real page does, on a resource of its own, so the framework model is
+// exercised end to end. What a real page does with its rows when the switch flips is checked
+// on that page.
+class ToyController : public plat::ListController {
+  public:
+    std::string className() const override { return "ToyController"; }
+    plat::SpecifierArrayPtr specifiers() override {
+        if (heldSpecifiers()) return heldSpecifiers();
+        auto list = loadSpecifiersFromPlistName("Toy", shared_from_this());
+        // Row 1 is the page's switch; its stored value decides whether the rest shows.
+        const bool on = readPreferenceValue(list->objectAtIndex(1)).boolValue();
+        for (std::size_t i = list->count() - 1; !on && i > 1; --i)
+            list->removeObjectAtIndex(i);
+        setHeldSpecifiers(list);
+        return list;
+    }
+};
+
+// A switch cell class named by "cellClass" in the resource.
+class ToySwitchCell : public plat::TableCell {
+  public:
+    std::string className() const override { return "ToySwitchCell"; }
+};
+
+}  // namespace toy
 
 namespace {
 
 class PrefsTest : public ::testing::Test {
   protected:
     void SetUp() override {
-        toy::registerToyClasses();
+        auto& runtime = plat::Runtime::shared();  // registering again is harmless
+        runtime.registerClass(
+            "ToyController", "PSListController",
+            [] { return std::make_shared<toy::ToyController>(); }, toy::kBundle);
+        runtime.addMethod("ToyController", "toyEnabledOrDisabled:specifier:",
+                          plat::bindMethod<toy::ToyController>([](toy::ToyController& self,
+                                                                  const plat::Arguments& a) {
+                              self.setPreferenceValue(plat::argumentAt(a, 0),
+                                                      plat::argumentAt(a, 1).as<plat::Specifier>());
+                              plat::UserDefaults::standardUserDefaults().synchronize();
+                              return Value();
+                          }));
+        runtime.registerClass("ToySwitchCell", "PSTableCell",
+                              [] { return std::make_shared<toy::ToySwitchCell>(); });
         device.setProfile("iPhone", 3);
         device.install(testsupport::sourceDir() / "tests/platform/prefs/resources", toy::kBundle);
     }
