@@ -51,11 +51,11 @@ Value object(std::initializer_list<std::pair<const std::string, Value>> fields,
 }
 
 // An array of UIDs.
-Value uids(std::initializer_list<std::uint64_t> numbers) {
-    const Value refs = Value::array();
+Value uids(std::initializer_list<std::uint64_t> numbers, std::size_t copies = 1) {
+    plat::Array refs;
     for (std::uint64_t n : numbers)
-        refs.addObject(Value::uid(n));
-    return refs;
+        refs.insert(refs.end(), copies, Value::uid(n));
+    return Value::array(std::move(refs));
 }
 
 TEST(KeyedArchiveOracle, AppleArchiveDecodesThroughItsClassChain) {
@@ -203,14 +203,11 @@ TEST(KeyedArchiveRead, MalformedArchivesGiveNil) {
 
     // Arrays nested through UIDs: a sane depth decodes, an absurd one does not; sharing at
     // every level (2^60 paths) is decoded once per object.
-    auto chain = [&](std::uint64_t levels, int width) {
+    auto chain = [&](std::uint64_t levels, std::size_t width) {
         plat::Array objects;
-        for (std::uint64_t i = 1; i <= levels; ++i) {
-            const Value refs = Value::array();
-            for (int copy = 0; i < levels && copy < width; ++copy)
-                refs.addObject(Value::uid(i + 1));
-            objects.push_back(object({{"NS.objects", refs}}, levels + 1));
-        }
+        for (std::uint64_t i = 1; i <= levels; ++i)
+            objects.push_back(
+                object({{"NS.objects", uids({i + 1}, i < levels ? width : 0)}}, levels + 1));
         objects.push_back(arrayClass);
         return handArchive(objects);
     };

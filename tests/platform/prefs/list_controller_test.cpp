@@ -78,13 +78,6 @@ class PrefsTest : public ::testing::Test {
         return page;
     }
 
-    std::vector<std::string> identifiers(const plat::SpecifierArrayPtr& list) {
-        std::vector<std::string> ids;
-        for (auto& s : *list)
-            ids.push_back(s->identifier().value_or("(nil)"));
-        return ids;
-    }
-
     testsupport::TestDevice device;
 };
 
@@ -136,14 +129,14 @@ TEST_F(PrefsTest, HeldListIsNullUntilBuiltAndIndexErrorsRaiseRangeError) {
     EXPECT_THROW(page->removeSpecifierAtIndex(0, true), plat::RangeError);
 
     auto list = page->specifiers();
-    EXPECT_EQ(identifiers(list), (std::vector<std::string>{"ToyGroup", "ToyEnabled"}));
+    EXPECT_EQ(list->count(), 2u);  // pruned to the group and its switch
+    EXPECT_EQ(list->objectAtIndex(1)->identifier(), "ToyEnabled");
     EXPECT_EQ(page->specifiers(), list);  // built once, then the same list
     EXPECT_EQ(page->navigationItem().title(), "The Toy Page");
     EXPECT_THROW(page->specifierAtIndex(2), plat::RangeError);
     EXPECT_THROW(page->insertSpecifier(list->objectAtIndex(0), 3, false), plat::RangeError);
     // An unsigned count-down from an empty list wraps and fails on its first removal.
-    const std::size_t wrapped = std::size_t{0} - 1;
-    EXPECT_THROW(page->removeSpecifierAtIndex(wrapped, true), plat::RangeError);
+    EXPECT_THROW(page->removeSpecifierAtIndex(std::size_t{0} - 1, true), plat::RangeError);
     EXPECT_EQ(list->count(), 2u);
 }
 

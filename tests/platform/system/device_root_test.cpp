@@ -5,7 +5,6 @@
 
 #include <filesystem>
 #include <fstream>
-#include <functional>
 #include <iterator>
 #include <memory>
 
@@ -20,26 +19,22 @@ namespace fs = std::filesystem;
 
 using testsupport::bytesOf;
 
-struct Kind {
-    const char* name;
-    std::function<std::shared_ptr<DeviceRoot>(const fs::path& folder)> make;
-};
-
 // What a host file holds, as a program beside the process reads it.
 std::string hostText(const fs::path& file) {
     std::ifstream in(file);
     return in ? std::string(std::istreambuf_iterator<char>(in), {}) : "(no file)";
 }
 
-// Printed by its name, where GoogleTest would dump the bytes.
-void PrintTo(const Kind& kind, std::ostream* out) {
-    *out << kind.name;
-}
-
-class DevicePortTest : public ::testing::TestWithParam<Kind> {
+// The device named by the parameter: "host" (a folder of the test device's) or "memory".
+class DevicePortTest : public ::testing::TestWithParam<std::string> {
   protected:
+    std::shared_ptr<DeviceRoot> make() const {
+        if (GetParam() == "memory") return std::make_shared<MemoryDeviceRoot>();
+        fs::create_directories(host.root() / "device");
+        return std::make_shared<HostDeviceRoot>(host.root() / "device");
+    }
     testsupport::TestDevice host;
-    std::shared_ptr<DeviceRoot> device = GetParam().make(host.root() / "device");
+    std::shared_ptr<DeviceRoot> device = make();
     const DeviceRoot& root = *device;
 };
 
@@ -120,16 +115,8 @@ TEST_P(DevicePortTest, ProgramsBesideTheProcessSeeTheDevicesCurrentFiles) {
     EXPECT_EQ(seen(), "(no file)");
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Devices, DevicePortTest,
-    ::testing::Values(Kind{"host",
-                           [](const fs::path& folder) {
-                               fs::create_directories(folder);
-                               return std::make_shared<HostDeviceRoot>(folder);
-                           }},
-                      Kind{"memory",
-                           [](const fs::path&) { return std::make_shared<MemoryDeviceRoot>(); }}),
-    [](const ::testing::TestParamInfo<Kind>& info) { return std::string(info.param.name); });
+INSTANTIATE_TEST_SUITE_P(Devices, DevicePortTest, ::testing::Values("host", "memory"),
+                         [](const auto& info) { return info.param; });
 
 TEST(HostDeviceTest, AFileWithAnotherNameOutsideTheDeviceIsNeitherReadNorWrittenInPlace) {
     testsupport::TestDevice host;
