@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
 
 #include "platform/foundation/errors.h"
 #include "platform/foundation/plist.h"
@@ -155,10 +154,8 @@ TEST_F(PrefsTest, SwitchWritesBinaryDefaultsAndPostsAndARefusedWriteIsNotOnTheRe
     EXPECT_EQ(device.notifications(), std::vector<std::string>{"com.example.toy.changed"});
 
     // A file where the preferences folder belongs: no domain can be written.
-    const auto folder = device.root() / "var/mobile/Library/Preferences";
-    std::filesystem::remove_all(folder);
-    std::filesystem::create_directories(folder.parent_path());
-    std::ofstream(folder) << "x";
+    std::filesystem::remove_all(device.host("/var/mobile/Library/Preferences"));
+    device.writeText("/var/mobile/Library/Preferences", "x");
     const auto mark = device.journal().size();
     plat::Runtime::shared().perform(*page, toggle->setter(),
                                     {Value::boolean(false), Value(toggle)});

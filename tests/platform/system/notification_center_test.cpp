@@ -73,7 +73,30 @@ TEST_F(CentersTest, DarwinDeliversInOrderOnAThreadOfItsOwnAfterJournalingOwnPost
     EXPECT_EQ(journal.size(), 33u);
 }
 
-TEST_F(CentersTest, DarwinCallbacksMayAddAndRemoveObserversAndThrow) {
+// Removing an observer waits for its running callback; callbacks may add and remove observers
+// and throw.
+TEST_F(CentersTest, DarwinRemoveWaitsForARunningCallbackAndCallbacksMayChangeObserversAndThrow) {
+    std::promise<void> entered, release;
+    std::atomic<bool> finished{false};
+    auto token = darwin.addObserver(nullptr, calling([&](auto*) {
+                                        entered.set_value();
+                                        release.get_future().wait();
+                                        finished = true;
+                                    }),
+                                    "slow", kCoalesce);
+    darwin.postNotification("slow", false);
+    entered.get_future().wait();
+    std::atomic<bool> callbackDoneWhenRemoveReturned{false};
+    std::thread remover([&] {
+        darwin.removeObserver(token);
+        callbackDoneWhenRemoveReturned = finished.load();
+    });
+    // Give the remover every chance to reach removeObserver while the callback still runs.
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    release.set_value();
+    remover.join();
+    EXPECT_TRUE(callbackDoneWhenRemoveReturned);
+
     int late = 0, removedBeforeItsTurn = 0;
     std::uint64_t self = 0, next = 0;
     self = darwin.addObserver(nullptr, calling([&](DarwinNotifyCenter* c) {
@@ -101,30 +124,7 @@ TEST_F(CentersTest, DarwinCallbacksMayAddAndRemoveObserversAndThrow) {
         darwin.postNotification("flood", false);
 }
 
-TEST_F(CentersTest, DarwinRemoveWaitsForARunningCallback) {
-    std::promise<void> entered, release;
-    std::atomic<bool> finished{false};
-    auto token = darwin.addObserver(nullptr, calling([&](auto*) {
-                                        entered.set_value();
-                                        release.get_future().wait();
-                                        finished = true;
-                                    }),
-                                    "slow", kCoalesce);
-    darwin.postNotification("slow", false);
-    entered.get_future().wait();
-    std::atomic<bool> callbackDoneWhenRemoveReturned{false};
-    std::thread remover([&] {
-        darwin.removeObserver(token);
-        callbackDoneWhenRemoveReturned = finished.load();
-    });
-    // Give the remover every chance to reach removeObserver while the callback still runs.
-    std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    release.set_value();
-    remover.join();
-    EXPECT_TRUE(callbackDoneWhenRemoveReturned);
-}
-
-TEST_F(CentersTest, LocalPostsAreDeliveredAtOnceWithTheirPayloadAndJournaled) {
+TEST_F(CentersTest, LocalPostsAreDeliveredAtOnceAndJournaledToWeakObserversThatMayChange) {
     std::vector<Notification> seen;
     std::vector<std::string> everything;
     const auto poster = std::this_thread::get_id();
@@ -143,9 +143,8 @@ TEST_F(CentersTest, LocalPostsAreDeliveredAtOnceWithTheirPayloadAndJournaled) {
     EXPECT_EQ(everything, (std::vector<std::string>{"Changed", "Other"}));
     ASSERT_EQ(journal.size(), 2u);
     EXPECT_EQ(journal.entriesOf<plat::journal::LocalNotification>().at(1).name, "Other");
-}
 
-TEST_F(CentersTest, LocalObserversAreWeakAndMayChangeWhileCalled) {
+    // Observers are held weakly and may change while called.
     std::vector<std::string> calls;
     const auto note = [&](const char* call) { return [&, call](auto&) { calls.push_back(call); }; };
     auto owner = std::make_shared<int>(1);
