@@ -1,6 +1,6 @@
-// The device port's contract, held by both devices: one in a host folder, one in memory. What
-// only a host folder has (symbolic links, FIFOs, the real location check) is tested with the
-// process.
+// The device port's contract, held by both devices: one in a host folder, one in memory; then
+// what only a host folder has, its links. FIFOs are the command line's tests.
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -17,6 +17,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
+using ::testing::HasSubstr;
 using testsupport::bytesOf;
 
 // What a host file holds, as a program beside the process reads it.
@@ -65,16 +66,15 @@ TEST_P(DevicePortTest, FilesKeepOrChangeTheirIdentityAsWrittenAndVersionsFollowE
 }
 
 TEST_P(DevicePortTest, FoldersAreMadeListedMovedAndRemovedWithReasons) {
-    const auto refused = root.createDirectory("/tree/deep", false);
-    EXPECT_FALSE(refused);
-    EXPECT_NE(refused.error().find("/tree/deep"), std::string::npos) << refused.error();
+    // A failure's reason names the path (a success has none).
+    EXPECT_THAT(root.createDirectory("/tree/deep", false).error(), HasSubstr("/tree/deep"));
     EXPECT_TRUE(root.createDirectory("/tree/deep", true));
     EXPECT_TRUE(root.createDirectory("/tree/deep", true));  // existing is fine with intermediates
     EXPECT_FALSE(root.createDirectory("/tree/deep", false));
     bool isDirectory = false;
     EXPECT_TRUE(root.fileExists("/tree/deep", &isDirectory) && isDirectory);
     // A folder is neither read nor written, and the read says why.
-    EXPECT_NE(root.readFile("/tree/deep").error().find("not a regular file"), std::string::npos);
+    EXPECT_THAT(root.readFile("/tree/deep").error(), HasSubstr("not a regular file"));
     EXPECT_FALSE(root.writeFile("/tree/deep", bytesOf("x"), true));
     EXPECT_FALSE(root.appendFile("/tree/deep", bytesOf("x")));
     ASSERT_TRUE(root.writeFile("/tree/deep/file", bytesOf("x"), true));
@@ -84,9 +84,7 @@ TEST_P(DevicePortTest, FoldersAreMadeListedMovedAndRemovedWithReasons) {
     EXPECT_TRUE(root.contentsOfDirectory("/.hidden").empty());
 
     // A move never replaces what is there, and takes a folder whole.
-    const auto kept = root.moveItem("/.hidden", "/tree/deep/file");
-    EXPECT_FALSE(kept);
-    EXPECT_NE(kept.error().find("/tree/deep/file"), std::string::npos) << kept.error();
+    EXPECT_THAT(root.moveItem("/.hidden", "/tree/deep/file").error(), HasSubstr("/tree/deep/file"));
     EXPECT_FALSE(root.moveItem("/nothing", "/else"));
     const auto moved = root.moveItem("/tree", "/moved");
     EXPECT_TRUE(moved) << moved.error();
@@ -94,9 +92,7 @@ TEST_P(DevicePortTest, FoldersAreMadeListedMovedAndRemovedWithReasons) {
     EXPECT_FALSE(root.fileExists("/tree"));
 
     EXPECT_TRUE(root.removeItem("/moved"));
-    const auto gone = root.removeItem("/moved");
-    EXPECT_FALSE(gone);
-    EXPECT_NE(gone.error().find("/moved"), std::string::npos) << gone.error();
+    EXPECT_THAT(root.removeItem("/moved").error(), HasSubstr("/moved"));
     EXPECT_FALSE(root.removeItem("/"));
     EXPECT_EQ(root.contentsOfDirectory("/"), std::vector<std::string>{".hidden"});
 }
@@ -118,15 +114,49 @@ TEST_P(DevicePortTest, ProgramsBesideTheProcessSeeTheDevicesCurrentFiles) {
 INSTANTIATE_TEST_SUITE_P(Devices, DevicePortTest, ::testing::Values("host", "memory"),
                          [](const auto& info) { return info.param; });
 
-TEST(HostDeviceTest, AFileWithAnotherNameOutsideTheDeviceIsNeitherReadNorWrittenInPlace) {
+// A device root in a folder of a test device's; the test device's own root is the host.
+TEST(HostDeviceTest, DotDotAndLinksOutOfTheRootNeverReachTheHostRemovingOneLeavesItsTarget) {
     testsupport::TestDevice host;
-    host.writeText("/secret", "host");
-    fs::create_directories(host.root() / "device/var");
-    fs::create_hard_link(host.root() / "secret", host.root() / "device/var/linked");
-    const HostDeviceRoot root(host.root() / "device");
-    EXPECT_NE(root.readFile("/var/linked").error().find("hard link"), std::string::npos);
-    EXPECT_FALSE(root.writeFile("/var/linked", bytesOf("device"), false));
-    EXPECT_EQ(hostText(host.root() / "secret"), "host");
+    const fs::path rootPath = host.root() / "device";
+    fs::create_directories(rootPath);
+    const HostDeviceRoot root{rootPath};
+    // ".." stopping at the top is the port's rule (DevicePortTest); links are the host's own.
+    EXPECT_EQ(root.resolve("/var//./mobile/x/../a.plist"), rootPath / "var/mobile/a.plist");
+    host.writeText("/outside/secret.txt", "host only");
+
+    fs::create_directory_symlink(host.root() / "outside", rootPath / "escape");
+    fs::create_directory_symlink("../outside", rootPath / "relative-escape");
+    // Dangling, target outside: writing through it would create the target.
+    fs::create_symlink(host.root() / "outside/new.txt", rootPath / "dangling");
+    EXPECT_FALSE(root.resolve("/relative-escape/secret.txt"));
+    EXPECT_FALSE(root.readFile("/escape/secret.txt"));
+    EXPECT_FALSE(root.writeFile("/dangling", bytesOf("x"), false));
+    EXPECT_FALSE(root.removeItem("/escape/secret.txt"));
+    EXPECT_FALSE(fs::exists(host.root() / "outside/new.txt"));
+    EXPECT_TRUE(fs::exists(host.root() / "outside/secret.txt"));
+    // A hard link: a file with another name outside, neither read nor written in place.
+    host.writeText("/outside/hard.txt", "host");
+    fs::create_hard_link(host.root() / "outside/hard.txt", rootPath / "linked");
+    EXPECT_THAT(root.readFile("/linked").error(), HasSubstr("hard link"));
+    EXPECT_FALSE(root.writeFile("/linked", bytesOf("device"), false));
+    EXPECT_EQ(hostText(host.root() / "outside/hard.txt"), "host");
+    // A link leading nowhere above folders not made yet: making them would make them outside.
+    fs::create_directory_symlink(host.root() / "outside/made", rootPath / "nowhere");
+    EXPECT_FALSE(root.createDirectory("/nowhere/a/b", true));
+    EXPECT_FALSE(fs::exists(host.root() / "outside/made"));
+
+    // Links inside the root work, and so does a root reached through a link.
+    host.writeText("/device/private/var/file.txt", "inside");
+    fs::create_directory_symlink("private/var", rootPath / "var");
+    EXPECT_EQ(root.readFile("/var/file.txt"), bytesOf("inside"));
+    fs::create_directory_symlink(rootPath, host.root() / "alias");
+    EXPECT_EQ(HostDeviceRoot(host.root() / "alias/").readFile("/var/file.txt"), bytesOf("inside"));
+    // A link is listed as itself, and removing it leaves its target.
+    EXPECT_EQ(root.contentsOfDirectory("/"),
+              (std::vector<std::string>{"dangling", "escape", "linked", "nowhere", "private",
+                                        "relative-escape", "var"}));
+    EXPECT_TRUE(root.removeItem("/var"));
+    EXPECT_EQ(root.readFile("/private/var/file.txt"), bytesOf("inside"));
 }
 
 TEST(MemoryDeviceTest, NoTwoDevicesShareAVersion) {

@@ -1,8 +1,7 @@
-// A process on its device: which process is current, its log lines and shell, and the device
-// root that confines every path, with what is read from it (bundles, the device facts).
+// A process on its device: which process is current, its log lines and shell, and what is read
+// from its device root (bundles, the device facts).
 
 #include "platform/system/process.h"
-#include "platform/system/host_device_root.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -141,45 +140,6 @@ TEST(ShellTest, PipesReadLikeCInTheDeviceRootAndInterceptedCommandsNeverReachThe
     EXPECT_EQ(host.journalLines(mark),
               (std::vector<std::string>{"shell touch  popen.txt", "shell touch system.txt",
                                         "shell echo real > real.txt", "shell cat"}));
-}
-
-// A device root in a folder of a test device's; the test device's own root is the host.
-TEST(DeviceRootTest, DotDotAndLinksOutOfTheRootNeverReachTheHostRemovingOneLeavesItsTarget) {
-    testsupport::TestDevice host;
-    const fs::path rootPath = host.root() / "device";
-    fs::create_directories(rootPath);
-    const HostDeviceRoot root{rootPath};
-    // ".." stopping at the top is the port's rule (DevicePortTest); links are the host's own.
-    EXPECT_EQ(root.resolve("/var//./mobile/x/../a.plist"), rootPath / "var/mobile/a.plist");
-    host.writeText("/outside/secret.txt", "host only");
-
-    fs::create_directory_symlink(host.root() / "outside", rootPath / "escape");
-    fs::create_directory_symlink("../outside", rootPath / "relative-escape");
-    // Dangling, target outside: writing through it would create the target.
-    fs::create_symlink(host.root() / "outside/new.txt", rootPath / "dangling");
-    EXPECT_FALSE(root.resolve("/relative-escape/secret.txt"));
-    EXPECT_FALSE(root.readFile("/escape/secret.txt"));
-    EXPECT_FALSE(root.writeFile("/dangling", bytesOf("x"), false));
-    EXPECT_FALSE(root.removeItem("/escape/secret.txt"));
-    EXPECT_FALSE(fs::exists(host.root() / "outside/new.txt"));
-    EXPECT_TRUE(fs::exists(host.root() / "outside/secret.txt"));
-    // A link leading nowhere above folders not made yet: making them would make them outside.
-    fs::create_directory_symlink(host.root() / "outside/made", rootPath / "nowhere");
-    EXPECT_FALSE(root.createDirectory("/nowhere/a/b", true));
-    EXPECT_FALSE(fs::exists(host.root() / "outside/made"));
-
-    // Links inside the root work, and so does a root reached through a link.
-    host.writeText("/device/private/var/file.txt", "inside");
-    fs::create_directory_symlink("private/var", rootPath / "var");
-    EXPECT_EQ(root.readFile("/var/file.txt"), bytesOf("inside"));
-    fs::create_directory_symlink(rootPath, host.root() / "alias");
-    EXPECT_EQ(HostDeviceRoot(host.root() / "alias/").readFile("/var/file.txt"), bytesOf("inside"));
-    // A link is listed as itself, and removing it leaves its target.
-    EXPECT_EQ(root.contentsOfDirectory("/"),
-              (std::vector<std::string>{"dangling", "escape", "nowhere", "private",
-                                        "relative-escape", "var"}));
-    EXPECT_TRUE(root.removeItem("/var"));
-    EXPECT_EQ(root.readFile("/private/var/file.txt"), bytesOf("inside"));
 }
 
 TEST(BundleTest, ResourcesAndTranslationsComeFromTheFolderThenEnglish) {
