@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <filesystem>
 #include <limits>
 #include <tuple>
 #include <vector>
@@ -197,7 +198,8 @@ TEST(PropertyListRead, XmlNestingLimitIsTheSameForReadingAndWritingBinaryHasNone
 }
 
 // In place or atomically is the device port's rule (DevicePortTest), passed on unchanged.
-TEST(PropertyListFile, ReadsOnlyTheRightRootAndWritesOnlyContainersAsXml) {
+TEST(PropertyListFile,
+     ReadsOnlyTheRightRootWritesOnlyContainersAsXmlAndSetsAsideOnlyTheUnreadable) {
     testsupport::TestDevice device;
     const plat::DeviceRoot& root = device.process().root();
     device.writePlist("/var/list.plist", Value::array({"x"}));
@@ -217,6 +219,67 @@ TEST(PropertyListFile, ReadsOnlyTheRightRootAndWritesOnlyContainersAsXml) {
                                                "/var/null.plist", true));
     EXPECT_FALSE(plat::writePropertyListToFile(Value("text"), "/var/text.plist", true));
     EXPECT_FALSE(device.exists("/var/null.plist") || device.exists("/var/text.plist"));
+
+    // Data written over a file never replaces what could not be read: a readable file, or none,
+    // is replaced in place; an unreadable one is first moved aside byte for byte, with one log
+    // line.
+    const auto asideFiles = [&] {
+        std::vector<std::string> names;
+        for (const auto& entry : std::filesystem::directory_iterator(device.host("/var")))
+            if (entry.path().filename().string().starts_with("w.plist.unreadable-"))
+                names.push_back(entry.path().filename().string());
+        return names;
+    };
+    const Bytes fresh = *plat::dataFromPropertyList(
+        Value::dictionary({{"A", Value::boolean(true)}}), PropertyListFormat::Binary);
+    device.journal().clear();
+    ASSERT_TRUE(plat::writeDataToFile(fresh, "/var/w.plist", false));  // none there
+    device.writePlist("/var/w.plist", Value::dictionary({{"B", Value::boolean(true)}}), true);
+    ASSERT_TRUE(plat::writeDataToFile(fresh, "/var/w.plist", true));
+    EXPECT_TRUE(asideFiles().empty());
+    EXPECT_TRUE(device.logLines().empty());
+
+    for (const std::string& content :
+         {std::string("<?xml version=\"1.0\"?><plist><dict><key>Keep</key><string>m\xff"
+                      "e</string></dict></plist>"),
+          std::string("bplist00 truncated"), std::string("[1, 2]")}) {
+        device.writeText("/var/w.plist", content);
+        device.journal().clear();
+        ASSERT_TRUE(plat::writeDataToFile(fresh, "/var/w.plist", false));
+        EXPECT_TRUE(device.readPlist("/var/w.plist").objectForKey("A").boolValue());
+        const auto aside = asideFiles();
+        ASSERT_EQ(aside.size(), 1u) << content;
+        EXPECT_EQ(readHostFile(device.host("/var/" + aside[0])), testsupport::bytesOf(content));
+        EXPECT_EQ(device.logLines(), std::vector{"Moved the unreadable property list "
+                                                 "/var/w.plist aside to /var/" +
+                                                 aside[0]});
+        std::filesystem::remove(device.host("/var/" + aside[0]));
+    }
+}
+
+// Files Apple's reader takes that a tree-building reader cannot: shared objects.
+TEST(PropertyListWrite, SharedObjectsAreWrittenOnceAndStayShared) {
+    // 300 keys refer to one array of 50 items: a few KB on disk, 15000 items when expanded.
+    Value list = Value::array();
+    for (int i = 0; i < 50; ++i)
+        list.asArray()->push_back(Value("item" + std::to_string(i)));
+    Value settings = Value::dictionary({{"Keep", Value("me")}});
+    for (int i = 0; i < 300; ++i)
+        settings.setValueForKey("K" + std::to_string(i), list);
+    const auto bytes = plat::dataFromPropertyList(settings, PropertyListFormat::Binary);
+    ASSERT_TRUE(bytes);
+    EXPECT_LT(bytes->size(), 8000u);  // the array is written once
+    const Value back = plat::propertyListFromData(*bytes);
+    EXPECT_EQ(back.objectForKey("K0").asArray(), back.objectForKey("K299").asArray());
+    EXPECT_EQ(back.objectForKey("K7").objectAtIndex(49).str(), "item49");
+    // Sharing that doubles at each of 64 levels: 2^64 paths, 64 objects.
+    Value chain = Value::array({Value::boolean(true)});
+    for (int i = 0; i < 64; ++i)
+        chain = Value::array({chain, chain});
+    const auto doubled = plat::dataFromPropertyList(chain, PropertyListFormat::Binary);
+    ASSERT_TRUE(doubled);
+    EXPECT_TRUE(plat::propertyListFromData(*doubled).isArray());
+    EXPECT_FALSE(plat::dataFromPropertyList(chain, PropertyListFormat::XML));  // no references
 }
 
 // plistlib, an independent reader, takes our binary output and writes it back as XML, which we

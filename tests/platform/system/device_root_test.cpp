@@ -160,11 +160,10 @@ TEST(HostDeviceTest, DotDotAndLinksOutOfTheRootNeverReachTheHostRemovingOneLeave
 }
 
 TEST(MemoryDeviceTest, NoTwoDevicesShareAVersion) {
-    MemoryDeviceRoot first;
-    ASSERT_TRUE(first.writeFile("/a", bytesOf("same"), true));
     // Caches of what a file held are keyed by version: equal contents in two devices still
     // differ, so neither is ever answered with the other's.
-    MemoryDeviceRoot second;
+    MemoryDeviceRoot first, second;
+    ASSERT_TRUE(first.writeFile("/a", bytesOf("same"), true));
     ASSERT_TRUE(second.writeFile("/a", bytesOf("same"), true));
     EXPECT_NE(first.status("/a")->version, second.status("/a")->version);
     EXPECT_NE(first.identity(), second.identity());
