@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <filesystem>
 #include <limits>
 #include <tuple>
 #include <vector>
@@ -10,7 +11,6 @@
 #include "platform/system/plist_file.h"
 #include "platform/ui/color.h"
 #include "tests/platform/foundation/plist_test_support.h"
-#include "tests/support/test_device.h"
 
 namespace {
 
@@ -65,7 +65,7 @@ void put(Bytes& to, std::uint64_t v, int width) {
 }
 
 // A binary plist put together by hand (objects as marker + payload, 4-byte references and
-// offsets, root object 0), for files no writer would make.
+// offsets, root object 0), for files no writer would make. 0xA1 marks an array of one.
 Bytes bplist(const std::vector<Bytes>& objects) {
     Bytes out = bytesOf("bplist00"), table;
     for (const auto& object : objects) {
@@ -77,14 +77,6 @@ Bytes bplist(const std::vector<Bytes>& objects) {
     out.insert(out.end(), {0, 0, 0, 0, 0, 0, 4, 4});
     for (std::uint64_t field : {std::uint64_t(objects.size()), std::uint64_t{0}, tableOffset})
         put(out, field, 8);
-    return out;
-}
-
-// An array object for bplist().
-Bytes array(std::initializer_list<std::uint64_t> refs) {
-    Bytes out{static_cast<std::uint8_t>(0xA0 | refs.size())};
-    for (std::uint64_t ref : refs)
-        put(out, ref, 4);
     return out;
 }
 
@@ -175,9 +167,9 @@ TEST(PropertyListRead, MalformedAndHostileInputGivesNil) {
         EXPECT_TRUE(plat::propertyListFromData(bytesOf(text)).isNil()) << text;
 
     const std::pair<const char*, Bytes> cases[] = {
-        {"self-reference", bplist({array({0})})},
-        {"two-object cycle", bplist({array({1}), array({0})})},
-        {"dangling reference", bplist({array({1})})},
+        {"self-reference", bplist({{0xA1, 0, 0, 0, 0}})},
+        {"two-object cycle", bplist({{0xA1, 0, 0, 0, 1}, {0xA1, 0, 0, 0, 0}})},
+        {"dangling reference", bplist({{0xA1, 0, 0, 0, 1}})},
         {"absurd count", bplist({{0x5f, 0x13, 0x7f, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff}})},
         {"non-ASCII in an ASCII string", bplist({{0x52, 0xc3, 0xa9}})},
         {"NUL in a key", bplist({{0xd1, 0, 0, 0, 1, 0, 0, 0, 2}, {0x52, 'a', 0}, {0x09}})},
@@ -206,7 +198,8 @@ TEST(PropertyListRead, XmlNestingLimitIsTheSameForReadingAndWritingBinaryHasNone
 }
 
 // In place or atomically is the device port's rule (DevicePortTest), passed on unchanged.
-TEST(PropertyListFile, ReadsOnlyTheRightRootAndWritesOnlyContainersAsXml) {
+TEST(PropertyListFile,
+     ReadsOnlyTheRightRootWritesOnlyContainersAsXmlAndSetsAsideOnlyTheUnreadable) {
     testsupport::TestDevice device;
     const plat::DeviceRoot& root = device.process().root();
     device.writePlist("/var/list.plist", Value::array({"x"}));
@@ -226,6 +219,67 @@ TEST(PropertyListFile, ReadsOnlyTheRightRootAndWritesOnlyContainersAsXml) {
                                                "/var/null.plist", true));
     EXPECT_FALSE(plat::writePropertyListToFile(Value("text"), "/var/text.plist", true));
     EXPECT_FALSE(device.exists("/var/null.plist") || device.exists("/var/text.plist"));
+
+    // Data written over a file never replaces what could not be read: a readable file, or none,
+    // is replaced in place; an unreadable one is first moved aside byte for byte, with one log
+    // line.
+    const auto asideFiles = [&] {
+        std::vector<std::string> names;
+        for (const auto& entry : std::filesystem::directory_iterator(device.host("/var")))
+            if (entry.path().filename().string().starts_with("w.plist.unreadable-"))
+                names.push_back(entry.path().filename().string());
+        return names;
+    };
+    const Bytes fresh = *plat::dataFromPropertyList(
+        Value::dictionary({{"A", Value::boolean(true)}}), PropertyListFormat::Binary);
+    device.journal().clear();
+    ASSERT_TRUE(plat::writeDataToFile(fresh, "/var/w.plist", false));  // none there
+    device.writePlist("/var/w.plist", Value::dictionary({{"B", Value::boolean(true)}}), true);
+    ASSERT_TRUE(plat::writeDataToFile(fresh, "/var/w.plist", true));
+    EXPECT_TRUE(asideFiles().empty());
+    EXPECT_TRUE(device.logLines().empty());
+
+    for (const std::string& content :
+         {std::string("<?xml version=\"1.0\"?><plist><dict><key>Keep</key><string>m\xff"
+                      "e</string></dict></plist>"),
+          std::string("bplist00 truncated"), std::string("[1, 2]")}) {
+        device.writeText("/var/w.plist", content);
+        device.journal().clear();
+        ASSERT_TRUE(plat::writeDataToFile(fresh, "/var/w.plist", false));
+        EXPECT_TRUE(device.readPlist("/var/w.plist").objectForKey("A").boolValue());
+        const auto aside = asideFiles();
+        ASSERT_EQ(aside.size(), 1u) << content;
+        EXPECT_EQ(readHostFile(device.host("/var/" + aside[0])), testsupport::bytesOf(content));
+        EXPECT_EQ(device.logLines(), std::vector{"Moved the unreadable property list "
+                                                 "/var/w.plist aside to /var/" +
+                                                 aside[0]});
+        std::filesystem::remove(device.host("/var/" + aside[0]));
+    }
+}
+
+// Files Apple's reader takes that a tree-building reader cannot: shared objects.
+TEST(PropertyListWrite, SharedObjectsAreWrittenOnceAndStayShared) {
+    // 300 keys refer to one array of 50 items: a few KB on disk, 15000 items when expanded.
+    Value list = Value::array();
+    for (int i = 0; i < 50; ++i)
+        list.asArray()->push_back(Value("item" + std::to_string(i)));
+    Value settings = Value::dictionary({{"Keep", Value("me")}});
+    for (int i = 0; i < 300; ++i)
+        settings.setValueForKey("K" + std::to_string(i), list);
+    const auto bytes = plat::dataFromPropertyList(settings, PropertyListFormat::Binary);
+    ASSERT_TRUE(bytes);
+    EXPECT_LT(bytes->size(), 8000u);  // the array is written once
+    const Value back = plat::propertyListFromData(*bytes);
+    EXPECT_EQ(back.objectForKey("K0").asArray(), back.objectForKey("K299").asArray());
+    EXPECT_EQ(back.objectForKey("K7").objectAtIndex(49).str(), "item49");
+    // Sharing that doubles at each of 64 levels: 2^64 paths, 64 objects.
+    Value chain = Value::array({Value::boolean(true)});
+    for (int i = 0; i < 64; ++i)
+        chain = Value::array({chain, chain});
+    const auto doubled = plat::dataFromPropertyList(chain, PropertyListFormat::Binary);
+    ASSERT_TRUE(doubled);
+    EXPECT_TRUE(plat::propertyListFromData(*doubled).isArray());
+    EXPECT_FALSE(plat::dataFromPropertyList(chain, PropertyListFormat::XML));  // no references
 }
 
 // plistlib, an independent reader, takes our binary output and writes it back as XML, which we

@@ -24,8 +24,7 @@ inline plat::Bytes readHostFile(const std::filesystem::path& path) {
 
 // A file written by Apple's Foundation, kept in the test data.
 inline plat::Bytes oracle(const std::string& name) {
-    return readHostFile(std::filesystem::path(VELTO_SOURCE_DIR) / "tests" / "data" / "oracles" /
-                        name);
+    return readHostFile(testsupport::sourceDir() / "tests/data/oracles" / name);
 }
 
 using testsupport::bytesOf;

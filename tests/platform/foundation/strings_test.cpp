@@ -2,9 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <limits>
 #include <string>
 #include <tuple>
 #include <vector>
+
+#include "platform/foundation/format.h"
 
 namespace plat {
 namespace {
@@ -14,15 +18,15 @@ using R = ComparisonResult;
 // A row of each outcome among the published data points; then space separators and tab (skipped)
 // against line breaks (not), and malformed UTF-8 (an ordinary non-digit).
 TEST(NSStringBoolValue, AgreesWithEachKindOfDataPoint) {
-    std::vector<std::string> yes = {" 1 ", "t", "Y", "ya", "1a", "+000009", "-01", " +111"};
-    std::vector<std::string> no = {"",   " ",  "a1", "false",  "-00000", "+y",
-                                   "0t", "++", "+",  " + 111", "000-1"};
-    yes.insert(yes.end(), {"\t1", "\u00A0y", "\u3000\u2003 7", "1\xff"});
-    no.insert(no.end(), {"\n1", "\r\nYES", "\u00A0", "\xff+1", " \xc3"});
-    for (const auto& s : yes)
-        EXPECT_TRUE(nsStringBoolValue(s)) << '"' << s << '"';
-    for (const auto& s : no)
-        EXPECT_FALSE(nsStringBoolValue(s)) << '"' << s << '"';
+    const std::vector<std::string> yes = {
+        " 1 ",  "t", "Y", "ya", "1a", "+000009", "-01", " +111", "\t1", "\u00A0y", "\u3000\u2003 7",
+        "1\xff"};
+    const std::vector<std::string> no = {"",        " ",      "a1",     "false",  "-00000", "+y",
+                                         "0t",      "++",     "+",      " + 111", "000-1",  "\n1",
+                                         "\r\nYES", "\u00A0", "\xff+1", " \xc3"};
+    for (const auto& [strings, expected] : {std::pair{yes, true}, {no, false}})
+        for (const auto& s : strings)
+            EXPECT_EQ(nsStringBoolValue(s), expected) << '"' << s << '"';
 }
 
 TEST(Utf16Length, CountsSurrogatePairsAsTwoAndEachMalformedByteAsOne) {
@@ -39,8 +43,7 @@ TEST(AppendingPathComponent, JoinsAndStandardisesSlashes) {
         {"a//b", "x//y", "a/b/x/y"},
         {"", "world/", "world"},
         {"//", "/", "/"},
-        {"", "", ""},
-    };
+        {"", "", ""}};
     for (const auto& [path, component, joined] : cases)
         EXPECT_EQ(stringByAppendingPathComponent(path, component), joined) << path << component;
 }
@@ -101,6 +104,42 @@ TEST(ReplaceOccurrences, LiteralOrByRegularExpressionWithBackslashEscapes) {
     // An unusable pattern leaves the subject alone.
     for (const char* pattern : {"(", "[a-", "a{2,1}", "(?<=a+)b", "\\", "*"})
         EXPECT_EQ(stringByReplacingOccurrences("aab\xff", pattern, "x", re), "aab\xff") << pattern;
+}
+
+const auto n = [](std::int64_t i) { return Value::integer(i); };
+
+TEST(StringWithFormat, ConvertsEachArgumentAsItsCTypeWould) {
+    const Value big = Value::unsignedInteger(std::numeric_limits<std::uint64_t>::max());
+    const std::tuple<const char*, std::vector<Value>, const char*> cases[] = {
+        // Objects print their description, nil and missing ones "(null)"; widths count UTF-16.
+        {"%@ %@ %@", {"/var/a.png", Value::real(0.5), Value::boolean(true)}, "/var/a.png 0.5 1"},
+        {"[%@|%@]", {Value()}, "[(null)|(null)]"},
+        {"[%-6@][%6@]", {"ab", "\u00e9\U0001F600"}, "[ab    ][   \u00e9\U0001F600]"},
+        // Integers are read at the width of their C type; flags and widths as printf's.
+        {"%d %ld %lu %ld",
+         {n(-42), n(std::numeric_limits<std::int64_t>::max()), big, big},
+         "-42 9223372036854775807 18446744073709551615 -1"},
+        {"%d %x %u %llX",
+         {n((std::int64_t{1} << 32) + 5), n(-1), n(-1), n(-1)},
+         "5 ffffffff 4294967295 FFFFFFFFFFFFFFFF"},
+        {"[%5d][%-5d][%05d][%+d][%*d]",
+         {n(42), n(42), n(42), n(42), n(4), n(7)},
+         "[   42][42   ][00042][+42][   7]"},
+        {"%d %ld|%d", {"12", Value::real(-3.9)}, "12 -3|0"},
+        {"%.2f|%8.3f|%g|%e",
+         {Value::real(3.14159), n(2), Value::real(1e-4), Value::real(12345.678)},
+         "3.14|   2.000|0.0001|1.234568e+04"},
+        {"%s|%.3s|%c%C|100%%",
+         {"h\u00e9llo", "abcdef", "Zed", n(0x20AC)},
+         "h\u00e9llo|abc|Z\u20ac|100%"},
+        {"%2$@ %1$@ %1$@ %3$@", {"a", "b"}, "b a a (null)"},
+        // Text, UTF-8 (even malformed) and unknown or unfinished conversions pass through.
+        {"\u00a9 %ld Norvale, %k %n%@", {n(2024), "x"}, "\u00a9 2024 Norvale, %k %nx"},
+        {"\xff%@\xfe ends %5", {"\xc3"}, "\xff\xc3\xfe ends %5"},
+        {"100%", {}, "100%"},
+    };
+    for (const auto& [format, args, expected] : cases)
+        EXPECT_EQ(stringWithFormat(format, args), expected) << format;
 }
 
 }  // namespace
