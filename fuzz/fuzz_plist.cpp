@@ -20,11 +20,11 @@ bool same(const plat::Value& a, const plat::Value& b, Seen& seen) {
     if (a.type() != b.type() || a.isUnsignedBig() != b.isUnsignedBig()) return false;
     switch (a.type()) {
         case plat::Value::Type::Real:
-            return a.doubleValue() == b.doubleValue() ||
-                   (std::isnan(a.doubleValue()) && std::isnan(b.doubleValue()));
-        case plat::Value::Type::Date:
-            return *a.asDate() == *b.asDate() ||
-                   (std::isnan(*a.asDate()) && std::isnan(*b.asDate()));
+        case plat::Value::Type::Date: {
+            const double x = a.asDate().value_or(a.doubleValue());
+            const double y = b.asDate().value_or(b.doubleValue());
+            return x == y || (std::isnan(x) && std::isnan(y));
+        }
         case plat::Value::Type::Array:
             if (!seen.emplace(a.asArray(), b.asArray()).second) return true;
             if (a.count() != b.count()) return false;

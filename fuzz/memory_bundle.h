@@ -1,7 +1,11 @@
 // A process on an in-memory device with a bundle folder, so that a run costs what the parser
-// costs, not what the file system does. One per fuzz target, made on the first run and kept.
+// costs, not what the file system does. A target that includes this header defines
+// fuzzInBundle, which the entry point below calls with every input on one device, made on the
+// first run and kept.
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <cstdlib>
 #include <memory>
 #include <string>
@@ -33,11 +37,18 @@ class MemoryBundle {
     plat::Bundle bundle() const { return plat::Bundle(kPath); }
     plat::Process& process() { return *process_; }
 
-    // Keeps the journal from growing over a long run.
-    void forgetJournal() { process_->journal().clear(); }
-
   private:
     static constexpr const char* kPath = "/System/Library/PreferenceBundles/Fuzz.bundle";
     std::unique_ptr<plat::Process> process_;
     std::unique_ptr<plat::ProcessScope> scope_;
 };
+
+void fuzzInBundle(MemoryBundle& device, const plat::Bytes& input);
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    static MemoryBundle device;
+    fuzzInBundle(device, plat::Bytes(data, data + size));
+    // Keeps the journal from growing over a long run.
+    device.process().journal().clear();
+    return 0;
+}

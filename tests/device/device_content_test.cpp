@@ -13,6 +13,7 @@
 #include "platform/system/process.h"
 #include "platform/ui/image.h"
 #include "platform/ui/png_encoding.h"
+#include "tests/platform/ui/pictures.h"
 #include "tests/support/test_device.h"
 
 namespace velto::device {
@@ -50,28 +51,22 @@ TEST(AppIcon, ARoundedSquareInTheAppsOwnColourWithItsInitialInWhite) {
     ASSERT_TRUE(icon);
     EXPECT_EQ(icon->pixelHeight(), 100);
     EXPECT_EQ(icon->scale(), 2);
-    const auto at = [&](int x, int y) {
-        const std::uint32_t word = icon->pixel(x, y);
-        return std::vector<int>{static_cast<int>((word >> 16) & 0xff),
-                                static_cast<int>((word >> 8) & 0xff), static_cast<int>(word & 0xff),
-                                static_cast<int>(word >> 24)};
-    };
     // Rounded: the corners are transparent, the edges' middles are not.
-    EXPECT_EQ(at(0, 0)[3], 0);
-    EXPECT_EQ(at(99, 99)[3], 0);
-    EXPECT_EQ(at(50, 1)[3], 255);
+    EXPECT_EQ(uitest::alpha(icon->pixel(0, 0)), 0u);
+    EXPECT_EQ(uitest::alpha(icon->pixel(99, 99)), 0u);
+    EXPECT_EQ(uitest::alpha(icon->pixel(50, 1)), 255u);
     const IconColor color = iconColorFor("com.example.Tea");
-    EXPECT_NEAR(at(10, 50)[0], color.red * 255, 1.5);
-    EXPECT_NEAR(at(10, 50)[1], color.green * 255, 1.5);
-    EXPECT_NEAR(at(10, 50)[2], color.blue * 255, 1.5);
+    const auto byte = [](double c) { return static_cast<std::uint32_t>(c * 255 + 0.5); };
+    const std::uint32_t argb =
+        0xff000000 | byte(color.red) << 16 | byte(color.green) << 8 | byte(color.blue);
+    EXPECT_TRUE(uitest::near(icon->pixel(10, 50), argb, 1)) << std::hex << icon->pixel(10, 50);
     const IconColor other = iconColorFor("com.bitesms");
     EXPECT_TRUE(color.red != other.red || color.green != other.green || color.blue != other.blue);
 
     // The initial is white ink on the colour: the T's bar, its stem, none beside the stem.
-    const std::vector<int> white{255, 255, 255, 255};
-    EXPECT_EQ(at(32, 23), white);
-    EXPECT_EQ(at(50, 70), white);
-    EXPECT_NE(at(32, 70), white);
+    EXPECT_EQ(icon->pixel(32, 23), 0xffffffffu);
+    EXPECT_EQ(icon->pixel(50, 70), 0xffffffffu);
+    EXPECT_NE(icon->pixel(32, 70), 0xffffffffu);
 }
 
 TEST(AppIcon, TheExtensionAnswersNoMoreThanAHomeScreenIconAndDecodesOnlyTheLargestItMay) {
@@ -89,8 +84,7 @@ TEST(AppIcon, TheExtensionAnswersNoMoreThanAHomeScreenIconAndDecodesOnlyTheLarge
     writeIcon("AppIcon1024.png", 1024);
     auto icon = largestIcon(root, app);
     ASSERT_TRUE(icon);
-    EXPECT_EQ(icon->pixelWidth(), 180);
-    EXPECT_EQ(icon->pixelHeight(), 180);
+    EXPECT_EQ(std::pair(icon->pixelWidth(), icon->pixelHeight()), std::pair(180, 180));
     // A header claiming 20000 x 20000 is passed over without decoding; the next best is used.
     auto forged =
         *plat::UIImagePNGRepresentation(drawAppIcon(app.bundleIdentifier, "p", 8, 1).get());

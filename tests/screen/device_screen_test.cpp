@@ -12,36 +12,22 @@
 #include "platform/ui/navigation_controller.h"
 #include "screen/screenshot.h"
 #include "tests/platform/ui/pictures.h"
+#include "tests/screen/shot_pixels.h"
 #include "tests/support/test_device.h"
 
 namespace {
 
-struct Pixel {
-    int r, g, b;
-    bool near(Pixel o, int tolerance = 8) const {
-        return std::abs(r - o.r) <= tolerance && std::abs(g - o.g) <= tolerance &&
-               std::abs(b - o.b) <= tolerance;
-    }
-};
-constexpr Pixel kGround{242, 242, 247};
-constexpr Pixel kTintBlue{0, 122, 255};
+using namespace shottest;
 
-Pixel pixelAt(const screen::Screenshot& shot, double x, double y) {
-    const std::uint32_t p = shot.image->pixel(static_cast<int>(x * shot.look.scale),
-                                              static_cast<int>(y * shot.look.scale));
-    return Pixel{int((p >> 16) & 0xff), int((p >> 8) & 0xff), int(p & 0xff)};
-}
-
-bool isInk(Pixel p) {
-    return p.r < 120 && p.g < 120 && p.b < 120;
-}
+constexpr Rgb kGround{242, 242, 247};
+constexpr Rgb kTintBlue{0, 122, 255};
 
 // The leftmost dark pixel in the row's middle band, in points; -1 when there is none.
 double firstInk(const screen::Screenshot& shot, const plat::Rect& frame) {
     const double middle = frame.origin.y + frame.size.height / 2;
     for (double x = frame.origin.x; x < frame.origin.x + frame.size.width; x += 0.5)
         for (double y = middle - 6; y < middle + 6; y += 1)
-            if (isInk(pixelAt(shot, x, y))) return x;
+            if (ink(at(shot, x, y), 120)) return x;
     return -1;
 }
 
@@ -53,11 +39,8 @@ struct Device {
 };
 
 // Printed and named by its family and scale, where GoogleTest would dump the bytes.
-std::string nameOf(const Device& device) {
-    return std::string(device.family) + std::to_string(static_cast<int>(device.scale));
-}
 void PrintTo(const Device& device, std::ostream* out) {
-    *out << nameOf(device);
+    *out << device.family << static_cast<int>(device.scale);
 }
 
 class DeviceScreenTest : public ::testing::TestWithParam<Device> {
@@ -65,7 +48,6 @@ class DeviceScreenTest : public ::testing::TestWithParam<Device> {
     void SetUp() override {
         device_.setProfile(GetParam().family, GetParam().scale);
         device_.setSystemVersion("14.4");
-        page_ = std::make_shared<plat::ListController>();
         page_->initForContentSize({GetParam().width, GetParam().height});
         page_->setHeldSpecifiers(std::make_shared<plat::SpecifierArray>());
         navigation_->setRootViewController(page_);
@@ -84,7 +66,7 @@ class DeviceScreenTest : public ::testing::TestWithParam<Device> {
     }
 
     testsupport::TestDevice device_;
-    std::shared_ptr<plat::ListController> page_;
+    std::shared_ptr<plat::ListController> page_ = std::make_shared<plat::ListController>();
     std::shared_ptr<plat::NavigationController> navigation_ =
         std::make_shared<plat::NavigationController>();
 };
@@ -100,22 +82,22 @@ TEST_P(DeviceScreenTest, PictureHasTheModelsSizeBarsAndBottom) {
     EXPECT_EQ(shot.image->pixelHeight(), static_cast<int>(d.height * d.scale));
 
     // The indicator sits in the middle of the bottom, only without a Home button.
-    EXPECT_EQ(isInk(pixelAt(shot, d.width / 2, d.height - 10.5)), !d.homeButton);
+    EXPECT_EQ(ink(at(shot, d.width / 2, d.height - 10.5), 120), !d.homeButton);
     const double groupX = look.pageX() + look.margin + 4;
     if (d.homeButton) {
-        EXPECT_FALSE(pixelAt(shot, groupX, d.height - 1).near(kGround)) << "rows reach the end";
+        EXPECT_FALSE(near(at(shot, groupX, d.height - 1), kGround, 8)) << "rows reach the end";
     } else {
         // Beside the indicator the inset shows only the table's ground: no row, no text.
         for (double y = look.contentBottom(); y < d.height; y += 0.5)
             for (double x = look.pageX(); x < (d.width - 320) / 2; x += 1)
-                ASSERT_TRUE(pixelAt(shot, x, y).near(kGround)) << x << "," << y;
+                ASSERT_TRUE(near(at(shot, x, y), kGround)) << x << "," << y;
     }
 
     // The bundle's root page goes back to Settings, except beside the iPad's sidebar.
     const double barMiddle = look.statusBar + look.navigationBar / 2;
     bool backInk = false;
     for (double x = look.pageX() + 8; x < look.pageX() + 20; x += 0.5)
-        backInk = backInk || pixelAt(shot, x, barMiddle).near(kTintBlue, 30);
+        backInk = backInk || near(at(shot, x, barMiddle), kTintBlue, 30);
     EXPECT_EQ(backInk, look.sidebarWidth == 0);
 
     const plat::Rect first = shot.table.row(1)->frame;
@@ -126,26 +108,16 @@ TEST_P(DeviceScreenTest, PictureHasTheModelsSizeBarsAndBottom) {
         EXPECT_DOUBLE_EQ(first.origin.x + first.size.width, d.width - look.margin);
         ASSERT_TRUE(shot.selectedEntry);
         EXPECT_LE(shot.selectedEntry->origin.x + shot.selectedEntry->size.width, 320);
-        EXPECT_TRUE(
-            pixelAt(shot, shot.selectedEntry->origin.x + 4, shot.selectedEntry->origin.y + 4)
-                .near(kTintBlue));
-        EXPECT_TRUE(pixelAt(shot, 322, barMiddle + 100).near(kGround));
+        const plat::Point entry = shot.selectedEntry->origin;
+        EXPECT_TRUE(near(at(shot, entry.x + 4, entry.y + 4), kTintBlue));
+        EXPECT_TRUE(near(at(shot, 322, barMiddle + 100), kGround));
     } else {
         EXPECT_FALSE(shot.selectedEntry);
         EXPECT_DOUBLE_EQ(first.size.width, d.width - 2 * look.margin);
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Devices, DeviceScreenTest,
-                         ::testing::Values(Device{"iPhone", 3, 390, 844, false},
-                                           Device{"iPhone", 2, 375, 667, true},
-                                           Device{"iPod", 2, 320, 568, true},
-                                           Device{"iPad", 2, 834, 1194, false}),
-                         [](const auto& info) { return nameOf(info.param); });
-
-class RowAlignmentTest : public DeviceScreenTest {};
-
-TEST_P(RowAlignmentTest, LabelsOfRowsWithoutAnIconLineUpWithThoseWithOne) {
+TEST_P(DeviceScreenTest, LabelsOfRowsWithoutAnIconLineUpWithThoseWithOne) {
     page_->heldSpecifiers()->addObject(plat::Specifier::groupSpecifierWithName("Apps"));
     add("Hat", plat::PSStaticTextCell)
         ->setProperty(plat::Value(uitest::picture(58, 58, 2, {{0, 0, 58, 58, 0.9, 0.1, 0.1}})),
@@ -153,13 +125,15 @@ TEST_P(RowAlignmentTest, LabelsOfRowsWithoutAnIconLineUpWithThoseWithOne) {
     add("Hut", plat::PSStaticTextCell);
     const auto shot = draw();
     const double withIcon = firstInk(shot, shot.table.row(1)->frame);
-    const double without = firstInk(shot, shot.table.row(2)->frame);
     ASSERT_GT(withIcon, shot.table.row(1)->frame.origin.x + 29);
-    EXPECT_NEAR(without, withIcon, 0.5);
+    EXPECT_NEAR(firstInk(shot, shot.table.row(2)->frame), withIcon, 0.5);
 }
 
-INSTANTIATE_TEST_SUITE_P(Phone, RowAlignmentTest,
-                         ::testing::Values(Device{"iPhone", 3, 390, 844, false}),
-                         [](const auto& info) { return nameOf(info.param); });
+INSTANTIATE_TEST_SUITE_P(Devices, DeviceScreenTest,
+                         ::testing::Values(Device{"iPhone", 3, 390, 844, false},
+                                           Device{"iPhone", 2, 375, 667, true},
+                                           Device{"iPod", 2, 320, 568, true},
+                                           Device{"iPad", 2, 834, 1194, false}),
+                         [](const auto& info) { return ::testing::PrintToString(info.param); });
 
 }  // namespace

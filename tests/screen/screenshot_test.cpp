@@ -4,12 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-
-#include <cairo.h>
-
-#include <numbers>
-
 #include "platform/prefs/list_controller.h"
 #include "platform/prefs/runtime.h"
 #include "platform/system/device_facts.h"
@@ -17,12 +11,15 @@
 #include "platform/ui/attributed_string.h"
 #include "platform/ui/font.h"
 #include "screen/screenshot.h"
+#include "tests/platform/ui/pictures.h"
+#include "tests/screen/shot_pixels.h"
 #include "tests/support/test_device.h"
 
 namespace {
 
 using plat::Specifier;
 using plat::SpecifierPtr;
+using namespace shottest;
 
 // A switch cell whose tint is chosen by the cell itself, as a product cell would.
 class TintedSwitchCell : public plat::TableCell {
@@ -56,23 +53,6 @@ class TwoSizeCell : public plat::TableCell {
     double preferredHeightForWidth(double) override { return 100; }
 };
 
-plat::ImagePtr solidPicture(bool round) {
-    cairo_surface_t* surface = cairo_image_surface_create(CAIRO_FORMAT_ARGB32, 60, 60);
-    cairo_t* cr = cairo_create(surface);
-    cairo_set_source_rgb(cr, 0.9, 0.1, 0.1);
-    if (round)
-        cairo_arc(cr, 30, 30, 30, 0, 2 * std::numbers::pi);
-    else
-        cairo_rectangle(cr, 0, 0, 60, 60);
-    cairo_fill(cr);
-    cairo_destroy(cr);
-    return plat::Image::adopt(surface, 2);
-}
-
-struct Rgb {
-    int r, g, b;
-};
-
 class ScreenshotTest : public ::testing::Test {
   protected:
     void SetUp() override {
@@ -81,7 +61,6 @@ class ScreenshotTest : public ::testing::Test {
                               [] { return std::make_shared<TintedSwitchCell>(); });
         runtime.registerClass("TwoSizeCell", "PSTableCell",
                               [] { return std::make_shared<TwoSizeCell>(); });
-        page_ = std::make_shared<plat::ListController>();
         page_->initForContentSize({390, 844});
         page_->setHeldSpecifiers(std::make_shared<plat::SpecifierArray>());
     }
@@ -112,75 +91,51 @@ class ScreenshotTest : public ::testing::Test {
             *page_, screen::Look::forDevice(plat::DeviceFacts::read(device_.process().root())));
     }
 
-    static Rgb at(const screen::Screenshot& shot, double x, double y) {
-        const std::uint32_t p = shot.image->pixel(static_cast<int>(x * shot.look.scale),
-                                                  static_cast<int>(y * shot.look.scale));
-        return Rgb{int((p >> 16) & 0xff), int((p >> 8) & 0xff), int(p & 0xff)};
-    }
-    static bool close(Rgb a, Rgb b, int tolerance = 6) {
-        return std::abs(a.r - b.r) <= tolerance && std::abs(a.g - b.g) <= tolerance &&
-               std::abs(a.b - b.b) <= tolerance;
-    }
-    static bool ink(Rgb p) { return p.r < 160 && p.g < 160 && p.b < 160; }
     static const screen::LaidRow& frameOf(const screen::Screenshot& shot, std::size_t index) {
         if (const screen::LaidRow* row = shot.table.row(index)) return *row;
         throw std::runtime_error("row not drawn");
     }
 
     testsupport::TestDevice device_;
-    std::shared_ptr<plat::ListController> page_;
+    std::shared_ptr<plat::ListController> page_ = std::make_shared<plat::ListController>();
 };
 
-constexpr Rgb kWhite{255, 255, 255};
 constexpr Rgb kTint{204, 26, 153};
 
-class SwitchTest : public ScreenshotTest, public ::testing::WithParamInterface<const char*> {};
-
-TEST_P(SwitchTest, KnobSitsOnTheValueSideAndTheTrackTakesTheCellsTint) {
+TEST_F(ScreenshotTest, KnobSitsOnTheValueSideAndTheTrackTakesTheCellsTint) {
     group("G");
     switchRow("On", true);
     switchRow("Off", false);
-    const auto shot = draw("iPhone", GetParam());
-    for (std::size_t index : {1u, 2u}) {
-        const plat::Rect frame = frameOf(shot, index).frame;
-        const double right = frame.origin.x + frame.size.width - shot.look.cellInset;
-        const double middle = frame.origin.y + frame.size.height / 2;
-        const Rgb leftEnd = at(shot, right - 51 + 8, middle);
-        const Rgb rightEnd = at(shot, right - 8, middle);
-        if (index == 1) {
-            EXPECT_TRUE(close(leftEnd, kTint)) << "track of the switch that is on";
-            EXPECT_TRUE(close(rightEnd, kWhite)) << "knob on the right";
-        } else {
-            EXPECT_TRUE(close(leftEnd, kWhite)) << "knob on the left";
-            // From iOS 13 on the off track is filled light grey; before, only outlined.
-            const bool filled = std::string(GetParam()) >= "13";
-            EXPECT_TRUE(close(rightEnd, filled ? Rgb{233, 233, 235} : kWhite)) << "the track";
+    for (const std::string version : {"12.4", "14.4"}) {
+        SCOPED_TRACE(version);
+        const auto shot = draw("iPhone", version);
+        // From iOS 13 on the off track is filled light grey; before, only outlined.
+        const Rgb offTrack = version >= "13" ? Rgb{233, 233, 235} : kWhite;
+        // The track's ends: on, the tint left and the knob right; off, the knob left.
+        for (auto [index, left, right] : {std::tuple{1u, kTint, kWhite}, {2u, kWhite, offTrack}}) {
+            const plat::Rect frame = frameOf(shot, index).frame;
+            const double end = frame.origin.x + frame.size.width - shot.look.cellInset;
+            const double middle = frame.origin.y + frame.size.height / 2;
+            EXPECT_TRUE(near(at(shot, end - 51 + 8, middle), left)) << "left end of row " << index;
+            EXPECT_TRUE(near(at(shot, end - 8, middle), right)) << "right end of row " << index;
         }
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Versions, SwitchTest, ::testing::Values("12.4", "14.4"),
-                         [](const auto& info) {
-                             std::string name = "iOS" + std::string(info.param);
-                             std::replace(name.begin(), name.end(), '.', '_');
-                             return name;
-                         });
-
 TEST_F(ScreenshotTest, IconsKeepTheirOwnAlpha) {
     group("Pictures");
-    add("Round", plat::PSLinkCell)
-        ->setProperty(plat::Value(solidPicture(true)), plat::pskey::IconImage);
-    add("Square", plat::PSLinkCell)
-        ->setProperty(plat::Value(solidPicture(false)), plat::pskey::IconImage);
+    // Red squares, the first with a transparent margin.
+    for (int m : {10, 0}) {
+        auto icon = uitest::picture(60, 60, 2, {{m, m, 60 - 2 * m, 60 - 2 * m, 0.9, 0.1, 0.1}});
+        add("Icon", plat::PSLinkCell)->setProperty(plat::Value(icon), plat::pskey::IconImage);
+    }
     const auto shot = draw();
     for (std::size_t index : {1u, 2u}) {
         const plat::Rect frame = frameOf(shot, index).frame;
         const double left = frame.origin.x + shot.look.cellInset;
         const double top = frame.origin.y + (frame.size.height - 29) / 2;
-        const Rgb corner = at(shot, left + 1, top + 1);
-        const Rgb centre = at(shot, left + 14.5, top + 14.5);
-        EXPECT_TRUE(close(centre, Rgb{230, 26, 26}));
-        EXPECT_EQ(close(corner, kWhite), index == 1) << "corner of row " << index;
+        EXPECT_TRUE(near(at(shot, left + 14.5, top + 14.5), Rgb{230, 26, 26}));
+        EXPECT_EQ(near(at(shot, left + 1, top + 1), kWhite), index == 1) << "corner of " << index;
     }
 }
 
@@ -233,7 +188,7 @@ TEST_F(ScreenshotTest, AttributedTextShowsItsTwoSizes) {
 TEST_F(ScreenshotTest, PopoverArrowTouchesItsRowOnAnIPad) {
     group("G");
     add("First", plat::PSButtonCell);
-    auto anchor = add("Restore", plat::PSButtonCell);
+    add("Restore", plat::PSButtonCell);
     group("H");
     add("Other", plat::PSStaticTextCell);
     device_.setProfile("iPad", 2);
@@ -252,8 +207,8 @@ TEST_F(ScreenshotTest, PopoverArrowTouchesItsRowOnAnIPad) {
     const plat::Point tip = shot.popover->arrowTip;
     EXPECT_DOUBLE_EQ(tip.y, row.origin.y + row.size.height);
     // In the gap under the group: the arrow is white, beside it the table's ground shows.
-    EXPECT_TRUE(close(at(shot, tip.x, tip.y + 3), kWhite));
-    EXPECT_FALSE(close(at(shot, tip.x + 30, tip.y + 3), kWhite));
+    EXPECT_TRUE(near(at(shot, tip.x, tip.y + 3), kWhite));
+    EXPECT_FALSE(near(at(shot, tip.x + 30, tip.y + 3), kWhite));
 }
 
 TEST_F(ScreenshotTest, TheBarTakesThePagesColourAndTheSamePageGivesTheSameBytes) {
@@ -263,8 +218,8 @@ TEST_F(ScreenshotTest, TheBarTakesThePagesColourAndTheSamePageGivesTheSameBytes)
     page_->navigationItem().setBarTintColor(plat::Color::colorWithRGBA(0.8, 0.1, 0.6, 1));
     page_->navigationItem().setTitle("Title");
     const auto shot = draw();
-    EXPECT_TRUE(close(at(shot, 5, shot.look.statusBar + 5), kTint));
-    EXPECT_TRUE(close(at(shot, 5, 5), kTint)) << "the colour runs up under the status bar";
+    EXPECT_TRUE(near(at(shot, 5, shot.look.statusBar + 5), kTint));
+    EXPECT_TRUE(near(at(shot, 5, 5), kTint)) << "the colour runs up under the status bar";
     const auto first = screen::pngBytes(shot);
     ASSERT_GT(first.size(), 8u);
     EXPECT_EQ(first, screen::pngBytes(draw()));

@@ -1,30 +1,19 @@
 #include "tests/support/test_device.h"
 
-#include <atomic>
 #include <fstream>
 #include <stdexcept>
 
-#include <unistd.h>
+#include <stdlib.h>
 
 #include "platform/foundation/plist.h"
 #include "platform/system/host_device_root.h"
 
 namespace testsupport {
 
-namespace {
-
-std::filesystem::path makeTempRoot() {
-    static std::atomic<int> counter{0};
-    auto path = std::filesystem::temp_directory_path() /
-                ("velto-device-" + std::to_string(::getpid()) + "-" + std::to_string(counter++));
-    std::filesystem::remove_all(path);
-    std::filesystem::create_directories(path);
-    return path;
-}
-
-}  // namespace
-
-TestDevice::TestDevice() : root_(makeTempRoot()) {
+TestDevice::TestDevice() {
+    std::string folder = (std::filesystem::temp_directory_path() / "velto-device-XXXXXX").string();
+    if (!::mkdtemp(folder.data())) throw std::runtime_error("no temporary device root: " + folder);
+    root_ = folder;
     plat::Process::Options options;
     options.echoLog = false;
     process_ = std::make_unique<plat::Process>(root_, options);
@@ -90,37 +79,26 @@ void TestDevice::install(const std::filesystem::path& sourceFolder,
 
 namespace {
 
-// The kind, then the entry's words in the order a reader says them, then "animated" if so.
+// The kind, then the entry's text fields, then "animated" if so. The fields are asked for by
+// name in one order, which is also each event's own reading order ("request <name> <center>").
 std::string journalLine(const plat::JournalEntry& entry) {
     std::vector<std::string> words{plat::kindName(entry)};
     bool animated = false;
     std::visit(
         [&](const auto& e) {
-            using E = std::decay_t<decltype(e)>;
-            namespace j = plat::journal;
-            if constexpr (std::is_same_v<E, j::Notification> ||
-                          std::is_same_v<E, j::LocalNotification>)
-                words.push_back(e.name);
-            else if constexpr (std::is_same_v<E, j::Log>)
-                words.push_back(e.text);
-            else if constexpr (std::is_same_v<E, j::Shell>)
-                words.push_back(e.command);
-            else if constexpr (std::is_same_v<E, j::Request>)
-                words.insert(words.end(), {e.name, e.center});
-            else if constexpr (std::is_same_v<E, j::Insert>)
-                words.insert(words.end(), {e.page, e.rowIdentifier});
-            else if constexpr (std::is_same_v<E, j::Remove> || std::is_same_v<E, j::Reload>)
-                words.push_back(e.page);
-            else if constexpr (std::is_same_v<E, j::Present>)
-                words.insert(words.end(), {e.controllerClass, e.title});
-            else if constexpr (std::is_same_v<E, j::Dismiss>)
-                words.insert(words.end(), {e.controllerClass, e.how});
-            else if constexpr (std::is_same_v<E, j::Navigation>)
-                words.insert(words.end(), {e.controllerClass, e.action});
-            else if constexpr (std::is_same_v<E, j::PreferenceWrite>)
-                words.insert(words.end(), {e.domain, e.key});
-            else if constexpr (std::is_same_v<E, j::PreferenceWriteRefused>)
-                words.insert(words.end(), {e.domain, e.key, e.cause});
+            if constexpr (requires { e.name; }) words.push_back(e.name);
+            if constexpr (requires { e.center; }) words.push_back(e.center);
+            if constexpr (requires { e.text; }) words.push_back(e.text);
+            if constexpr (requires { e.command; }) words.push_back(e.command);
+            if constexpr (requires { e.page; }) words.push_back(e.page);
+            if constexpr (requires { e.rowIdentifier; }) words.push_back(e.rowIdentifier);
+            if constexpr (requires { e.controllerClass; }) words.push_back(e.controllerClass);
+            if constexpr (requires { e.title; }) words.push_back(e.title);
+            if constexpr (requires { e.how; }) words.push_back(e.how);
+            if constexpr (requires { e.action; }) words.push_back(e.action);
+            if constexpr (requires { e.domain; }) words.push_back(e.domain);
+            if constexpr (requires { e.key; }) words.push_back(e.key);
+            if constexpr (requires { e.cause; }) words.push_back(e.cause);
             if constexpr (requires { e.animated; }) animated = e.animated;
         },
         entry);

@@ -13,16 +13,6 @@ using plat::ImagePtr;
 // One red pixel beside one blue pixel.
 const ImagePtr redBlue = picture(2, 1, 1, {{0, 0, 1, 1, 1, 0, 0}, {1, 0, 1, 1, 0, 0, 1}});
 
-// Draws `image` into `rect` of a fresh context and returns what came out.
-ImagePtr render(plat::Size canvas, bool opaque, double scale, const ImagePtr& image,
-                plat::Rect rect) {
-    plat::UIGraphicsBeginImageContextWithOptions(canvas, opaque, scale);
-    plat::drawInRect(image.get(), rect);
-    ImagePtr out = plat::UIGraphicsGetImageFromCurrentImageContext();
-    plat::UIGraphicsEndImageContext();
-    return out;
-}
-
 TEST(ImageContext, StretchesThePictureOverTheRectangleOnATransparentOrBlackCanvas) {
     auto out = render({10, 10}, false, 2, redBlue, {{0, 0}, {10, 10}});
     ASSERT_TRUE(out);
@@ -31,20 +21,17 @@ TEST(ImageContext, StretchesThePictureOverTheRectangleOnATransparentOrBlackCanva
     // The aspect ratio is not kept: every row, top to bottom, shows red then blue, solid to
     // the edges.
     for (int y = 0; y < 20; ++y) {
-        EXPECT_EQ(out->pixel(0, y), kRed) << y;
-        EXPECT_EQ(out->pixel(4, y), kRed) << y;
-        EXPECT_EQ(out->pixel(15, y), kBlue) << y;
-        EXPECT_EQ(out->pixel(19, y), kBlue) << y;
+        for (auto [x, colour] : {std::pair{0, kRed}, {4, kRed}, {15, kBlue}, {19, kBlue}})
+            EXPECT_EQ(out->pixel(x, y), colour) << x << "," << y;
         EXPECT_EQ(alpha(out->pixel(10, y)), 255u) << y;
     }
 
     // Only the rectangle is painted; the rest stays transparent, or black when opaque.
     auto clear = render({10, 10}, false, 1, redBlue, {{2, 2}, {4, 4}});
     ASSERT_TRUE(clear);
-    for (auto [x, y] : {std::pair{0, 0}, {9, 9}, {6, 3}, {3, 1}})
-        EXPECT_EQ(clear->pixel(x, y), 0u) << x << "," << y;
-    EXPECT_EQ(clear->pixel(2, 3), kRed);
-    EXPECT_EQ(clear->pixel(5, 5), kBlue);
+    for (auto [x, y, colour] :
+         {std::tuple{0, 0, 0u}, {9, 9, 0u}, {6, 3, 0u}, {3, 1, 0u}, {2, 3, kRed}, {5, 5, kBlue}})
+        EXPECT_EQ(clear->pixel(x, y), colour) << x << "," << y;
     EXPECT_EQ(render({3, 2}, true, 1, nullptr, {})->pixel(2, 1), 0xff000000u);
 }
 
@@ -54,8 +41,8 @@ TEST(ImageContext, ScaleZeroMeansTheMainScreenScaleOrOneWithoutAProcess) {
         device.setProfile("iPhone", 3);
         auto out = render({2.5, 4}, false, 0, nullptr, {});
         ASSERT_TRUE(out);
-        EXPECT_EQ(out->pixelWidth(), 8);  // 7.5 rounds up
-        EXPECT_EQ(out->pixelHeight(), 12);
+        // 7.5 pixels wide rounds up.
+        EXPECT_EQ(std::pair(out->pixelWidth(), out->pixelHeight()), std::pair(8, 12));
         EXPECT_EQ(out->scale(), 3);
     }
     EXPECT_EQ(render({2, 2}, false, 0, nullptr, {})->pixelWidth(), 2);

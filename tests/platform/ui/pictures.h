@@ -7,6 +7,7 @@
 #include <initializer_list>
 
 #include "platform/ui/image.h"
+#include "platform/ui/image_context.h"
 
 namespace uitest {
 
@@ -29,6 +30,16 @@ inline plat::ImagePtr picture(int width, int height, double scale,
     }
     cairo_destroy(cr);
     return plat::Image::adopt(surface, scale);
+}
+
+// Draws `image` into `rect` of a fresh image context and returns what came out.
+inline plat::ImagePtr render(plat::Size canvas, bool opaque, double scale,
+                             const plat::ImagePtr& image, plat::Rect rect) {
+    plat::UIGraphicsBeginImageContextWithOptions(canvas, opaque, scale);
+    plat::drawInRect(image.get(), rect);
+    plat::ImagePtr out = plat::UIGraphicsGetImageFromCurrentImageContext();
+    plat::UIGraphicsEndImageContext();
+    return out;
 }
 
 inline unsigned alpha(std::uint32_t argb) {
