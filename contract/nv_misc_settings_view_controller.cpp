@@ -67,10 +67,11 @@ void NVMiscSettingsViewController::share(const plat::ObjectPtr& sender) {
     std::vector<plat::Value> items{plat::Value(twitterMessage())};
     if (auto image = twitterImage()) items.emplace_back(image);
     auto sheet = plat::ActivityViewController::make(std::move(items));
-    auto cell = cellOf(sender);
-    auto& popover = sheet->popoverPresentationController();
-    popover.setSourceView(cell);
-    popover.setSourceRect(cell ? cell->bounds() : plat::Rect{});
+    if (auto* popover = sheet->popoverPresentationController()) {
+        const auto cell = cellOf(sender);
+        popover->setSourceView(cell);
+        popover->setSourceRect(cell ? cell->bounds() : plat::Rect{});
+    }
     presentViewController(sheet, true, {});
 }
 

@@ -15,9 +15,11 @@ void anchorOnCell(plat::ViewController& controller, const plat::SpecifierPtr& sp
     const auto cell = specifier
                           ? specifier->propertyForKey(plat::pskey::CellObject).as<plat::TableCell>()
                           : nullptr;
-    auto& popover = controller.popoverPresentationController();
-    popover.setSourceView(cell);
-    popover.setSourceRect(cell ? cell->bounds() : plat::Rect{});
+    // Messages to a nil popover controller are lost, as on UIKit: the style comes first.
+    if (auto* popover = controller.popoverPresentationController()) {
+        popover->setSourceView(cell);
+        popover->setSourceRect(cell ? cell->bounds() : plat::Rect{});
+    }
 }
 
 void presentRestoreSheet(plat::ViewController& page, const plat::SpecifierPtr& button,

@@ -148,7 +148,8 @@ class PresentedPainter {
     // Where the popover points: the row whose cell it names (that cell, or one made for the
     // same row before or since), else the middle of the screen.
     plat::Rect anchorOf(const plat::ViewController& controller) {
-        auto source = controller.popoverPresentationController().sourceView();
+        const auto* popover = controller.popoverPresentationController();
+        const auto source = popover ? popover->sourceView() : nullptr;
         const auto sourceCell = std::dynamic_pointer_cast<plat::TableCell>(source);
         const auto sourceRow = sourceCell ? sourceCell->specifier() : nullptr;
         for (const LaidSection& section : shot_.table.sections)

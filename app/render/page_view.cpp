@@ -55,9 +55,9 @@ PresentedView presentedView(const plat::ViewController& controller) {
     view.className = controller.className();
     view.title = controller.title();
     view.popover = controller.presentsAsPopover();
-    if (view.popover) {
-        const auto cell = std::dynamic_pointer_cast<plat::TableCell>(
-            controller.popoverPresentationController().sourceView());
+    const auto* popover = controller.popoverPresentationController();
+    if (view.popover && popover) {
+        const auto cell = std::dynamic_pointer_cast<plat::TableCell>(popover->sourceView());
         if (const auto row = cell ? cell->specifier() : nullptr)
             view.anchor = row->hasExplicitIdentifier() ? row->identifier() : row->name();
     }

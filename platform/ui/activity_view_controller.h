@@ -48,6 +48,10 @@ class ActivityViewController : public ViewController {
         return {"UIActivityViewController", "UIViewController", "UIResponder", "NSObject"};
     }
 
+  protected:
+    // It has one on every device: on a phone the popover adapts to a sheet from the bottom.
+    bool usesPopoverPresentation() const override { return true; }
+
   private:
     std::vector<Value> items_;
     CompletionHandler completion_;

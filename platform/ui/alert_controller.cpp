@@ -23,7 +23,8 @@ void AlertController::addAction(const AlertActionPtr& action) {
 bool AlertController::presentsAsPopover() const {
     if (ViewController::presentsAsPopover()) return true;
     if (preferredStyle_ != UIAlertControllerStyleActionSheet) return false;
-    if (!popoverPresentationController().hasAnchor()) return false;
+    const auto* popover = popoverPresentationController();
+    if (!popover || !popover->hasAnchor()) return false;
     Process* process = Process::tryCurrent();
     return process && process->deviceFamily() == DeviceFamily::iPad;
 }

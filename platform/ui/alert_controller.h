@@ -80,6 +80,12 @@ class AlertController : public ViewController {
         return {"UIAlertController", "UIViewController", "UIResponder", "NSObject"};
     }
 
+  protected:
+    // An action sheet has one (it may become a popover); an alert has none.
+    bool usesPopoverPresentation() const override {
+        return preferredStyle_ == UIAlertControllerStyleActionSheet;
+    }
+
   private:
     AlertController(std::optional<std::string> title, std::optional<std::string> message, int style)
         : title_(std::move(title)), message_(std::move(message)), preferredStyle_(style) {}

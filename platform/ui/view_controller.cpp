@@ -5,6 +5,11 @@
 
 namespace plat {
 
+PopoverPresentationController* ViewController::popoverPresentationController() {
+    if (!popover_ && usesPopoverPresentation()) popover_.emplace();
+    return popover_ ? &*popover_ : nullptr;
+}
+
 void ViewController::presentViewController(const std::shared_ptr<ViewController>& controller,
                                            bool animated, const std::function<void()>& completion) {
     // UIKit refuses, with only a console warning, to present from a controller that already

@@ -65,9 +65,13 @@ class ViewController : public Object {
 
     int modalPresentationStyle() const { return modalPresentationStyle_; }
     void setModalPresentationStyle(int style) { modalPresentationStyle_ = style; }
-    // Made on first use, as UIKit does for popover-style and action-sheet controllers.
-    PopoverPresentationController& popoverPresentationController() { return popover_; }
-    const PopoverPresentationController& popoverPresentationController() const { return popover_; }
+    // Made on first use, and only for a controller that is presented as a popover (style
+    // popover, an action sheet, a share sheet); nil for any other, as on UIKit, so an anchor set
+    // before the style is messaged to nil and lost. Once made it is kept.
+    PopoverPresentationController* popoverPresentationController();
+    const PopoverPresentationController* popoverPresentationController() const {
+        return popover_ ? &*popover_ : nullptr;
+    }
     // Whether this controller is shown as a popover when presented (style popover, or an
     // anchored action sheet on a regular-width device).
     virtual bool presentsAsPopover() const {
@@ -85,6 +89,10 @@ class ViewController : public Object {
     virtual void viewDidLoad() {}
 
   protected:
+    // Whether UIKit would make a popover presentation controller for this controller now.
+    virtual bool usesPopoverPresentation() const {
+        return modalPresentationStyle_ == UIModalPresentationPopover;
+    }
     // Dismissal that UIKit performs itself (a tapped alert action, a tap outside a popover),
     // journaled with `how`. False when this controller is not presented.
     bool dismissFromPresenter(const char* how);
@@ -96,7 +104,7 @@ class ViewController : public Object {
     std::shared_ptr<ViewController> presented_;
     std::weak_ptr<ViewController> presenting_;
     int modalPresentationStyle_ = UIModalPresentationFullScreen;
-    PopoverPresentationController popover_;
+    std::optional<PopoverPresentationController> popover_;
     std::weak_ptr<NavigationController> navigationController_;
 };
 

@@ -96,8 +96,9 @@ TEST(AboutPageTest, TheShareSheetPointsAtTheShareRowsCell) {
     const auto sheet =
         std::dynamic_pointer_cast<plat::ActivityViewController>(page->presentedViewController());
     ASSERT_TRUE(sheet);
-    EXPECT_EQ(sheet->popoverPresentationController().sourceView(), cell);
-    EXPECT_EQ(sheet->popoverPresentationController().sourceRect(), cell->bounds());
+    ASSERT_TRUE(sheet->popoverPresentationController());
+    EXPECT_EQ(sheet->popoverPresentationController()->sourceView(), cell);
+    EXPECT_EQ(sheet->popoverPresentationController()->sourceRect(), cell->bounds());
 }
 
 class LogMailingTest : public ::testing::Test {

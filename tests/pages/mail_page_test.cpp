@@ -266,8 +266,9 @@ TEST_F(MailPageTest, OnAnIPadThePickerAndTheSheetArePopoversAtTheirButtons) {
     const auto picker = choose();
     ASSERT_TRUE(picker);
     EXPECT_EQ(picker->modalPresentationStyle(), plat::UIModalPresentationPopover);
-    EXPECT_EQ(picker->popoverPresentationController().sourceView(), chooseCell);
-    EXPECT_EQ(picker->popoverPresentationController().sourceRect(), chooseCell->bounds());
+    ASSERT_TRUE(picker->popoverPresentationController());
+    EXPECT_EQ(picker->popoverPresentationController()->sourceView(), chooseCell);
+    EXPECT_EQ(picker->popoverPresentationController()->sourceRect(), chooseCell->bounds());
     // A pick dismisses a popover held in the slot first, animated, and empties the slot.
     const auto at = device.mark();
     ASSERT_TRUE(picker->pick(landscape(), nullptr));
@@ -281,8 +282,8 @@ TEST_F(MailPageTest, OnAnIPadThePickerAndTheSheetArePopoversAtTheirButtons) {
     auto sheet = restoreSheet();
     ASSERT_TRUE(sheet);
     EXPECT_TRUE(sheet->presentsAsPopover());
-    EXPECT_EQ(sheet->popoverPresentationController().sourceView(), restoreCell);
-    EXPECT_EQ(sheet->popoverPresentationController().sourceRect(), restoreCell->bounds());
+    EXPECT_EQ(sheet->popoverPresentationController()->sourceView(), restoreCell);
+    EXPECT_EQ(sheet->popoverPresentationController()->sourceRect(), restoreCell->bounds());
     // Tapped outside: gone, nothing restored.
     const auto before = device.mark();
     EXPECT_TRUE(sheet->dismissByTappingOutside());

@@ -197,7 +197,7 @@ TEST_F(ScreenshotTest, PopoverArrowTouchesItsRowOnAnIPad) {
         "Restore?", std::nullopt, plat::UIAlertControllerStyleActionSheet);
     sheet->addAction(
         plat::AlertAction::actionWithTitle("Restore", plat::UIAlertActionStyleDestructive, {}));
-    sheet->popoverPresentationController().setSourceView(cell);
+    sheet->popoverPresentationController()->setSourceView(cell);
     page_->presentViewController(sheet, false, nullptr);
 
     const auto shot = draw("iPad", "14.4");

@@ -107,7 +107,9 @@ TEST_F(Presentation, OnlyAnAnchoredSheetOnAnIPadIsAPopoverAndOnlyOnScreenATapOut
         sheet->addAction(AlertAction::actionWithTitle(
             "Default Picture", plat::UIAlertActionStyleDestructive,
             [](AlertAction&) { FAIL() << "a tap outside runs no handler"; }));
-        if (anchored) sheet->popoverPresentationController().setSourceView(cell);
+        // An alert has no popover controller to anchor.
+        if (auto* popover = sheet->popoverPresentationController(); anchored && popover)
+            popover->setSourceView(cell);
         return sheet;
     };
     device.setProfile("iPhone", 3);
