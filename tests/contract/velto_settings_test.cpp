@@ -76,6 +76,7 @@ TEST_F(VeltoSettingsTest, OneInstancePerProcessThatFollowsTheFile) {
     device.writeSettings({{"VeltoEnabled", true}, {"PhoneAppEnabled", false}});
     ASSERT_TRUE(settings->isVeltoEnabled());
     rewriteKeepingStamp(kMainFile, bools({{"VeltoEnabled", false}, {"PhoneAppEnabled", true}}));
+    EXPECT_TRUE(VeltoSettings::sharedSettings()->isVeltoEnabled());  // handing it out reads nothing
     settings->loadSettings();
     EXPECT_EQ(flags(), (std::vector<bool>{false, true, false, false}));
 

@@ -151,6 +151,16 @@ TEST_F(RootPageTest, FallbackIndexesApplyWhenAnIdentifierIsMissing) {
     EXPECT_THROW(openRoot()->specifiers(), plat::RangeError);
 }
 
+TEST_F(RootPageTest, TheCallLogRowWithoutItsIdentifierGoesFromIndex14) {
+    enableWithEveryCustomApp();
+    std::filesystem::remove_all(device.host("/var/containers"));
+    auto velto = device.resource("Velto");
+    velto.objectForKey("items").objectAtIndex(14).removeObjectForKey("id");
+    velto.objectForKey("items").objectAtIndex(14).setValueForKey("label", "Ledger");
+    device.writeResource("Velto", velto);
+    EXPECT_EQ(rootIds(), without(phoneList, {"RingLedger"}));
+}
+
 TEST_F(RootPageTest, RowsWithoutTheirIdentifierAreStillRemovedAtTheirIndexes) {
     device.writeSettings({{"VeltoEnabled", true}});
     device.installBiteSMS();

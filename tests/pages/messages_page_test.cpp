@@ -147,4 +147,24 @@ TEST_F(MessagesPageTest, APickDismissesThePickerAnimatedAndForgetsIt) {
     EXPECT_FALSE(Messages::imagePicker());
 }
 
+TEST_F(MessagesPageTest, ACancelDismissesAnimatedAndAFailedSaveSaysWhere) {
+    device.writeSettings({{"VeltoEnabledMessages", true}});
+    open();
+    page->selectDefaultContactImage(page->specifierAtIndex(6));
+    auto at = device.mark();
+    ASSERT_TRUE(Messages::imagePicker() && Messages::imagePicker()->cancel());
+    EXPECT_EQ(device.journalLines(at),
+              Ids{"dismiss UIImagePickerController dismissViewControllerAnimated animated"});
+    EXPECT_FALSE(Messages::imagePicker());
+
+    // A file where the folder belongs: each picture says where it could not go.
+    device.writeText(kCache, "not a folder");
+    at = device.mark();
+    page->saveDefaultContactImage(plat::Image::blank(40, 20, 1));
+    const std::string unable = "Unable to save the default contact picture at '" + kCache + "/";
+    EXPECT_EQ(logSince(at), (Ids{unable + Messages::kDefaultImageName + "'",
+                                 unable + Messages::kDefaultThumbnailName + "'",
+                                 "Saving Default Image to messages directory '(null)' too..."}));
+}
+
 }  // namespace
