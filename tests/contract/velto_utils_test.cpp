@@ -90,6 +90,9 @@ TEST_F(VeltoUtilsTest, NavigationBarColourIsTheBundleSwatchWithTheSameColourAsFa
     writePng(other + "/striped@3x.png", paint(60, 60, 3, {0, 0, 1}, {1, 0, 0}, 0, 0, 1, 60));
     EXPECT_EQ(hexOf(VeltoUtils::navigationBarColor("ContractMarginsPage", "striped")),
               hexOf(plat::Color::colorWithRGBA(1.0 / 60, 0, 59.0 / 60, 1)));
+    // A single opaque pixel is the colour itself.
+    writePng(other + "/dot@3x.png", paint(1, 1, 3, {0, 0.6, 1}));
+    EXPECT_EQ(hexOf(VeltoUtils::navigationBarColor("ContractMarginsPage", "dot")), "#0099FFFF");
     EXPECT_EQ(hexOf(VeltoUtils::navigationBarColor("ContractMarginsPage", "clear")), productHex());
 }
 

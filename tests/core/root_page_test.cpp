@@ -1,5 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <functional>
+#include <tuple>
+
 #include "contract/velto_settings.h"
 #include "core/velto_settings_controller.h"
 #include "platform/foundation/errors.h"
@@ -26,12 +30,12 @@ class RootPageTest : public ::testing::Test {
     auto openRoot() { return device.open<VeltoSettingsController>("VeltoSettingsController"); }
     Ids rootIds() { return device.ids(openRoot()->specifiers()); }
     // The master switch on and every application with a custom row installed.
-    void enableWithEveryCustomApp() {
-        device.writeSettings({{"VeltoEnabled", true}});
-        device.installBiteSMS();
-        device.installUserApp("net.whatsapp.WhatsApp", "WhatsApp");
-        device.installUserApp("com.norvale.RingLedger10", "RingLedger");
-        device.installSystemApp("com.norvale.recents", "Recents");
+    static void enableWithEveryCustomApp(testsupport::BundleDevice& on) {
+        on.writeSettings({{"VeltoEnabled", true}});
+        on.installBiteSMS();
+        on.installUserApp("net.whatsapp.WhatsApp", "WhatsApp");
+        on.installUserApp("com.norvale.RingLedger10", "RingLedger");
+        on.installSystemApp("com.norvale.recents", "Recents");
     }
 
     // Every row of a shipped list by identifier: what a page shows when nothing is filtered.
@@ -67,7 +71,7 @@ TEST_F(RootPageTest, MasterSwitchOffKeepsHeaderSwitchAndTheLastTwoRowsOnBothList
 }
 
 TEST_F(RootPageTest, InstalledApplicationsDecideTheCustomRows) {
-    enableWithEveryCustomApp();
+    enableWithEveryCustomApp(device);
     auto list = openRoot()->specifiers();
     EXPECT_EQ(device.ids(list), phoneList);
     // The recents row reads "<name> 2" and keeps its identifier.
@@ -96,7 +100,7 @@ TEST_F(RootPageTest, NoCustomApplicationRemovesTheGroupAndEveryMember) {
 }
 
 TEST_F(RootPageTest, SystemVersionAndFaceTimeHideTheirRows) {
-    enableWithEveryCustomApp();
+    enableWithEveryCustomApp(device);
     device.setSystemVersion("13.0");
     EXPECT_EQ(rootIds(), without(phoneList, {"Lock Screen"}));
     device.setProfile("iPhone", 3, false);
@@ -135,66 +139,53 @@ TEST_F(RootPageTest, IPadListKeepsItsOwnRingLedgerRule) {
     EXPECT_EQ(rootIds().front(), "RingLedger");
 }
 
-TEST_F(RootPageTest, FallbackIndexesApplyWhenAnIdentifierIsMissing) {
-    enableWithEveryCustomApp();
+// A row that has lost its identifier (so it is known by its new label) is still removed, from
+// the index it has in the shipped list.
+TEST_F(RootPageTest, EachRowWithoutItsIdentifierGoesFromItsFallbackIndex) {
+    using Hide = std::function<void(testsupport::BundleDevice&)>;
+    const auto uninstall = [](std::vector<const char*> paths) -> Hide {
+        return [paths](testsupport::BundleDevice& d) {
+            for (const char* path : paths)
+                std::filesystem::remove_all(d.host(path));
+        };
+    };
+    const std::vector<std::tuple<std::size_t, Hide, Ids>> cases = {
+        {6, [](auto& d) { d.setProfile("iPhone", 3, false); }, {"FaceTime"}},
+        {7, [](auto& d) { d.setSystemVersion("13.0"); }, {"Lock Screen"}},
+        {13, uninstall({"/Applications/biteSMS.app"}), {"biteSMS"}},
+        {14, uninstall({"/var/containers"}), {"RingLedger"}},
+        {15, uninstall({"/Applications/Recents.app"}), {"Recents"}},
+        {12,
+         uninstall({"/Applications/biteSMS.app", "/Applications/Recents.app", "/var/containers"}),
+         {"Custom Applications", "biteSMS", "RingLedger", "Recents"}},
+    };
+    for (const auto& [index, hide, removed] : cases) {
+        SCOPED_TRACE(index);
+        testsupport::BundleDevice fresh;
+        enableWithEveryCustomApp(fresh);
+        hide(fresh);
+        auto velto = fresh.resource("Velto");
+        velto.objectForKey("items").objectAtIndex(index).removeObjectForKey("id");
+        velto.objectForKey("items").objectAtIndex(index).setValueForKey("label", "Renamed");
+        fresh.writeResource("Velto", velto);
+        const auto root = fresh.open<VeltoSettingsController>("VeltoSettingsController");
+        EXPECT_EQ(fresh.ids(root->specifiers()), without(phoneList, removed));
+    }
+}
+
+TEST_F(RootPageTest, ARowFoundAtZeroGoesFromThereAndAnInstalledRecentsNeedsItsRow) {
+    enableWithEveryCustomApp(device);
     std::filesystem::remove_all(device.host("/Applications/biteSMS.app"));
-    // Without its identifier the biteSMS row is still removed, at index 13.
     auto velto = device.resource("Velto");
-    velto.objectForKey("items").objectAtIndex(13).removeObjectForKey("id");
-    velto.objectForKey("items").objectAtIndex(13).setValueForKey("label", "Renamed");
+    velto.objectForKey("items").objectAtIndex(0).setValueForKey("id", "biteSMS");
+    velto.objectForKey("items").objectAtIndex(13).setValueForKey("id", "Later");
     device.writeResource("Velto", velto);
-    EXPECT_EQ(rootIds(), without(phoneList, {"biteSMS"}));
+    EXPECT_EQ(rootIds().front(), "VeltoEnabled");
 
     // The recents row must exist while the application is installed: a negative index fails.
     velto.objectForKey("items").removeObjectAtIndex(15);
     device.writeResource("Velto", velto);
     EXPECT_THROW(openRoot()->specifiers(), plat::RangeError);
-}
-
-TEST_F(RootPageTest, TheCallLogRowWithoutItsIdentifierGoesFromIndex14) {
-    enableWithEveryCustomApp();
-    std::filesystem::remove_all(device.host("/var/containers"));
-    auto velto = device.resource("Velto");
-    velto.objectForKey("items").objectAtIndex(14).removeObjectForKey("id");
-    velto.objectForKey("items").objectAtIndex(14).setValueForKey("label", "Ledger");
-    device.writeResource("Velto", velto);
-    EXPECT_EQ(rootIds(), without(phoneList, {"RingLedger"}));
-}
-
-TEST_F(RootPageTest, RowsWithoutTheirIdentifierAreStillRemovedAtTheirIndexes) {
-    device.writeSettings({{"VeltoEnabled", true}});
-    device.installBiteSMS();
-    device.installUserApp("com.norvale.RingLedger10", "RingLedger");
-    auto velto = device.resource("Velto");
-    // Without an id a row is known by its label: both go.
-    velto.objectForKey("items").objectAtIndex(15).removeObjectForKey("id");
-    velto.objectForKey("items").objectAtIndex(15).setValueForKey("label", "Renamed");
-    device.writeResource("Velto", velto);
-    EXPECT_EQ(rootIds(), without(phoneList, {"Recents"}));
-    // The same for the custom group once no custom application is left.
-    std::filesystem::remove_all(device.host("/Applications/biteSMS.app"));
-    std::filesystem::remove_all(device.host("/var/containers"));
-    velto.objectForKey("items").objectAtIndex(12).removeObjectForKey("id");
-    velto.objectForKey("items").objectAtIndex(12).setValueForKey("label", "Others");
-    device.writeResource("Velto", velto);
-    EXPECT_EQ(rootIds(),
-              without(phoneList, {"Custom Applications", "biteSMS", "RingLedger", "Recents"}));
-}
-
-TEST_F(RootPageTest, TheLockScreenFallbackAndARowFoundAtZero) {
-    enableWithEveryCustomApp();
-    device.setSystemVersion("13.0");
-    auto velto = device.resource("Velto");
-    velto.objectForKey("items").objectAtIndex(7).removeObjectForKey("id");
-    velto.objectForKey("items").objectAtIndex(7).setValueForKey("label", "Locked");
-    device.writeResource("Velto", velto);
-    EXPECT_EQ(rootIds(), without(phoneList, {"Lock Screen"}));
-    // A row found at index 0 is removed from there, not at its fallback index.
-    std::filesystem::remove_all(device.host("/Applications/biteSMS.app"));
-    velto.objectForKey("items").objectAtIndex(0).setValueForKey("id", "biteSMS");
-    velto.objectForKey("items").objectAtIndex(13).setValueForKey("id", "Later");
-    device.writeResource("Velto", velto);
-    EXPECT_EQ(rootIds().front(), "VeltoEnabled");
 }
 
 TEST_F(RootPageTest, MasterSwitchAnimatesTheMiddleAndRebuilds) {
