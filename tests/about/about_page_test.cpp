@@ -137,13 +137,19 @@ TEST_F(LogMailingTest, LoggingOnComposesWithTheLogAttachedIfThereIsOne) {
     EXPECT_EQ(mail->toRecipients(), std::vector<std::string>{"support@norvale.com"});
     EXPECT_EQ(mail->subject(), "Velto 2 log");
     // Support's first question: which device and system the log comes from.
-    EXPECT_TRUE(mail->messageBody().starts_with("Device: iPhone (iPhone")) << mail->messageBody();
-    EXPECT_NE(mail->messageBody().find("\nSystem version: "), std::string::npos);
+    const auto facts = device.process().deviceFacts();
+    EXPECT_TRUE(mail->messageBody().starts_with("Device: iPhone (" + facts.productType +
+                                                ")\nSystem version: " + facts.systemVersion + "\n"))
+        << mail->messageBody();
     ASSERT_EQ(mail->attachments().size(), 1u);
     EXPECT_EQ(mail->attachments()[0].fileName, "Velto.log");
     EXPECT_EQ(mail->attachments()[0].data.size(), 9u);
-    // Cancelled, the page takes the composer away.
+    // Cancelled, the page takes the composer away, animated.
+    const auto at = device.mark();
     EXPECT_TRUE(mail->cancel());
+    EXPECT_EQ(device.journalLines(at),
+              std::vector<std::string>{
+                  "dismiss MFMailComposeViewController dismissViewControllerAnimated animated"});
     EXPECT_EQ(page->presentedViewController(), nullptr);
 }
 

@@ -288,6 +288,14 @@ TEST_F(MailPageTest, OnAnIPadThePickerAndTheSheetArePopoversAtTheirButtons) {
     const auto before = device.mark();
     EXPECT_TRUE(sheet->dismissByTappingOutside());
     EXPECT_EQ(device.journalLines(before), Ids{"dismiss UIAlertController tap-outside animated"});
+
+    // A controller in the slot that is not on screen stays there; an empty slot is no trouble.
+    const auto offScreen = std::make_shared<plat::ViewController>();
+    device.process().slots().set(Mail::kPopoverSlot, offScreen);
+    pick(landscape());
+    EXPECT_EQ(Mail::popover(), offScreen);
+    device.process().slots().set<plat::ViewController>(Mail::kPopoverSlot, nullptr);
+    EXPECT_EQ(pick(landscape()).back(), kPickerGone);
 }
 
 // --- The avatar files --------------------------------------------------------------------

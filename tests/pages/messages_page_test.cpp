@@ -109,15 +109,20 @@ TEST_F(MessagesPageTest, PictureIconsFollowTheRoundedOptionBuiltOrInserted) {
         device.writeSettings(
             {{"VeltoEnabledMessages", true}, {"VeltoEnabledRoundedPictures", round}});
         open();
-        // Rows the switch inserts are reshaped as they go in, as built ones are.
-        flip(false);
-        flip(true);
-        ASSERT_EQ(ids(), kMessagesRows);
-        for (const char* id : {"Default Avatar", "Default Group Avatar"}) {
-            const auto icon = device.row(page->specifiers(), id)->propertyForKey("iconImage");
-            ASSERT_TRUE(icon.as<plat::Image>()) << id;
-            // A round cut leaves the corner transparent; a square one keeps it opaque.
-            EXPECT_EQ(icon.as<plat::Image>()->pixel(0, 0) >> 24, round ? 0u : 0xffu) << id;
+        // Built rows, then rows the switch inserts, are reshaped as they go in.
+        for (const bool inserted : {false, true}) {
+            if (inserted) {
+                flip(false);
+                flip(true);
+            }
+            ASSERT_EQ(ids(), kMessagesRows);
+            for (const char* id : {"Default Avatar", "Default Group Avatar"}) {
+                const auto icon = device.row(page->specifiers(), id)->propertyForKey("iconImage");
+                ASSERT_TRUE(icon.as<plat::Image>()) << id;
+                // A round cut leaves the corner transparent; a square one keeps it opaque.
+                EXPECT_EQ(icon.as<plat::Image>()->pixel(0, 0) >> 24, round ? 0u : 0xffu)
+                    << id << (inserted ? " inserted" : " built");
+            }
         }
     }
 }

@@ -149,6 +149,7 @@ TEST_F(PhoneFaceTimeTest, FaceTimeSwitchesKeepTheLastRowWhenTurnedOff) {
     auto page = device.openBuilt<FaceTimeAppSettingsController>("FaceTimeAppSettingsController");
     auto mark = device.mark();
     flip(*page, "faceTimeAppEnabledOrDisabled:specifier:", 1, false);
+    EXPECT_EQ(device.firstLines(mark, 3), device.storedAndAnnounced("VeltoEnabledFacetime"));
     EXPECT_EQ(device.listOperations(mark), (Ids{"-5a", "-4a", "-3a", "-2a"}));
     EXPECT_EQ(ids(page->specifiers()), (Ids{"FaceTimeGroup", "FaceTimeEnabled", "FaceTimeNote"}));
 
