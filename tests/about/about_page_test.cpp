@@ -141,6 +141,7 @@ TEST_F(LogMailingTest, LoggingOnComposesWithTheLogAttachedIfThereIsOne) {
     EXPECT_TRUE(mail->messageBody().starts_with("Device: iPhone (" + facts.productType +
                                                 ")\nSystem version: " + facts.systemVersion + "\n"))
         << mail->messageBody();
+    EXPECT_FALSE(mail->isHTML());
     ASSERT_EQ(mail->attachments().size(), 1u);
     EXPECT_EQ(mail->attachments()[0].fileName, "Velto.log");
     EXPECT_EQ(mail->attachments()[0].data.size(), 9u);

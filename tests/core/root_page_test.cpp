@@ -132,11 +132,15 @@ TEST_F(RootPageTest, IPadListKeepsItsOwnRingLedgerRule) {
     device.installUserApp("net.whatsapp.WhatsApp", "WhatsApp");
     EXPECT_EQ(rootIds(), without(ipadList, {"Recents", "biteSMS"}));
 
-    // A call-log row standing at index 0 is not removed either.
+    // A call-log row standing at index 0 is not removed either; one at index 1 is.
     auto ipad = device.resource("VeltoiPad");
     ipad.objectForKey("items").objectAtIndex(0).setValueForKey("id", "RingLedger");
     device.writeResource("VeltoiPad", ipad);
     EXPECT_EQ(rootIds().front(), "RingLedger");
+    ipad.objectForKey("items").objectAtIndex(0).setValueForKey("id", ipadList[0]);
+    ipad.objectForKey("items").objectAtIndex(1).setValueForKey("id", "RingLedger");
+    device.writeResource("VeltoiPad", ipad);
+    EXPECT_EQ(rootIds()[1], ipadList[2]);
 }
 
 // A row that has lost its identifier (so it is known by its new label) is still removed, from

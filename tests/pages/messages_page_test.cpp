@@ -125,6 +125,14 @@ TEST_F(MessagesPageTest, PictureIconsFollowTheRoundedOptionBuiltOrInserted) {
             }
         }
     }
+    // "My Avatar" names a picture row on every page of the family, though Messages has none.
+    device.writeSettings({{"VeltoEnabledMessages", true}, {"VeltoEnabledRoundedPictures", true}});
+    auto mine = plat::Specifier::preferenceSpecifierNamed("My Avatar", page, "", "", "",
+                                                          plat::PSStaticTextCell, "");
+    mine->setProperty(device.row(page->specifiers(), "Default Avatar")->propertyForKey("iconImage"),
+                      "iconImage");
+    page->insertSpecifier(mine, 2, false);
+    EXPECT_EQ(mine->propertyForKey("iconImage").as<plat::Image>()->pixel(0, 0) >> 24, 0u);
 }
 
 TEST_F(MessagesPageTest, APickDismissesThePickerAnimatedAndForgetsIt) {
@@ -156,8 +164,10 @@ TEST_F(MessagesPageTest, ACancelDismissesAnimatedAndAFailedSaveSaysWhere) {
     device.writeSettings({{"VeltoEnabledMessages", true}});
     open();
     page->selectDefaultContactImage(page->specifierAtIndex(6));
+    ASSERT_TRUE(Messages::imagePicker());
+    EXPECT_TRUE(Messages::imagePicker()->allowsEditing());
     auto at = device.mark();
-    ASSERT_TRUE(Messages::imagePicker() && Messages::imagePicker()->cancel());
+    ASSERT_TRUE(Messages::imagePicker()->cancel());
     EXPECT_EQ(device.journalLines(at),
               Ids{"dismiss UIImagePickerController dismissViewControllerAnimated animated"});
     EXPECT_FALSE(Messages::imagePicker());
