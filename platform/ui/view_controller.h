@@ -67,7 +67,9 @@ class ViewController : public Object {
     void setModalPresentationStyle(int style) { modalPresentationStyle_ = style; }
     // Made on first use, and only for a controller that is presented as a popover (style
     // popover, an action sheet, a share sheet); nil for any other, as on UIKit, so an anchor set
-    // before the style is messaged to nil and lost. Once made it is kept.
+    // before the style is messaged to nil and lost. Once made it is kept. The const form only
+    // reads: it is nil until a first non-const use has made one, which no reader can tell
+    // apart, as an unmade popover controller has no anchor yet.
     PopoverPresentationController* popoverPresentationController();
     const PopoverPresentationController* popoverPresentationController() const {
         return popover_ ? &*popover_ : nullptr;
